@@ -1,0 +1,28 @@
+#pragma once
+// One thing the user can remove, as found by a scan. A target is identified by its id
+// alone: selections, reports and de-duplication compare ids, so no equality is defined.
+#include <cstdint>
+#include <string>
+
+#include "kelvo/CleanKind.h"
+#include "kelvo/Family.h"
+#include "kelvo/RiskAxes.h"
+
+namespace kelvo {
+
+struct CleanTarget {
+    std::string id;
+    std::string name;
+    Family family = Family::devMisc;
+    CleanKind kind = CleanKind::paths({});
+    std::int64_t sizeBytes = 0;  // bytes that removal frees; 0 when unknown
+    Reversibility reversibility = Reversibility::regenerable;
+    RegenCost regenCost = RegenCost::rebuild;
+    Level level = Level::safe;
+    std::string notes;  // localised remark, empty when there is none
+
+    // The text used as notes when a size could be measured only in part (looked up each call).
+    static std::string partialSizeNote();
+};
+
+}  // namespace kelvo

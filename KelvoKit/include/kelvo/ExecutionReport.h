@@ -1,0 +1,26 @@
+#pragma once
+// The result of one clean run. Reasons and messages are final localised text.
+// An id is at most once in deleted, partial and freedUnknown; never in both deleted and
+// partial; in freedUnknown only together with deleted; possibly several times in skipped.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+struct ReportEntry {
+    std::string id;
+    std::string text;
+    friend bool operator==(const ReportEntry&, const ReportEntry&) = default;
+};
+
+struct ExecutionReport {
+    std::int64_t freedBytes = 0;
+    std::vector<std::string> deleted;       // done completely
+    std::vector<std::string> partial;       // path targets of which some but not all went
+    std::vector<std::string> freedUnknown;  // done, freed size unknown (successful commands)
+    std::vector<ReportEntry> skipped;       // left untouched, with the reason
+    std::vector<ReportEntry> errors;        // failed, with the message
+};
+
+}  // namespace kelvo

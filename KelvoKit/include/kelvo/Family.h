@@ -1,0 +1,35 @@
+#pragma once
+// The category a cleaner belongs to. Raw values are the stored and exchanged form
+// (configuration file, scan plan); display names are looked up, never stored.
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+enum class Family {
+    xcodeCore, simulators, cocoapods, flutterDart, androidGradle, jsPackages, devMisc,
+    perProject, macosGeneral, docker, appLeftovers, unusedApps, dotNet, reactNative,
+    webBuild, jvm, python, gameEngines, otherLangs,
+};
+
+// All 19 families in declaration order.
+const std::array<Family, 19>& allFamilies();
+// The 17 families of the clean domain (all but appLeftovers and unusedApps), in order.
+const std::vector<Family>& cleanDomainFamilies();
+
+std::string_view rawValue(Family family);
+// Exact, case-sensitive match of a raw value; nothing for anything else.
+std::optional<Family> familyFromRawValue(std::string_view raw);
+// Lenient parser for names typed by a user ("xcode", ".NET", "py", ...): lower-cased,
+// then matched against a fixed word list. Most raw values are not accepted as such.
+std::optional<Family> familyFromAlias(std::string_view name);
+
+std::string displayName(Family family);
+std::string_view iconName(Family family);
+// Programs that hold the family's data open while they run, in the order they are asked about.
+const std::vector<std::string>& guardedProcesses(Family family);
+
+}  // namespace kelvo

@@ -1,0 +1,30 @@
+#pragma once
+// Which application bundles are installed, and strings from their Info.plist. Reads the
+// file system afresh on every call; failures give fewer results, never errors.
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+struct AppInfo {
+    std::filesystem::path url;  // the bundle directory, "<name>.app"
+    std::string bundleID;       // CFBundleIdentifier
+    std::string name;           // the bundle's file name without ".app"
+    friend bool operator==(const AppInfo&, const AppInfo&) = default;
+};
+
+namespace InstalledApps {
+
+// /Applications, /Applications/Utilities, /System/Applications,
+// /System/Applications/Utilities, then home/Applications (existence not checked).
+std::vector<std::filesystem::path> standardAppDirs(const std::filesystem::path& home);
+// Bundles directly inside the folders (".app", case-sensitive, hidden ones skipped) whose
+// Info.plist has a string CFBundleIdentifier; neither sorted nor de-duplicated.
+std::vector<AppInfo> scan(const std::vector<std::filesystem::path>& appDirs);
+// One string value of the bundle's Contents/Info.plist; nothing on any failure.
+std::optional<std::string> infoPlistString(const std::filesystem::path& bundle, const std::string& key);
+
+}  // namespace InstalledApps
+}  // namespace kelvo

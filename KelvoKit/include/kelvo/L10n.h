@@ -1,0 +1,64 @@
+#pragma once
+// Every user-visible text of the library, looked up by key in the translation catalogs
+// of the resource bundle (Kelvo_KelvoKit.bundle: one JSON object per language). The
+// language comes from LC_ALL, LC_MESSAGES, LANG (the first one set), English when no
+// catalog matches. A key without text shows the key itself.
+//
+// Formats are printf-like with typed placeholders: %s takes a string, %d an integer,
+// %% is a percent sign; "%1$s" names the argument position. Arguments of the wrong type
+// or missing arguments render as empty text, never as undefined behaviour.
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace kelvo {
+
+using FormatArgument = std::variant<std::string, std::int64_t>;
+
+struct Catalog {
+    std::string language;
+    std::map<std::string, std::string, std::less<>> texts;
+};
+
+struct ResourceBundle {
+    std::filesystem::path location;
+    std::map<std::string, Catalog, std::less<>> catalogs;  // by language code ("en", "es")
+};
+
+namespace L10n {
+
+// The bundle, loaded once, thread-safely, on first use: beside the running executable,
+// else in the source tree. When neither loads, the program stops with the message
+// "could not load resource bundle: from <first> or <second>".
+const ResourceBundle& bundle();
+
+// Loads a bundle directory; nothing when it is missing or a catalog is not valid JSON.
+std::optional<ResourceBundle> loadBundle(const std::filesystem::path& location);
+
+// The language chosen from the environment among those the bundle has ("en" by default).
+std::string currentLanguage();
+
+std::string t(std::string_view key);
+std::string t(std::string_view key, const std::vector<FormatArgument>& arguments);
+
+template <typename... Arguments>
+std::string t(std::string_view key, Arguments&&... arguments)
+    requires(sizeof...(Arguments) > 0 && (std::is_constructible_v<FormatArgument, Arguments> && ...))
+{
+    return t(key, std::vector<FormatArgument>{FormatArgument(std::forward<Arguments>(arguments))...});
+}
+
+// Placeholder kinds of a format, in argument order: 's' for a string, 'd' for an integer.
+// Used to prove that every translation takes the same arguments as the English text.
+std::string placeholderSignature(std::string_view format);
+// Fills a format with arguments (the printf-like subset described above).
+std::string formatText(std::string_view format, const std::vector<FormatArgument>& arguments);
+
+}  // namespace L10n
+}  // namespace kelvo

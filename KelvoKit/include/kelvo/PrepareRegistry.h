@@ -1,0 +1,44 @@
+#pragma once
+// The prepare domain's catalog: its three detectors, the folders searched for unused
+// applications, its protected paths, and the fixed lists of applications and vendors that
+// are never touched (the developer tools, terminals and browsers users depend on).
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kelvo/AppMetadata.h"
+#include "kelvo/Cleaner.h"
+#include "kelvo/ProcessProbe.h"
+#include "kelvo/SimRuntime.h"
+
+namespace kelvo {
+
+struct Environment;
+
+namespace PrepareRegistry {
+
+const std::set<std::string>& protectedBundleIDs();
+const std::set<std::string>& protectedNames();  // lower case
+// "com.google" for "com.google.android.studio"; nothing when either of the first two
+// dot-separated pieces is missing or empty.
+std::optional<std::string> brandPrefix(const std::string& text);
+bool isProtectedBundleID(const std::string& bundleID);
+bool isProtectedName(const std::string& name);
+
+// "/Applications" and home/Applications.
+std::vector<std::filesystem::path> userAppDirs(const Environment& env);
+std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env);
+
+// The leftover, unused-application and old-runtime detectors, in that order. Lists the
+// installed applications (appIndexDirs, or the standard folders when absent) once.
+CleanerList makePreparers(const Environment& env, int olderThanMonths, std::chrono::system_clock::time_point now,
+                          std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                          const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
+                          std::shared_ptr<const ProcessProbe> probe);
+
+}  // namespace PrepareRegistry
+}  // namespace kelvo

@@ -1,0 +1,63 @@
+#pragma once
+// An open directory, held by file descriptor. Children are opened and removed relative to
+// it (openat/unlinkat with O_NOFOLLOW), so a walk or a removal that starts here can never
+// be redirected by a symbolic link, not even one swapped in while it runs, and works at
+// any depth, past PATH_MAX. The handle owns its descriptor and closes it when destroyed.
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace kelvo::platform {
+
+struct EntryInfo {
+    std::string_view name;      // valid only during the callback
+    bool isDirectory = false;   // the entry itself, links not followed
+    bool isSymlink = false;
+    bool statFailed = false;    // the entry vanished or could not be read: bytes are 0
+    std::int64_t allocatedBytes = 0;
+    unsigned permissionBits = 0;
+};
+
+class DirectoryHandle {
+public:
+    // Opens a directory by path. With followFinalLink false, a link as the last component
+    // is refused (ELOOP/ENOTDIR); links earlier in the path are resolved by the system.
+    static std::optional<DirectoryHandle> open(const std::filesystem::path& path, bool followFinalLink,
+                                               std::error_code& error);
+    // Opens a subdirectory by name, never through a link.
+    std::optional<DirectoryHandle> openChild(std::string_view name, std::error_code& error) const;
+
+    DirectoryHandle(DirectoryHandle&& other) noexcept;
+    DirectoryHandle& operator=(DirectoryHandle&& other) noexcept;
+    DirectoryHandle(const DirectoryHandle&) = delete;
+    DirectoryHandle& operator=(const DirectoryHandle&) = delete;
+    ~DirectoryHandle();
+
+    // Calls back once per entry ("." and ".." left out) with its type and allocated size,
+    // read without following links. Stops early when the callback returns false. The
+    // error is that of reading the directory itself (a failed entry only sets statFailed).
+    std::error_code forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const;
+
+    // Removes a child entry: a file or link with unlink, an (empty) directory with rmdir.
+    std::error_code removeChild(std::string_view name, bool isDirectory) const;
+    // The directory's own permission bits and their change. (Removing a file needs write
+    // permission on its directory only, so only directories ever need their bits changed.)
+    std::optional<unsigned> permissionBits() const;
+    std::error_code setPermissionBits(unsigned bits) const;
+
+    int fd() const { return fd_; }
+
+private:
+    explicit DirectoryHandle(int fd) : fd_(fd) {}
+    int fd_ = -1;
+};
+
+// Raises the limit of open descriptors to the hard limit once per process, so deep trees
+// (one descriptor per level) can be walked.
+void raiseOpenFileLimit();
+
+}  // namespace kelvo::platform

@@ -1,0 +1,52 @@
+#pragma once
+// Path-based file-system questions and small writes. Every OS failure comes back as a
+// value (nothing, false, an error_code); nothing here throws. Removal of trees is not
+// here: it lives in DirectoryHandle, which never re-resolves path strings.
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace kelvo::platform {
+
+using TimePoint = std::chrono::system_clock::time_point;
+
+enum class EntryType { directory, file, symlink, other };
+
+struct ListedEntry {
+    std::string name;
+    std::optional<EntryType> type;  // the entry's own type (links not followed); nothing if unknown
+};
+
+// Something exists at the path, links followed (a dangling link does not exist).
+bool exists(const std::filesystem::path& path);
+// A directory is at the path, links followed.
+bool isDirectory(const std::filesystem::path& path);
+// Whether the item itself is a symbolic link; nothing when it cannot be read (e.g. missing).
+std::optional<bool> isSymbolicLink(const std::filesystem::path& path);
+// Direct entries of a directory ("." and ".." left out), in the order the system gives;
+// nothing when the directory cannot be listed.
+std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::path& path, bool skipHidden);
+// Content modification time; links followed or not as asked; nothing when unreadable.
+std::optional<TimePoint> modificationTime(const std::filesystem::path& path, bool followLinks = true);
+// Allocated bytes of one item (blocks x 512), links followed; 0 when unreadable.
+std::int64_t allocatedSize(const std::filesystem::path& path);
+// Permission bits of the item itself (links not followed); nothing when unreadable.
+std::optional<unsigned> permissionBits(const std::filesystem::path& path);
+std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits);
+
+// Resolves symbolic links along the path as far as it exists; the components that do not
+// exist are appended as written. The result is absolute and standardised.
+std::filesystem::path resolveSymlinks(const std::filesystem::path& path);
+// The target of one symbolic link as written; nothing when it is not a readable link.
+std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path);
+
+std::optional<std::string> readFile(const std::filesystem::path& path);
+// Writes in place (no temporary file), replacing earlier content.
+std::error_code writeFile(const std::filesystem::path& path, const std::string& content);
+std::error_code createDirectories(const std::filesystem::path& path);
+
+}  // namespace kelvo::platform

@@ -1,0 +1,24 @@
+#pragma once
+// Starting child processes and waiting for them, without a time limit.
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvo::platform {
+
+struct ProcessOutcome {
+    int exitStatus = 0;             // the exit code; 128 + signal number when killed
+    std::string standardOutput;     // empty unless captured
+};
+
+// Runs a program with arguments (no shell), standard error discarded into a pipe that is
+// never read; standard output captured when asked, else discarded likewise. Nothing when
+// the program cannot be started.
+std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                                         bool captureOutput);
+// Runs "/bin/sh -c commandLine" with this process's standard streams and environment and
+// returns its exit status; -1 when it cannot be started.
+int runShell(const std::string& commandLine);
+
+}  // namespace kelvo::platform

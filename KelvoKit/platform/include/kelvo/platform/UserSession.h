@@ -1,0 +1,19 @@
+#pragma once
+// Who is running and where: home and temporary directories, the preferred language.
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace kelvo::platform {
+
+// $HOME when set and not empty, else the password database's entry for the user.
+std::filesystem::path homeDirectory();
+// $TMPDIR when set and not empty, else /tmp.
+std::filesystem::path temporaryDirectory();
+// The language code of the first of LC_ALL, LC_MESSAGES, LANG that is set and not empty
+// ("es" for es_ES.UTF-8); nothing when none is, or it is "C"/"POSIX".
+std::optional<std::string> preferredLanguage();
+// The directory of the running executable; nothing when it cannot be found.
+std::optional<std::filesystem::path> executableDirectory();
+
+}  // namespace kelvo::platform

@@ -1,0 +1,174 @@
+#include "kelvo/platform/FileSystem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+
+#include "kelvo/Paths.h"
+
+namespace kelvo::platform {
+namespace {
+
+std::optional<struct stat> statOf(const std::filesystem::path& path, bool followLinks) {
+    struct stat status {};
+    const int result = followLinks ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
+    if (result != 0) return std::nullopt;
+    return status;
+}
+
+TimePoint toTimePoint(const struct timespec& time) {
+    return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::seconds(time.tv_sec) +
+                                                                      std::chrono::nanoseconds(time.tv_nsec)));
+}
+
+std::optional<EntryType> typeOf(unsigned char direntType) {
+    switch (direntType) {
+        case DT_DIR: return EntryType::directory;
+        case DT_REG: return EntryType::file;
+        case DT_LNK: return EntryType::symlink;
+        case DT_UNKNOWN: return std::nullopt;
+        default: return EntryType::other;
+    }
+}
+
+std::optional<EntryType> typeOf(mode_t mode) {
+    if (S_ISDIR(mode)) return EntryType::directory;
+    if (S_ISREG(mode)) return EntryType::file;
+    if (S_ISLNK(mode)) return EntryType::symlink;
+    return EntryType::other;
+}
+
+}  // namespace
+
+bool exists(const std::filesystem::path& path) { return statOf(path, true).has_value(); }
+
+bool isDirectory(const std::filesystem::path& path) {
+    const auto status = statOf(path, true);
+    return status && S_ISDIR(status->st_mode);
+}
+
+std::optional<bool> isSymbolicLink(const std::filesystem::path& path) {
+    const auto status = statOf(path, false);
+    if (!status) return std::nullopt;
+    return S_ISLNK(status->st_mode);
+}
+
+std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::path& path, bool skipHidden) {
+    DIR* directory = ::opendir(path.c_str());
+    if (!directory) return std::nullopt;
+    std::vector<ListedEntry> entries;
+    errno = 0;
+    while (const dirent* entry = ::readdir(directory)) {
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        if (skipHidden && name.front() == '.') continue;
+        auto type = typeOf(entry->d_type);
+        if (!type) {
+            struct stat status {};
+            if (::fstatat(::dirfd(directory), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) type = typeOf(status.st_mode);
+        }
+        entries.push_back({std::string(name), type});
+    }
+    const bool failed = errno != 0;
+    ::closedir(directory);
+    if (failed) return std::nullopt;
+    return entries;
+}
+
+std::optional<TimePoint> modificationTime(const std::filesystem::path& path, bool followLinks) {
+    const auto status = statOf(path, followLinks);
+    if (!status) return std::nullopt;
+    return toTimePoint(status->st_mtim);
+}
+
+std::int64_t allocatedSize(const std::filesystem::path& path) {
+    const auto status = statOf(path, true);
+    return status ? static_cast<std::int64_t>(status->st_blocks) * 512 : 0;
+}
+
+std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
+    const auto status = statOf(path, false);
+    if (!status) return std::nullopt;
+    return static_cast<unsigned>(status->st_mode & 07777);
+}
+
+std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
+    if (::chmod(path.c_str(), static_cast<mode_t>(bits)) != 0) return {errno, std::generic_category()};
+    return {};
+}
+
+std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path) {
+    std::string buffer(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(path.c_str(), buffer.data(), buffer.size());
+    if (length < 0) return std::nullopt;
+    buffer.resize(static_cast<std::size_t>(length));
+    return std::filesystem::path(buffer);
+}
+
+std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
+    std::filesystem::path absolute = path.is_absolute() ? path : std::filesystem::current_path() / path;
+    absolute = Paths::standardized(absolute);
+    // realpath() of the longest existing prefix, then the rest as written.
+    std::filesystem::path existing = absolute;
+    std::vector<std::filesystem::path> missing;
+    while (true) {
+        char resolved[PATH_MAX];
+        if (::realpath(existing.c_str(), resolved)) {
+            std::filesystem::path result = resolved;
+            for (auto it = missing.rbegin(); it != missing.rend(); ++it) result /= *it;
+            return Paths::standardized(result);
+        }
+        if (!existing.has_relative_path()) return absolute;
+        missing.push_back(existing.filename());
+        existing = existing.parent_path();
+    }
+}
+
+std::optional<std::string> readFile(const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    std::string content;
+    char buffer[65536];
+    while (true) {
+        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            ::close(fd);
+            return std::nullopt;
+        }
+        if (count == 0) break;
+        content.append(buffer, static_cast<std::size_t>(count));
+    }
+    ::close(fd);
+    return content;
+}
+
+std::error_code writeFile(const std::filesystem::path& path, const std::string& content) {
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return {errno, std::generic_category()};
+    std::size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            const std::error_code error{errno, std::generic_category()};
+            ::close(fd);
+            return error;
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    if (::close(fd) != 0) return {errno, std::generic_category()};
+    return {};
+}
+
+std::error_code createDirectories(const std::filesystem::path& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    return error;
+}
+
+}  // namespace kelvo::platform

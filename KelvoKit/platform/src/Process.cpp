@@ -1,0 +1,109 @@
+#include "kelvo/platform/Process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+extern char** environ;
+
+namespace kelvo::platform {
+namespace {
+
+int statusOf(int waitStatus) {
+    if (WIFEXITED(waitStatus)) return WEXITSTATUS(waitStatus);
+    if (WIFSIGNALED(waitStatus)) return 128 + WTERMSIG(waitStatus);
+    return -1;
+}
+
+std::optional<int> waitFor(pid_t child) {
+    int waitStatus = 0;
+    while (::waitpid(child, &waitStatus, 0) < 0) {
+        if (errno != EINTR) return std::nullopt;
+    }
+    return statusOf(waitStatus);
+}
+
+struct Pipe {
+    int read = -1;
+    int write = -1;
+    bool open() {
+        int fds[2];
+        if (::pipe2(fds, O_CLOEXEC) != 0) return false;
+        read = fds[0];
+        write = fds[1];
+        return true;
+    }
+    void closeBoth() {
+        if (read >= 0) ::close(read);
+        if (write >= 0) ::close(write);
+        read = write = -1;
+    }
+};
+
+}  // namespace
+
+std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                                         bool captureOutput) {
+    // Standard error (and output when not captured) goes to /dev/null rather than to a pipe
+    // nobody reads: the effect is the same and a chatty tool can never block on a full pipe.
+    Pipe output;
+    if (captureOutput && !output.open()) return std::nullopt;
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (captureOutput)
+        posix_spawn_file_actions_adddup2(&actions, output.write, STDOUT_FILENO);
+    else
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+
+    std::vector<char*> argv;
+    std::string programText = program.string();
+    argv.push_back(programText.data());
+    std::vector<std::string> copies = arguments;
+    for (auto& argument : copies) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+
+    pid_t child = 0;
+    const int spawnError = ::posix_spawn(&child, programText.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawnError != 0) {
+        output.closeBoth();
+        return std::nullopt;
+    }
+
+    ProcessOutcome outcome;
+    if (captureOutput) {
+        ::close(output.write);
+        output.write = -1;
+        char buffer[8192];
+        while (true) {
+            const ssize_t count = ::read(output.read, buffer, sizeof buffer);
+            if (count < 0 && errno == EINTR) continue;
+            if (count <= 0) break;
+            outcome.standardOutput.append(buffer, static_cast<std::size_t>(count));
+        }
+        output.closeBoth();
+    }
+    const auto status = waitFor(child);
+    if (!status) return std::nullopt;
+    // A program that exists but cannot be executed comes back from the child as 127.
+    outcome.exitStatus = *status;
+    return outcome;
+}
+
+int runShell(const std::string& commandLine) {
+    std::string shell = "/bin/sh";
+    std::string flag = "-c";
+    std::string line = commandLine;
+    char* argv[] = {shell.data(), flag.data(), line.data(), nullptr};
+    pid_t child = 0;
+    if (::posix_spawn(&child, shell.c_str(), nullptr, nullptr, argv, environ) != 0) return -1;
+    return waitFor(child).value_or(-1);
+}
+
+}  // namespace kelvo::platform

@@ -1,0 +1,9 @@
+#include "kelvo/CleanTarget.h"
+
+#include "kelvo/L10n.h"
+
+namespace kelvo {
+
+std::string CleanTarget::partialSizeNote() { return L10n::t("cleaner.note.partialSize"); }
+
+}  // namespace kelvo

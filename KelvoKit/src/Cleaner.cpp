@@ -1,0 +1,11 @@
+#include "kelvo/Cleaner.h"
+
+namespace kelvo {
+
+const ScanContext& ScanContext::standalone() {
+    static const DirectorySizer sizer;
+    static const ScanContext context{sizer, {}};
+    return context;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,114 @@
+#include "kelvo/Family.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "kelvo/L10n.h"
+#include "kelvo/platform/TextCase.h"
+
+namespace kelvo {
+namespace {
+
+struct FamilyRow {
+    Family family;
+    std::string_view raw;
+    std::string_view icon;
+};
+
+constexpr std::array<FamilyRow, 19> rows{{
+    {Family::xcodeCore, "xcodeCore", "hammer"},
+    {Family::simulators, "simulators", "iphone"},
+    {Family::cocoapods, "cocoapods", "shippingbox"},
+    {Family::flutterDart, "flutterDart", "bird"},
+    {Family::androidGradle, "androidGradle", "cube"},
+    {Family::jsPackages, "jsPackages", "cube.box"},
+    {Family::devMisc, "devMisc", "wrench.and.screwdriver"},
+    {Family::perProject, "perProject", "folder"},
+    {Family::macosGeneral, "macosGeneral", "internaldrive"},
+    {Family::docker, "docker", "shippingbox.fill"},
+    {Family::appLeftovers, "appLeftovers", "trash"},
+    {Family::unusedApps, "unusedApps", "app.dashed"},
+    {Family::dotNet, "dotNet", "cube.transparent"},
+    {Family::reactNative, "reactNative", "atom"},
+    {Family::webBuild, "webBuild", "globe"},
+    {Family::jvm, "jvm", "cup.and.saucer"},
+    {Family::python, "python", "terminal"},
+    {Family::gameEngines, "gameEngines", "gamecontroller"},
+    {Family::otherLangs, "otherLangs", "curlybraces"},
+}};
+
+const FamilyRow& rowOf(Family family) { return rows[static_cast<std::size_t>(family)]; }
+
+// Words a user may type, in the order they are tried.
+constexpr std::pair<std::string_view, Family> aliases[] = {
+    {"xcode", Family::xcodeCore},       {"gradle", Family::androidGradle},  {"flutter", Family::flutterDart},
+    {"js", Family::jsPackages},         {"projects", Family::perProject},   {"macos", Family::macosGeneral},
+    {"simulators", Family::simulators}, {"cocoapods", Family::cocoapods},   {"docker", Family::docker},
+    {"devmisc", Family::devMisc},       {"leftovers", Family::appLeftovers}, {"apps", Family::unusedApps},
+    {"dotnet", Family::dotNet},         {".net", Family::dotNet},           {"rn", Family::reactNative},
+    {"reactnative", Family::reactNative}, {"web", Family::webBuild},        {"jvm", Family::jvm},
+    {"scala", Family::jvm},             {"kotlin", Family::jvm},            {"python", Family::python},
+    {"py", Family::python},             {"games", Family::gameEngines},     {"unity", Family::gameEngines},
+    {"unreal", Family::gameEngines},    {"langs", Family::otherLangs},
+};
+
+}  // namespace
+
+const std::array<Family, 19>& allFamilies() {
+    static const std::array<Family, 19> families = [] {
+        std::array<Family, 19> result{};
+        for (std::size_t i = 0; i < rows.size(); ++i) result[i] = rows[i].family;
+        return result;
+    }();
+    return families;
+}
+
+const std::vector<Family>& cleanDomainFamilies() {
+    static const std::vector<Family> families = [] {
+        std::vector<Family> result;
+        for (Family family : allFamilies())
+            if (family != Family::appLeftovers && family != Family::unusedApps) result.push_back(family);
+        return result;
+    }();
+    return families;
+}
+
+std::string_view rawValue(Family family) { return rowOf(family).raw; }
+
+std::optional<Family> familyFromRawValue(std::string_view raw) {
+    for (const auto& row : rows)
+        if (row.raw == raw) return row.family;
+    return std::nullopt;
+}
+
+std::optional<Family> familyFromAlias(std::string_view name) {
+    const std::string lowered = platform::lowercased(name);
+    for (const auto& [word, family] : aliases)
+        if (word == lowered) return family;
+    return std::nullopt;
+}
+
+std::string displayName(Family family) { return L10n::t("family." + std::string(rawValue(family))); }
+
+std::string_view iconName(Family family) { return rowOf(family).icon; }
+
+const std::vector<std::string>& guardedProcesses(Family family) {
+    static const std::vector<std::string> none;
+    static const std::vector<std::string> xcode{"Xcode"};
+    static const std::vector<std::string> simulators{"Xcode", "Simulator"};
+    static const std::vector<std::string> flutter{"dart"};
+    static const std::vector<std::string> android{"studio", "qemu-system-x86_64", "qemu-system-aarch64", "java"};
+    static const std::vector<std::string> docker{"Docker", "com.docker.backend"};
+    static const std::vector<std::string> games{"Unity", "UnrealEditor"};
+    switch (family) {
+        case Family::xcodeCore: return xcode;
+        case Family::simulators: return simulators;
+        case Family::flutterDart: return flutter;
+        case Family::androidGradle: return android;
+        case Family::docker: return docker;
+        case Family::gameEngines: return games;
+        default: return none;
+    }
+}
+
+}  // namespace kelvo

@@ -1,0 +1,17 @@
+#pragma once
+// The subcommands of the kelvo tool. Each registers itself on the application and records
+// the process's exit status when it runs: 0 success, 1 a failure of the work itself,
+// 2 a usage error.
+#include <CLI/CLI.hpp>
+
+namespace kelvo::tool {
+
+inline constexpr int usageErrorStatus = 2;
+
+void registerSizeCommand(CLI::App& app);
+void registerConfigCommand(CLI::App& app);
+
+void setExitStatus(int status);
+int exitStatus();
+
+}  // namespace kelvo::tool

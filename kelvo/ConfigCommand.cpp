@@ -1,0 +1,24 @@
+// kelvo config show: the effective configuration and where it is kept.
+#include <fmt/format.h>
+
+#include "Commands.h"
+#include "kelvo/Config.h"
+#include "kelvo/L10n.h"
+#include "kelvo/platform/UserSession.h"
+
+namespace kelvo::tool {
+
+void registerConfigCommand(CLI::App& app) {
+    auto* config = app.add_subcommand("config", "Show the configuration");
+    config->require_subcommand(1);
+    auto* show = config->add_subcommand("show", "Print the effective configuration and the file's path");
+    show->callback([] {
+        const auto home = platform::homeDirectory();
+        const auto path = Config::filePath(home);
+        const bool present = Config::exists(home);
+        fmt::print("{}\n", L10n::t(present ? "cli.config.file" : "cli.config.noFile", path.string()));
+        fmt::print("{}\n", Config::load(home).encoded());
+    });
+}
+
+}  // namespace kelvo::tool

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Installs what building and testing Kelvo needs, from Debian's packages only.
+# Safe to run any number of times: apt-get skips what is already there.
+set -euo pipefail
+
+packages=(
+  build-essential cmake ninja-build pkg-config python3
+  nlohmann-json3-dev libcli11-dev libfmt-dev libplist-dev
+  libgtest-dev libgmock-dev libbenchmark-dev
+  procps util-linux coreutils gdu
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+sudo=()
+[ "$(id -u)" -ne 0 ] && sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

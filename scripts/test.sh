@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Installs what Kelvo needs, builds it and runs every test.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+"$root/scripts/install-deps.sh"
+"$root/scripts/build.sh"
+cd "${KELVO_BUILD_DIR:-$root/build}"
+ctest --output-on-failure --timeout 600 -j "$(nproc)"

@@ -1,0 +1,45 @@
+#pragma once
+// Test fixtures on real file-system trees: a temporary folder removed afterwards (made
+// writable first, so tests that lock folders clean up too), and small tree builders.
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace kelvo::testing {
+
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const std::string& relative) const { return path_ / relative; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Writes a file of `size` bytes (parents created) and returns its path.
+std::filesystem::path writeFile(const std::filesystem::path& path, std::size_t size = 0);
+// Writes a file with the given text.
+std::filesystem::path writeText(const std::filesystem::path& path, const std::string& text);
+std::filesystem::path makeDirectory(const std::filesystem::path& path);
+// Sets the modification time of the item itself (links not followed).
+void setModificationTime(const std::filesystem::path& path, std::chrono::system_clock::time_point time);
+// The allocated size (blocks x 512) of one item, links not followed.
+std::int64_t allocatedBytes(const std::filesystem::path& path);
+// Sum of allocatedBytes over every entry below a directory, by a plain recursive walk.
+std::int64_t allocatedBytesBelow(const std::filesystem::path& directory);
+// Every path below a directory (relative, sorted), with "/" after directories; links listed, not followed.
+std::string listing(const std::filesystem::path& directory);
+
+// Whether this process can run a command as the unprivileged user 65534 (setpriv as
+// root), or is itself unprivileged; tests of unreadable folders need one or the other.
+bool runningAsRoot();
+// Runs a shell command as uid/gid 65534 through setpriv; returns its exit status.
+int runAsNobody(const std::string& command);
+
+}  // namespace kelvo::testing
