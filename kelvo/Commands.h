@@ -10,6 +10,9 @@ inline constexpr int usageErrorStatus = 2;
 
 void registerSizeCommand(CLI::App& app);
 void registerConfigCommand(CLI::App& app);
+void registerScanCommand(CLI::App& app);
+void registerCleanCommand(CLI::App& app);
+void registerPrepareCommand(CLI::App& app);
 
 void setExitStatus(int status);
 int exitStatus();

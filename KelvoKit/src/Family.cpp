@@ -88,6 +88,19 @@ std::optional<Family> familyFromAlias(std::string_view name) {
     return std::nullopt;
 }
 
+std::optional<Family> familyFromUserName(std::string_view name) {
+    if (auto family = familyFromAlias(name)) return family;
+    return familyFromRawValue(name);
+}
+
+std::vector<std::string> acceptedFamilyNames() {
+    std::vector<std::string> names;
+    for (const auto& alias : aliases) names.emplace_back(alias.first);
+    for (const auto& row : rows)
+        if (std::find(names.begin(), names.end(), row.raw) == names.end()) names.emplace_back(row.raw);
+    return names;
+}
+
 std::string displayName(Family family) { return L10n::t("family." + std::string(rawValue(family))); }
 
 std::string_view iconName(Family family) { return rowOf(family).icon; }

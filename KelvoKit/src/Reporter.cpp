@@ -1,5 +1,7 @@
 #include "kelvo/Reporter.h"
 
+#include <algorithm>
+
 namespace kelvo {
 
 ScanSummary Reporter::summarize(const std::vector<CleanTarget>& targets) {
@@ -11,6 +13,12 @@ ScanSummary Reporter::summarize(const std::vector<CleanTarget>& targets) {
     }
     summary.targets = targets;
     return summary;
+}
+
+std::vector<CleanTarget> Reporter::largestFirst(std::vector<CleanTarget> targets) {
+    std::stable_sort(targets.begin(), targets.end(),
+                     [](const CleanTarget& a, const CleanTarget& b) { return a.sizeBytes > b.sizeBytes; });
+    return targets;
 }
 
 }  // namespace kelvo

@@ -26,6 +26,10 @@ std::optional<Family> familyFromRawValue(std::string_view raw);
 // Lenient parser for names typed by a user ("xcode", ".NET", "py", ...): lower-cased,
 // then matched against a fixed word list. Most raw values are not accepted as such.
 std::optional<Family> familyFromAlias(std::string_view name);
+// A name a user may type for a family: an alias word, else an exact raw value.
+std::optional<Family> familyFromUserName(std::string_view name);
+// Every word familyFromUserName accepts, aliases first, for a usage message.
+std::vector<std::string> acceptedFamilyNames();
 
 std::string displayName(Family family);
 std::string_view iconName(Family family);

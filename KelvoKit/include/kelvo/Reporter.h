@@ -18,6 +18,8 @@ struct ScanSummary {
 
 namespace Reporter {
 ScanSummary summarize(const std::vector<CleanTarget>& targets);
+// The targets largest first; equal sizes keep their order.
+std::vector<CleanTarget> largestFirst(std::vector<CleanTarget> targets);
 }
 
 }  // namespace kelvo

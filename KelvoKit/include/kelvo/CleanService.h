@@ -1,0 +1,36 @@
+#pragma once
+// The clean domain's facade: scans the catalog's enabled cleaners, tells which families
+// have anything to clean, and carries out a clean of chosen targets through an executor
+// behind a guard whose allowed roots are the home, the temporary directory and, when a
+// Flutter SDK is known, its bin folder. Immutable: new settings make a new service.
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "kelvo/CleanTarget.h"
+#include "kelvo/Environment.h"
+#include "kelvo/ExecutionReport.h"
+#include "kelvo/Executor.h"
+#include "kelvo/ProcessProbe.h"
+#include "kelvo/SafetyGuard.h"
+#include "kelvo/Scanner.h"
+
+namespace kelvo {
+
+struct CleanService {
+    Environment env;
+    std::shared_ptr<const ProcessProbe> probe;
+    CommandRunner runCommand = &Executor::shell;
+
+    // The enabled cleaners of the catalog (all when no set is configured, none for an empty set).
+    CleanerList enabledCleaners() const;
+    // Unsorted targets; nothing when the scan was stopped.
+    std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
+    // The families that have targets in a scan of the whole catalog, enabled or not.
+    std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
+    SafetyGuard guard() const;
+    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
+};
+
+}  // namespace kelvo

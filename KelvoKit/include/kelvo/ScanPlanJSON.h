@@ -1,0 +1,44 @@
+#pragma once
+// The machine-readable rendering of a scan plan: totals by family and level, and every
+// target with its risk axes and whether it is chosen. Written in the library's one JSON
+// layout (keys sorted, " : ", two-space indentation, "/" escaped), so two encodings of one
+// plan are byte-identical. A target's paths or command are not part of the document.
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kelvo/CleanTarget.h"
+#include "kelvo/Reporter.h"
+
+namespace kelvo {
+
+struct ScanPlanJSON {
+    struct Target {
+        std::string id;
+        std::string name;
+        std::string family;
+        std::int64_t sizeBytes = 0;
+        std::string level;
+        std::string reversibility;
+        std::string regenCost;
+        bool preselected = false;
+        std::string notes;
+    };
+
+    std::int64_t totalBytes = 0;
+    std::map<std::string, std::int64_t> byFamily;
+    std::map<std::string, std::int64_t> byLevel;
+    std::vector<Target> targets;
+
+    // Totals from the summary as given; the targets argument alone decides the array.
+    ScanPlanJSON(const std::vector<CleanTarget>& targets, const ScanSummary& summary,
+                 const std::set<std::string>& selectedIDs);
+    // With the summary of the targets and the default preselection.
+    explicit ScanPlanJSON(const std::vector<CleanTarget>& targets);
+
+    std::string encoded() const;
+};
+
+}  // namespace kelvo

@@ -1,0 +1,37 @@
+#include "kelvo/CleanService.h"
+
+#include "kelvo/CleanerRegistry.h"
+
+namespace kelvo {
+
+CleanerList CleanService::enabledCleaners() const {
+    CleanerList cleaners = CleanerRegistry::makeCleaners(env);
+    if (!env.enabledFamilies) return cleaners;
+    std::erase_if(cleaners, [&](const auto& cleaner) { return !env.enabledFamilies->contains(cleaner->family()); });
+    return cleaners;
+}
+
+std::optional<std::vector<CleanTarget>> CleanService::scan(const ScanOptions& options) const {
+    return Scanner(enabledCleaners()).scan(options);
+}
+
+std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {
+    const auto targets = Scanner(CleanerRegistry::makeCleaners(env)).scan(options);
+    if (!targets) return std::nullopt;
+    std::set<Family> families;
+    for (const auto& target : *targets) families.insert(target.family);
+    return families;
+}
+
+SafetyGuard CleanService::guard() const {
+    std::vector<std::filesystem::path> roots{env.home, env.tmpDir};
+    if (env.flutterBinCache) roots.push_back(env.flutterBinCache->parent_path());
+    return SafetyGuard{env.home, std::move(roots), CleanerRegistry::protectedPaths(env), env.resolvedExtraExclusions()};
+}
+
+ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
+    const Executor executor{guard(), dryRun, force, probe, runCommand};
+    return executor.execute(targets);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,121 @@
+#include "kelvo/Scanner.h"
+
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include "kelvo/Paths.h"
+#include "kelvo/WorkerPool.h"
+
+namespace kelvo {
+namespace {
+
+// Every path offered by a path target, by standardised path string, with the ids that offer it.
+using PathOwners = std::unordered_map<std::string, std::vector<const std::string*>>;
+
+PathOwners ownersOf(const std::vector<CleanTarget>& targets) {
+    PathOwners owners;
+    for (const auto& target : targets) {
+        if (!target.kind.isPath()) continue;
+        for (const auto& url : target.kind.pathList())
+            owners[Paths::standardized(url).string()].push_back(&target.id);
+    }
+    return owners;
+}
+
+// Covered when another id owns a strict ancestor of the path, or owns the path itself and
+// sorts before this target's id. Ancestors are found by walking up the path's components,
+// so the cost grows with depth, not with the number of paths in the scan.
+bool isCovered(const std::string& path, const std::string& id, const PathOwners& owners) {
+    if (const auto same = owners.find(path); same != owners.end())
+        for (const auto* owner : same->second)
+            if (*owner != id && *owner < id) return true;
+    for (auto slash = path.rfind('/'); slash != std::string::npos && slash > 0; slash = path.rfind('/', slash - 1)) {
+        if (const auto ancestor = owners.find(path.substr(0, slash)); ancestor != owners.end())
+            for (const auto* owner : ancestor->second)
+                if (*owner != id) return true;
+    }
+    if (path.size() > 1 && path.front() == '/')
+        if (const auto root = owners.find("/"); root != owners.end())
+            for (const auto* owner : root->second)
+                if (*owner != id) return true;
+    return false;
+}
+
+}  // namespace
+
+std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer) {
+    const PathOwners owners = ownersOf(targets);
+    std::vector<CleanTarget> result;
+    result.reserve(targets.size());
+    for (const auto& target : targets) {
+        if (target.kind.isCommand()) {
+            result.push_back(target);
+            continue;
+        }
+        const auto& urls = target.kind.pathList();
+        std::vector<std::filesystem::path> kept;
+        for (const auto& url : urls)
+            if (!isCovered(Paths::standardized(url).string(), target.id, owners)) kept.push_back(url);
+        if (kept.size() == urls.size()) {
+            result.push_back(target);
+            continue;
+        }
+        if (kept.empty()) continue;
+        std::int64_t bytes = 0;
+        bool hadErrors = false;
+        for (const auto& url : kept) {
+            const auto measurement = sizer.measure(url);
+            bytes += measurement.bytes;
+            hadErrors = hadErrors || measurement.hadErrors;
+        }
+        if (bytes <= 0) continue;
+        CleanTarget narrowed = target;
+        narrowed.kind = CleanKind::paths(std::move(kept));
+        narrowed.sizeBytes = bytes;
+        if (hadErrors) narrowed.notes = CleanTarget::partialSizeNote();
+        result.push_back(std::move(narrowed));
+    }
+    return result;
+}
+
+std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options) const {
+    std::unique_ptr<WorkerPool> ownPool;
+    WorkerPool* pool = options.pool;
+    if (!pool) {
+        ownPool = std::make_unique<WorkerPool>();
+        pool = ownPool.get();
+    }
+    // One memo for the whole scan: de-duplication re-measures paths the cleaners have
+    // measured already, and must not walk them again.
+    const DirectorySizer sizer(*pool, options.stop, std::make_shared<SizeMemo>());
+    const ScanContext context{sizer, options.stop};
+
+    // Results are kept per cleaner and joined in catalog order, so a scan's output does
+    // not depend on which cleaner finished first.
+    std::vector<std::vector<CleanTarget>> results(cleaners_.size());
+    std::mutex progressMutex;
+    ScanProgress progress{0, cleaners_.size(), 0};
+    TaskGroup group;
+    for (std::size_t index = 0; index < cleaners_.size(); ++index) {
+        pool->submit(group, [&, index] {
+            if (options.stop.stop_requested()) return;
+            results[index] = cleaners_[index]->scan(context);
+            std::lock_guard lock(progressMutex);
+            ++progress.cleanersFinished;
+            for (const auto& target : results[index]) progress.bytesFound += target.sizeBytes;
+            if (options.progress) options.progress(progress);
+        });
+    }
+    pool->wait(group);
+    if (options.stop.stop_requested()) return std::nullopt;
+
+    std::vector<CleanTarget> accumulated;
+    for (auto& list : results)
+        for (auto& target : list) accumulated.push_back(std::move(target));
+    auto deduplicated = dedup(accumulated, sizer);
+    if (options.stop.stop_requested()) return std::nullopt;
+    return deduplicated;
+}
+
+}  // namespace kelvo

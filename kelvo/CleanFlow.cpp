@@ -1,0 +1,65 @@
+#include "CleanFlow.h"
+
+#include <fmt/format.h>
+
+#include <iostream>
+
+#include "Commands.h"
+#include "PlanOutput.h"
+#include "kelvo/L10n.h"
+#include "kelvo/PlanSelection.h"
+#include "kelvo/Reporter.h"
+#include "kelvo/platform/Terminal.h"
+
+namespace kelvo::tool {
+namespace {
+
+bool askToProceed() {
+    fmt::print("{} ", L10n::t("cli.clean.confirm"));
+    std::fflush(stdout);
+    std::string answer;
+    if (!std::getline(std::cin, answer)) return false;
+    return answer == "y" || answer == "Y" || answer == "yes" || answer == L10n::t("cli.clean.yesWord");
+}
+
+}  // namespace
+
+void addCleanOptions(CLI::App& command, CleanRequest& request) {
+    command.add_option("--id", request.ids, "Clean the target with this id (repeatable)");
+    command.add_option("--family", request.familyNames, "Clean every target of this family (repeatable)");
+    command.add_flag("--dry-run", request.dryRun, "Show what would be removed and remove nothing");
+    command.add_flag("--yes,-y", request.yes, "Do not ask for confirmation");
+    command.add_flag("--force", request.force, "Clean even while the family's programs are running");
+}
+
+int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& request, const std::set<Family>& families,
+             const CleanFunction& clean) {
+    PlanSelection plan(Reporter::largestFirst(scanned));
+    if (const auto unknown = plan.unknownIDs(request.ids); !unknown.empty()) {
+        for (const auto& id : unknown) fmt::print(stderr, "{}\n", L10n::t("cli.clean.unknownID", id));
+        return usageErrorStatus;
+    }
+    if (!request.ids.empty() || !families.empty()) plan.choose(request.ids, families);
+
+    const auto chosen = plan.selectedTargets();
+    if (chosen.empty()) {
+        fmt::print("{}\n", L10n::t("cli.clean.nothing"));
+        return 0;
+    }
+    printChosen(plan);
+    if (!request.dryRun && !request.yes) {
+        if (!platform::standardInputIsTerminal()) {
+            fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));
+            return usageErrorStatus;
+        }
+        if (!askToProceed()) {
+            fmt::print("{}\n", L10n::t("cli.clean.cancelled"));
+            return 0;
+        }
+    }
+    const auto report = clean(chosen, request.dryRun, request.force);
+    printReport(report, request.dryRun);
+    return report.errors.empty() && report.skipped.empty() ? 0 : 1;
+}
+
+}  // namespace kelvo::tool

@@ -1,0 +1,32 @@
+#pragma once
+// The part of `kelvo clean` and `kelvo prepare clean` that is the same: choose the targets
+// (preselection, --id, --family), show them, ask on a terminal, clean, report.
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kelvo/CleanTarget.h"
+#include "kelvo/ExecutionReport.h"
+
+namespace kelvo::tool {
+
+struct CleanRequest {
+    std::vector<std::string> ids;
+    std::vector<std::string> familyNames;
+    bool dryRun = false;
+    bool yes = false;
+    bool force = false;
+};
+
+// Adds --id, --family, --dry-run, --yes and --force to a command.
+void addCleanOptions(CLI::App& command, CleanRequest& request);
+
+using CleanFunction = std::function<ExecutionReport(const std::vector<CleanTarget>&, bool dryRun, bool force)>;
+
+// Returns the exit status: 0 nothing failed, 1 a target failed or was skipped, 2 usage.
+int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& request, const std::set<Family>& families,
+             const CleanFunction& clean);
+
+}  // namespace kelvo::tool

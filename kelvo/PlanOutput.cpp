@@ -1,0 +1,142 @@
+#include "PlanOutput.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <mutex>
+
+#include "kelvo/Format.h"
+#include "kelvo/L10n.h"
+#include "kelvo/Reporter.h"
+#include "kelvo/platform/Terminal.h"
+
+namespace kelvo::tool {
+namespace {
+
+std::string paint(const std::string& text, const char* code) {
+    static const bool colour = platform::colourWanted(platform::standardOutputIsTerminal());
+    return colour ? fmt::format("\033[{}m{}\033[0m", code, text) : text;
+}
+
+const char* levelColour(Level level) {
+    switch (level) {
+        case Level::safe: return "32";
+        case Level::moderate: return "33";
+        default: return "31";
+    }
+}
+
+std::string levelText(Level level) { return L10n::t("level." + std::string(rawValue(level))); }
+std::string costText(RegenCost cost) { return L10n::t("regenCost." + std::string(rawValue(cost))); }
+
+void printTargetLine(const CleanTarget& target, bool chosen) {
+    fmt::print("  {} {:>11}  {:<10} {:<18} {}\n", chosen ? paint("[x]", "1") : "[ ]", Format::bytes(target.sizeBytes),
+               paint(levelText(target.level), levelColour(target.level)), costText(target.regenCost), target.name);
+    fmt::print("      {}\n", paint(target.id, "2"));
+    if (!target.notes.empty()) fmt::print("      {}\n", target.notes);
+}
+
+// Targets of each family, families in declaration order, each group largest first.
+std::vector<std::pair<Family, std::vector<CleanTarget>>> grouped(const std::vector<CleanTarget>& targets) {
+    std::vector<std::pair<Family, std::vector<CleanTarget>>> groups;
+    const auto sorted = Reporter::largestFirst(targets);
+    for (Family family : allFamilies()) {
+        std::vector<CleanTarget> members;
+        for (const auto& target : sorted)
+            if (target.family == family) members.push_back(target);
+        if (!members.empty()) groups.emplace_back(family, std::move(members));
+    }
+    return groups;
+}
+
+std::int64_t totalOf(const std::vector<CleanTarget>& targets) {
+    std::int64_t total = 0;
+    for (const auto& target : targets) total += target.sizeBytes;
+    return total;
+}
+
+}  // namespace
+
+void printPlan(const PlanSelection& plan) {
+    if (plan.targets.empty()) {
+        fmt::print("{}\n", L10n::t("cli.plan.empty"));
+        return;
+    }
+    const auto summary = Reporter::summarize(plan.targets);
+    for (const auto& [family, members] : grouped(plan.targets)) {
+        fmt::print("{}  {}\n", paint(displayName(family), "1"), Format::bytes(summary.byFamily.at(family)));
+        for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id));
+        fmt::print("\n");
+    }
+    fmt::print("{}\n", paint(L10n::t("cli.plan.byFamily"), "1"));
+    for (Family family : allFamilies())
+        if (summary.byFamily.contains(family))
+            fmt::print("  {:<40} {:>11}\n", displayName(family), Format::bytes(summary.byFamily.at(family)));
+    fmt::print("{}\n", paint(L10n::t("cli.plan.byLevel"), "1"));
+    for (Level level : {Level::safe, Level::moderate, Level::aggressive})
+        if (summary.byLevel.contains(level))
+            fmt::print("  {:<40} {:>11}\n", levelText(level), Format::bytes(summary.byLevel.at(level)));
+    fmt::print("{}\n", L10n::t("cli.plan.total", Format::bytes(summary.totalBytes)));
+    const auto chosen = plan.selectedTargets();
+    fmt::print("{}\n", L10n::t("cli.plan.chosen", static_cast<std::int64_t>(chosen.size()), Format::bytes(totalOf(chosen))));
+}
+
+void printChosen(const PlanSelection& plan) {
+    const auto chosen = plan.selectedTargets();
+    fmt::print("{}\n", L10n::t("cli.clean.willRemove", static_cast<std::int64_t>(chosen.size()), Format::bytes(totalOf(chosen))));
+    for (const auto& [family, members] : grouped(chosen)) {
+        fmt::print("{}\n", paint(displayName(family), "1"));
+        for (const auto& target : members) printTargetLine(target, true);
+    }
+}
+
+void printReport(const ExecutionReport& report, bool dryRun) {
+    if (dryRun) fmt::print("{}\n", paint(L10n::t("cli.report.dryRun"), "1"));
+    fmt::print("{}\n", L10n::t("cli.report.freed", Format::bytes(report.freedBytes)));
+    const auto list = [](const char* key, const std::vector<std::string>& ids) {
+        if (ids.empty()) return;
+        fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(ids.size())));
+        for (const auto& id : ids) fmt::print("  {}\n", id);
+    };
+    const auto entries = [](const char* key, const std::vector<ReportEntry>& items) {
+        if (items.empty()) return;
+        fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(items.size())));
+        for (const auto& item : items) fmt::print("  {}: {}\n", item.id, item.text);
+    };
+    list("cli.report.deleted", report.deleted);
+    list("cli.report.partial", report.partial);
+    list("cli.report.freedUnknown", report.freedUnknown);
+    entries("cli.report.skipped", report.skipped);
+    entries("cli.report.failed", report.errors);
+}
+
+ProgressLine::ProgressLine() : enabled_(platform::standardErrorIsTerminal()) {}
+
+ProgressLine::~ProgressLine() {
+    if (enabled_) fmt::print(stderr, "\r\033[K");
+}
+
+std::function<void(const ScanProgress&)> ProgressLine::callback() {
+    if (!enabled_) return {};
+    return [](const ScanProgress& progress) {
+        fmt::print(stderr, "\r\033[K{}",
+                   L10n::t("cli.scan.progress", static_cast<std::int64_t>(progress.cleanersFinished),
+                           static_cast<std::int64_t>(progress.cleanersTotal), Format::bytes(progress.bytesFound)));
+        std::fflush(stderr);
+    };
+}
+
+std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names) {
+    std::set<Family> families;
+    for (const auto& name : names) {
+        const auto family = familyFromUserName(name);
+        if (!family) {
+            fmt::print(stderr, "{}\n", L10n::t("cli.family.unknown", name, fmt::format("{}", fmt::join(acceptedFamilyNames(), ", "))));
+            return std::nullopt;
+        }
+        families.insert(*family);
+    }
+    return families;
+}
+
+}  // namespace kelvo::tool

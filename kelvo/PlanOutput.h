@@ -1,0 +1,39 @@
+#pragma once
+// Text renderings shared by the scan, clean and prepare commands.
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kelvo/CleanTarget.h"
+#include "kelvo/ExecutionReport.h"
+#include "kelvo/PlanSelection.h"
+#include "kelvo/Scanner.h"
+
+namespace kelvo::tool {
+
+// Targets grouped by family (families in declaration order, targets largest first), each
+// with size, level, regeneration cost and a mark when chosen; then totals by family and
+// level and the chosen total.
+void printPlan(const PlanSelection& plan);
+// Only the chosen targets, as a list of what a clean will remove.
+void printChosen(const PlanSelection& plan);
+void printReport(const ExecutionReport& report, bool dryRun);
+
+// A progress line on standard error while a scan runs, only when it is a terminal.
+// Returns the callback to hand to the scanner, and clears the line when destroyed.
+class ProgressLine {
+public:
+    ProgressLine();
+    ~ProgressLine();
+    std::function<void(const ScanProgress&)> callback();
+
+private:
+    bool enabled_;
+};
+
+// Parses --family names; on an unknown one prints the accepted names and returns nothing.
+std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names);
+
+}  // namespace kelvo::tool
