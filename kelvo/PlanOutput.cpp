@@ -92,7 +92,7 @@ void printChosen(const PlanSelection& plan) {
 
 void printReport(const ExecutionReport& report, bool dryRun) {
     if (dryRun) fmt::print("{}\n", paint(L10n::t("cli.report.dryRun"), "1"));
-    fmt::print("{}\n", L10n::t("cli.report.freed", Format::bytes(report.freedBytes)));
+    fmt::print("{}\n", L10n::t("cli.report.freed", Format::bytes(report.freedBytes), report.freedBytes));
     const auto list = [](const char* key, const std::vector<std::string>& ids) {
         if (ids.empty()) return;
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(ids.size())));

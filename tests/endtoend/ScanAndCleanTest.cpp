@@ -1,0 +1,163 @@
+// The tool end to end on a small fake home made by the test: what a scan offers, and what
+// a clean removes and, above all, leaves alone.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <set>
+
+#include "support/TempDir.h"
+#include "support/ToolRunner.h"
+
+namespace kelvo {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::TempDir;
+using testing::writeFile;
+
+class FakeHome : public ::testing::Test {
+protected:
+    void SetUp() override {
+        home = root / "home";
+        tmp = root / "tmp";
+        std::filesystem::create_directories(tmp);
+        const auto old = std::chrono::system_clock::now() - 40 * 24h;
+        writeFile(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o", 20000);
+        writeFile(home / "Library/Logs/CoreSimulator/sim.log", 3000);
+        writeFile(home / "Library/Logs/other.log", 1000);
+        writeFile(home / ".npm/_cacache/content-v2/sha512/aa/bb/cc", 9000);
+        writeFile(home / ".konan/dependencies/llvm/bin/clang", 50000);  // aggressive: offered, not chosen
+        writeFile(home / "Library/Android/sdk/ndk/26.1.10909125/source.properties", 7000);
+        writeFile(home / "Library/Developer/Xcode/Archives/2024-01-01/App.xcarchive/Info.plist", 500);
+        writeFile(home / ".android/avd/Pixel.avd/config.ini", 500);
+        writeFile(home / "Documents/thesis.tex", 5000);
+        writeFile(home / "workspace/old/package.json", 100);
+        writeFile(home / "workspace/old/node_modules/left-pad/index.js", 4000);
+        writeFile(home / "workspace/young/package.json", 100);
+        writeFile(home / "workspace/young/node_modules/right-pad/index.js", 4000);
+        writeFile(home / "workspace/dotnet/App.csproj", 100);
+        writeFile(home / "workspace/dotnet/bin/Debug/App.dll", 6000);
+        writeFile(home / "workspace/tool/bin/run.sh", 100);  // no project file beside it
+        writeFile(tmp / "metro-abc/cache.bin", 2000);
+        writeFile(tmp / "unrelated/keep.txt", 100);
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
+            testing::setModificationTime(entry.path(), old);
+        testing::setModificationTime(home / "workspace/young/node_modules", std::chrono::system_clock::now() - 24h);
+        environment = {{"HOME", home.string()},
+                       {"TMPDIR", tmp.string()},
+                       {"PATH", testing::toolFolderWithOnlyRm(root.path()).string()},
+                       {"LANG", "C"}};
+    }
+
+    std::map<std::string, nlohmann::json> scanPlan() {
+        const auto result = testing::runTool({"scan", "--json"}, environment);
+        EXPECT_EQ(result.exitStatus, 0) << result.standardError;
+        const auto document = nlohmann::json::parse(result.standardOutput);
+        std::map<std::string, nlohmann::json> byId;
+        for (const auto& target : document["targets"]) byId[target["id"].get<std::string>()] = target;
+        return byId;
+    }
+
+    std::int64_t sizeOf(const std::string& relative) const { return testing::allocatedBytesBelow(home / relative); }
+
+    TempDir root;
+    std::filesystem::path home;
+    std::filesystem::path tmp;
+    std::map<std::string, std::string> environment;
+};
+
+TEST_F(FakeHome, ScanOffersExactlyWhatTheCatalogDefinesWithAllocatedSizes) {
+    const auto plan = scanPlan();
+    std::set<std::string> ids;
+    for (const auto& [id, target] : plan) ids.insert(id);
+    EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "user-logs", "npm-cache", "konan",
+                                          "android-ndk/26.1.10909125", "tmpdir-scratch/metro-abc", "metro-cache",
+                                          "per-project-node_modules", "per-project-bin"}));
+    EXPECT_EQ(plan.at("derived-data")["sizeBytes"], sizeOf("Library/Developer/Xcode/DerivedData"));
+    // coresimulator-logs lies inside user-logs, which takes it whole.
+    EXPECT_EQ(plan.at("user-logs")["sizeBytes"], sizeOf("Library/Logs"));
+    EXPECT_EQ(plan.at("npm-cache")["sizeBytes"], sizeOf(".npm/_cacache"));
+    EXPECT_EQ(plan.at("per-project-node_modules")["sizeBytes"], sizeOf("workspace/old/node_modules"));
+    EXPECT_EQ(plan.at("per-project-bin")["sizeBytes"], sizeOf("workspace/dotnet/bin"));
+    EXPECT_EQ(plan.at("android-ndk/26.1.10909125")["sizeBytes"], sizeOf("Library/Android/sdk/ndk/26.1.10909125"));
+    EXPECT_EQ(plan.at("tmpdir-scratch/metro-abc")["sizeBytes"], testing::allocatedBytesBelow(tmp / "metro-abc"));
+    EXPECT_EQ(plan.at("konan")["preselected"], false);
+    EXPECT_EQ(plan.at("metro-cache")["preselected"], false);  // a command of unknown size
+    EXPECT_EQ(plan.at("metro-cache")["sizeBytes"], 0);
+    EXPECT_EQ(plan.at("derived-data")["preselected"], true);
+}
+
+TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
+    const auto limited = testing::runTool({"scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
+    ASSERT_EQ(limited.exitStatus, 0) << limited.standardError;
+    std::set<std::string> ids;
+    for (const auto& target : nlohmann::json::parse(limited.standardOutput)["targets"]) ids.insert(target["id"]);
+    EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "per-project-node_modules", "per-project-bin"}));
+
+    const auto unknown = testing::runTool({"scan", "--family", "cobol"}, environment);
+    EXPECT_EQ(unknown.exitStatus, 2);
+    EXPECT_NE(unknown.standardError.find("cobol"), std::string::npos);
+    EXPECT_NE(unknown.standardError.find("xcode"), std::string::npos);  // the accepted names are listed
+}
+
+TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
+    const auto plan = scanPlan();
+    const std::string before = testing::listing(root.path());
+    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+
+    // What was chosen is gone.
+    for (const auto* gone : {"Library/Developer/Xcode/DerivedData", "Library/Logs", ".npm/_cacache",
+                             "workspace/old/node_modules", "workspace/dotnet/bin", "Library/Android/sdk/ndk/26.1.10909125"})
+        EXPECT_FALSE(std::filesystem::exists(home / gone)) << gone;
+    EXPECT_FALSE(std::filesystem::exists(tmp / "metro-abc"));
+
+    // Everything else is exactly as it was: the listing equals the old one minus the removed trees.
+    const std::string after = testing::listing(root.path());
+    std::string expected;
+    std::istringstream lines(before);
+    for (std::string line; std::getline(lines, line);) {
+        bool removed = false;
+        for (const auto* prefix : {"home/Library/Developer/Xcode/DerivedData/", "home/Library/Logs/", "home/.npm/_cacache/",
+                                   "home/workspace/old/node_modules/", "home/workspace/dotnet/bin/",
+                                   "home/Library/Android/sdk/ndk/26.1.10909125/", "tmp/metro-abc/"})
+            removed = removed || line.starts_with(prefix);
+        if (!removed) expected += line + "\n";
+    }
+    EXPECT_EQ(after, expected);
+    EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/Archives/2024-01-01/App.xcarchive/Info.plist"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".android/avd/Pixel.avd/config.ini"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".konan/dependencies/llvm/bin/clang"));
+    EXPECT_TRUE(std::filesystem::exists(home / "workspace/young/node_modules/right-pad/index.js"));
+
+    // It freed what the scan promised for the chosen targets.
+    std::int64_t promised = 0;
+    for (const auto& [id, target] : plan)
+        if (target["preselected"] == true) promised += target["sizeBytes"].get<std::int64_t>();
+    EXPECT_NE(result.standardOutput.find(std::to_string(promised)), std::string::npos)
+        << "promised " << promised << "\n" << result.standardOutput;
+}
+
+TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNothing) {
+    const std::string before = testing::listing(root.path());
+    const auto refused = testing::runTool({"clean"}, environment);
+    EXPECT_EQ(refused.exitStatus, 2);
+    const auto unknown = testing::runTool({"clean", "--yes", "--id", "no-such-target"}, environment);
+    EXPECT_EQ(unknown.exitStatus, 2);
+    EXPECT_NE(unknown.standardError.find("no-such-target"), std::string::npos);
+    const auto dryRun = testing::runTool({"clean", "--dry-run"}, environment);
+    EXPECT_EQ(dryRun.exitStatus, 0) << dryRun.standardError;
+    EXPECT_EQ(testing::listing(root.path()), before);
+}
+
+TEST_F(FakeHome, CleanByIdRemovesOnlyThatTarget) {
+    const auto result = testing::runTool({"clean", "--yes", "--id", "konan"}, environment);
+    ASSERT_EQ(result.exitStatus, 0) << result.standardError;
+    EXPECT_FALSE(std::filesystem::exists(home / ".konan"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache/content-v2/sha512/aa/bb/cc"));
+}
+
+}  // namespace
+}  // namespace kelvo
