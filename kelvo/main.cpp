@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     kelvo::tool::registerScanCommand(app);
     kelvo::tool::registerCleanCommand(app);
-    //PREP kelvo::tool::registerPrepareCommand(app);
+    kelvo::tool::registerPrepareCommand(app);
     kelvo::tool::registerSizeCommand(app);
     kelvo::tool::registerConfigCommand(app);
     try {
