@@ -1,0 +1,108 @@
+// The prepare domain end to end: a fake home whose Applications folder holds an old
+// application, a protected one and a running one, and whose Library holds leftovers of
+// an uninstalled application.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <set>
+
+#include "support/TempDir.h"
+#include "support/ToolRunner.h"
+
+extern char** environ;
+
+namespace kelvo {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::TempDir;
+using testing::writeFile;
+using testing::writeText;
+
+std::filesystem::path makeBundle(const std::filesystem::path& folder, const std::string& name, const std::string& bundleID) {
+    const auto bundle = folder / (name + ".app");
+    writeText(bundle / "Contents/Info.plist",
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+              "<plist version=\"1.0\"><dict>\n"
+              "<key>CFBundleIdentifier</key><string>" + bundleID + "</string>\n"
+              "<key>CFBundleExecutable</key><string>" + name + "</string>\n"
+              "</dict></plist>\n");
+    writeFile(bundle / "Contents/Resources/data.bin", 30000);
+    return bundle;
+}
+
+class RunningProgram {
+public:
+    explicit RunningProgram(const std::filesystem::path& executable) {
+        std::filesystem::copy_file("/bin/sleep", executable);
+        std::string program = executable.string();
+        std::string seconds = "120";
+        char* argv[] = {program.data(), seconds.data(), nullptr};
+        if (::posix_spawn(&pid_, program.c_str(), nullptr, nullptr, argv, environ) != 0) pid_ = -1;
+    }
+    ~RunningProgram() {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGKILL);
+            ::waitpid(pid_, nullptr, 0);
+        }
+    }
+    bool started() const { return pid_ > 0; }
+
+private:
+    pid_t pid_ = -1;
+};
+
+TEST(PrepareEndToEnd, OffersAndRemovesOnlyTheOldAppAndTheLeftoversOfAnUninstalledOne) {
+    TempDir root;
+    const auto home = root / "home";
+    const auto apps = home / "Applications";
+    const auto old = makeBundle(apps, "OldTool", "com.example.OldTool");
+    const auto docker = makeBundle(apps, "Docker", "com.docker.docker");
+    const auto running = makeBundle(apps, "Busy", "com.example.Busy");
+    writeFile(home / "Library/Caches/com.example.OldTool/cache.db", 8000);
+    writeFile(home / "Library/Caches/com.gone.Editor/cache.db", 12000);
+    writeFile(home / "Library/Preferences/com.gone.Editor.plist", 300);
+    writeFile(home / "Library/Caches/com.example.Busy/cache.db", 1000);
+    writeFile(home / "Library/Caches/com.apple.Safari/cache.db", 1000);
+    writeFile(home / "Documents/notes.txt", 100);
+    std::filesystem::create_directories(root / "tmp");
+    const auto longAgo = std::chrono::system_clock::now() - 400 * 24h;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path()))
+        testing::setModificationTime(entry.path(), longAgo);
+
+    RunningProgram busy(running / "Contents/MacOS/Busy");
+    ASSERT_TRUE(busy.started());
+    const std::map<std::string, std::string> environment{{"HOME", home.string()},
+                                                         {"TMPDIR", (root / "tmp").string()},
+                                                         {"PATH", testing::toolFolderWithOnlyRm(root.path()).string()},
+                                                         {"LANG", "C"}};
+
+    const auto scan = testing::runTool({"prepare", "--json"}, environment);
+    ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
+    std::set<std::string> ids;
+    for (const auto& target : nlohmann::json::parse(scan.standardOutput)["targets"]) ids.insert(target["id"]);
+    EXPECT_EQ(ids, (std::set<std::string>{"app:com.example.OldTool", "leftover:com.gone.Editor"}));
+
+    const auto clean = testing::runTool(
+        {"prepare", "clean", "--yes", "--id", "app:com.example.OldTool", "--id", "leftover:com.gone.Editor"}, environment);
+    ASSERT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;
+    EXPECT_FALSE(std::filesystem::exists(old));
+    EXPECT_FALSE(std::filesystem::exists(home / "Library/Caches/com.example.OldTool"));
+    EXPECT_FALSE(std::filesystem::exists(home / "Library/Caches/com.gone.Editor"));
+    EXPECT_FALSE(std::filesystem::exists(home / "Library/Preferences/com.gone.Editor.plist"));
+    // Everything else stays.
+    EXPECT_TRUE(std::filesystem::exists(docker / "Contents/Info.plist"));
+    EXPECT_TRUE(std::filesystem::exists(running / "Contents/MacOS/Busy"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Library/Caches/com.example.Busy/cache.db"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Library/Caches/com.apple.Safari/cache.db"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Library/Preferences"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Documents/notes.txt"));
+}
+
+}  // namespace
+}  // namespace kelvo
