@@ -7,7 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config python3
   nlohmann-json3-dev libcli11-dev libfmt-dev libplist-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  procps util-linux coreutils gdu
+  procps util-linux coreutils gdu time
 )
 
 missing=()
