@@ -1,5 +1,6 @@
 #include "kelvo/Config.h"
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "JsonLayout.h"
@@ -42,6 +43,10 @@ std::optional<Config> Config::decode(const std::string& text) {
     auto rootList = stringList(*roots);
     auto exclusionList = stringList(*exclusions);
     if (!rootList || !exclusionList || !level->is_string() || !keepRecent->is_number_integer()) return std::nullopt;
+    // A count beyond the signed 64-bit range does not fit the field: the file is invalid.
+    if (keepRecent->is_number_unsigned() &&
+        keepRecent->get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+        return std::nullopt;
     config.projectRoots = std::move(*rootList);
     config.extraExclusions = std::move(*exclusionList);
     config.defaultLevel = level->get<std::string>();

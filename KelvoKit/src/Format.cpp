@@ -1,7 +1,7 @@
 #include "kelvo/Format.h"
 
 #include <array>
-#include <cstdio>
+#include <charconv>
 
 namespace kelvo {
 
@@ -15,12 +15,11 @@ std::string Format::bytes(std::int64_t count) {
         value /= 1024.0;
         ++unit;
     }
-    // snprintf honours LC_NUMERIC, which a front end may have set; format the two
-    // decimals by hand so the separator is always a full stop.
-    const auto hundredths = static_cast<long long>(value * 100.0 + 0.5);
+    // snprintf honours LC_NUMERIC, which a front end may have set; to_chars is "%.2f" in
+    // the C locale: a full stop always, and the same correct rounding (1.125 gives 1.12).
     char text[64];
-    std::snprintf(text, sizeof text, "%lld.%02lld %s", hundredths / 100, hundredths % 100, units[unit]);
-    return text;
+    const auto written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2);
+    return std::string(text, written.ptr) + " " + units[unit];
 }
 
 }  // namespace kelvo

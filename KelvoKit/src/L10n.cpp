@@ -11,6 +11,7 @@ namespace kelvo {
 namespace {
 
 constexpr const char* bundleName = "Kelvo_KelvoKit.bundle";
+constexpr std::size_t maximumPositionDigits = 2;
 
 struct Placeholder {
     std::size_t begin = 0;
@@ -28,7 +29,11 @@ std::optional<Placeholder> nextPlaceholder(std::string_view format, std::size_t 
         std::size_t digitsEnd = j;
         while (digitsEnd < format.size() && format[digitsEnd] >= '0' && format[digitsEnd] <= '9') ++digitsEnd;
         if (digitsEnd > j && digitsEnd < format.size() && format[digitsEnd] == '$') {
-            position = std::stoul(std::string(format.substr(j, digitsEnd - j)));
+            // Positions count from 1; an absurd one ("%0$s", "%99999$s") is literal text
+            // rather than a huge argument index.
+            if (digitsEnd - j > maximumPositionDigits) continue;
+            for (std::size_t k = j; k < digitsEnd; ++k) position = position * 10 + static_cast<std::size_t>(format[k] - '0');
+            if (position == 0) continue;
             j = digitsEnd + 1;
         }
         if (j >= format.size()) return std::nullopt;

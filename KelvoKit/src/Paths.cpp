@@ -14,6 +14,13 @@ bool Paths::isInside(const std::string& path, const std::string& root) {
     return path.size() > root.size() + 1 && path.compare(0, root.size(), root) == 0 && path[root.size()] == '/';
 }
 
+std::filesystem::path Paths::appending(const std::filesystem::path& base, const std::string& relative) {
+    std::string text = base.string();
+    if (text.empty()) return relative;
+    if (text.back() != '/') text += '/';
+    return text + relative;
+}
+
 std::string Paths::lastComponent(const std::filesystem::path& path) {
     return standardized(path).filename().string();
 }

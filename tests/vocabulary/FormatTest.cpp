@@ -15,6 +15,9 @@ TEST(FormatBytes, BoundariesAndUnits) {
     EXPECT_EQ(Format::bytes(1023), "1023 B");
     EXPECT_EQ(Format::bytes(1024), "1.00 KB");
     EXPECT_EQ(Format::bytes(1536), "1.50 KB");
+    // 1.125 and 1.375 are exact ties: rounded as "%.2f" does, to the even hundredth.
+    EXPECT_EQ(Format::bytes(1152), "1.12 KB");
+    EXPECT_EQ(Format::bytes(1408), "1.38 KB");
     EXPECT_EQ(Format::bytes(1048575), "1024.00 KB");
     EXPECT_EQ(Format::bytes(1048576), "1.00 MB");
     EXPECT_EQ(Format::bytes(1073741824), "1.00 GB");

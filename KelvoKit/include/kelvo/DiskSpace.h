@@ -1,5 +1,7 @@
 #pragma once
-// The capacity of one volume: total bytes and the bytes available to the user.
+// The capacity of one volume: total bytes and the bytes available to the user (blocks
+// reserved for the superuser are not counted as free). Plain values; equal when both
+// fields are equal, whatever they hold.
 #include <cstdint>
 #include <filesystem>
 #include <optional>

@@ -5,7 +5,8 @@
 // catalog matches. A key without text shows the key itself.
 //
 // Formats are printf-like with typed placeholders: %s takes a string, %d an integer,
-// %% is a percent sign; "%1$s" names the argument position. Arguments of the wrong type
+// %% is a percent sign; "%1$s" names the argument position (1 to 99). Anything else after
+// a '%' is literal text. Arguments of the wrong type
 // or missing arguments render as empty text, never as undefined behaviour.
 #include <cstdint>
 #include <filesystem>

@@ -10,6 +10,10 @@ namespace kelvo::Paths {
 std::filesystem::path standardized(const std::filesystem::path& path);
 // Strictly inside, on whole components: no path lies inside itself, /a/bc is not inside /a/b.
 bool isInside(const std::string& path, const std::string& root);
+// A relative path appended to a base the way a URL appends a path component: a leading
+// "/" in the relative part does not replace the base ("~//x" stays under home), and
+// nothing is standardised.
+std::filesystem::path appending(const std::filesystem::path& base, const std::string& relative);
 // The last component of a path ("" for the root).
 std::string lastComponent(const std::filesystem::path& path);
 // The extension without its dot, exactly as written ("app" for Foo.app, "" for none).

@@ -110,7 +110,12 @@ std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& pa
 }
 
 std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
-    std::filesystem::path absolute = path.is_absolute() ? path : std::filesystem::current_path() / path;
+    std::filesystem::path absolute = path;
+    if (!path.is_absolute()) {
+        std::error_code error;  // a working directory that was removed leaves the path as given
+        const auto workingDirectory = std::filesystem::current_path(error);
+        if (!error) absolute = workingDirectory / path;
+    }
     absolute = Paths::standardized(absolute);
     // realpath() of the longest existing prefix, then the rest as written.
     std::filesystem::path existing = absolute;

@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "kelvo/Config.h"
+#include "kelvo/Environment.h"
+#include "support/TempDir.h"
+
+namespace kelvo {
+namespace {
+
+class ConfigFile : public ::testing::Test {
+protected:
+    void write(const std::string& text) { testing::writeText(Config::filePath(home.path()), text); }
+    Config load() const { return Config::load(home.path()); }
+
+    testing::TempDir home;
+};
+
+TEST_F(ConfigFile, LivesUnderDotConfig) {
+    EXPECT_EQ(Config::filePath("/home/u"), std::filesystem::path("/home/u/.config/kelvo/config.json"));
+    EXPECT_FALSE(Config::exists(home.path()));
+    EXPECT_EQ(load(), Config::defaults());
+    write("{}");
+    EXPECT_TRUE(Config::exists(home.path()));
+}
+
+TEST_F(ConfigFile, TheFourRequiredKeysAloneLoadWithoutFamilies) {
+    write(R"({"projectRoots": ["~/code", "/src"], "extraExclusions": ["~/code/keep"],
+              "defaultLevel": "safe", "keepRecentDays": 7})");
+    const Config config = load();
+    EXPECT_EQ(config.projectRoots, (std::vector<std::string>{"~/code", "/src"}));
+    EXPECT_EQ(config.extraExclusions, (std::vector<std::string>{"~/code/keep"}));
+    EXPECT_EQ(config.defaultLevel, "safe");
+    EXPECT_EQ(config.keepRecentDays, 7);
+    EXPECT_EQ(config.enabledFamilies, std::nullopt);
+}
+
+TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
+    const std::string others = R"("projectRoots": ["~/code"], "extraExclusions": [], "defaultLevel": "safe")";
+    for (const std::string& text : std::vector<std::string>{
+             "{" + others + "}",                                        // keepRecentDays missing
+             "{" + others + R"(, "keepRecentDays": "7"})",              // a string
+             "{" + others + R"(, "keepRecentDays": 1.5})",              // not an integer
+             "{" + others + R"(, "keepRecentDays": 18446744073709551615})",  // beyond 64-bit signed
+             "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})",
+             "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})",
+             R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
+             R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})",
+             "{" + others + R"(, "keepRecentDays": 7)",                 // cut short
+             "[]",
+             "",
+         }) {
+        write(text);
+        EXPECT_EQ(load(), Config::defaults()) << text;
+    }
+}
+
+TEST_F(ConfigFile, NullFamiliesAreAbsentAndAnEmptyListEnablesNothing) {
+    const std::string required =
+        R"("projectRoots": ["~/p"], "extraExclusions": [], "defaultLevel": "moderate", "keepRecentDays": 3)";
+    write("{" + required + R"(, "enabledFamilies": null})");
+    EXPECT_EQ(load().enabledFamilies, std::nullopt);
+    EXPECT_EQ(load().projectRoots, (std::vector<std::string>{"~/p"}));
+
+    write("{" + required + R"(, "enabledFamilies": []})");
+    const Config empty = load();
+    ASSERT_TRUE(empty.enabledFamilies.has_value());
+    EXPECT_TRUE(empty.enabledFamilies->empty());
+    const auto environment = Environment::fromConfig(home.path(), "/tmp", empty);
+    ASSERT_TRUE(environment.enabledFamilies.has_value());
+    EXPECT_TRUE(environment.enabledFamilies->empty());
+
+    // Names are kept as written in the file; only the environment drops unknown ones.
+    write("{" + required + R"(, "enabledFamilies": ["docker", "Docker", "nope", "python"]})");
+    const Config named = load();
+    EXPECT_EQ(named.enabledFamilies, (std::vector<std::string>{"docker", "Docker", "nope", "python"}));
+    EXPECT_EQ(Environment::fromConfig(home.path(), "/tmp", named).enabledFamilies,
+              (std::set<Family>{Family::docker, Family::python}));
+}
+
+TEST_F(ConfigFile, DefaultsAreSavedInTheExactLayout) {
+    ASSERT_FALSE(Config::defaults().save(home.path()));
+    const std::string expected =
+        "{\n"
+        "  \"defaultLevel\" : \"moderate\",\n"
+        "  \"extraExclusions\" : [\n"
+        "\n"
+        "  ],\n"
+        "  \"keepRecentDays\" : 3,\n"
+        "  \"projectRoots\" : [\n"
+        "    \"~\\/workspace\"\n"
+        "  ]\n"
+        "}";
+    std::ifstream file(Config::filePath(home.path()), std::ios::binary);
+    const std::string saved{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(saved, expected);
+    EXPECT_EQ(load(), Config::defaults());
+}
+
+TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
+    write(std::string(4096, ' ') + "{}");
+    Config config;
+    config.projectRoots = {"~/code", "/opt/work space", "caf\u00e9/\"quoted\"\\back"};
+    config.extraExclusions = {"~/code/keep"};
+    config.defaultLevel = "aggressive";
+    config.keepRecentDays = -2;
+    config.enabledFamilies = std::vector<std::string>{"python", "docker"};
+    ASSERT_FALSE(config.save(home.path()));
+    EXPECT_EQ(load(), config);
+
+    std::ifstream file(Config::filePath(home.path()), std::ios::binary);
+    const std::string saved{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const auto families = saved.find("\"enabledFamilies\"");
+    ASSERT_NE(families, std::string::npos);
+    EXPECT_LT(saved.find("\"defaultLevel\""), families);
+    EXPECT_LT(families, saved.find("\"extraExclusions\""));
+    for (auto slash = saved.find('/'); slash != std::string::npos; slash = saved.find('/', slash + 1))
+        EXPECT_TRUE(slash > 0 && saved[slash - 1] == '\\') << "unescaped slash at " << slash << " in\n" << saved;
+}
+
+TEST_F(ConfigFile, SaveCreatesTheFoldersOrReportsWhyItCannot) {
+    ASSERT_FALSE(std::filesystem::exists(home / ".config"));
+    EXPECT_FALSE(Config::defaults().save(home.path()));
+    EXPECT_TRUE(std::filesystem::is_directory(home / ".config/kelvo"));
+    EXPECT_TRUE(Config::exists(home.path()));
+
+    testing::TempDir blocked;
+    testing::writeText(blocked / ".config", "a file where the folder should be");
+    EXPECT_TRUE(Config::defaults().save(blocked.path()));
+    EXPECT_FALSE(Config::exists(blocked.path()));
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,25 @@
+#pragma once
+// Runs a piece of a test as the unprivileged user 65534, in-process code rather than a
+// command line: the test forks, the child drops to uid/gid 65534 without supplementary
+// groups, runs the work and sends back the string it returns. This is how a test that
+// runs as root (which reads every file) sees what an ordinary user sees, e.g. a folder
+// locked with chmod 000. When the test already runs unprivileged the child keeps its user.
+//
+// Fork from a test that has no other threads running: the child is a copy of this one
+// thread only. The work must not use gtest assertions (they would be lost in the child);
+// it reports through the returned text, and the parent test asserts on it.
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace kelvo::testing {
+
+struct UnprivilegedRun {
+    std::optional<std::string> output;  // what the work returned; nothing when it did not run to the end
+    bool switchRefused = false;         // the system refused the change of user (no CAP_SETUID)
+    std::string failure;                // why there is no output
+};
+
+UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work);
+
+}  // namespace kelvo::testing
