@@ -152,6 +152,16 @@ std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const Ent
 }
 #endif
 
+std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModificationTime(
+    std::string_view name) const {
+    const std::string childName(name);
+    struct stat status {};
+    if (::fstatat(fd_, childName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    using Clock = std::chrono::system_clock;
+    const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    return Clock::time_point(std::chrono::duration_cast<Clock::duration>(sinceEpoch));
+}
+
 std::error_code DirectoryHandle::removeChild(std::string_view name, bool isDirectory) const {
     const std::string childName(name);
     if (::unlinkat(fd_, childName.c_str(), isDirectory ? AT_REMOVEDIR : 0) != 0) return lastError();

@@ -3,6 +3,7 @@
 // it (openat/unlinkat with O_NOFOLLOW), so a walk or a removal that starts here can never
 // be redirected by a symbolic link, not even one swapped in while it runs, and works at
 // any depth, past PATH_MAX. The handle owns its descriptor and closes it when destroyed.
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -41,6 +42,10 @@ public:
     // read without following links. Stops early when the callback returns false. The
     // error is that of reading the directory itself (a failed entry only sets statFailed).
     std::error_code forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const;
+    // The content modification time of a child entry itself (a link is not followed);
+    // nothing when it cannot be read. Kept apart from forEachEntry so a walk reads dates
+    // only for the few entries it cares about.
+    std::optional<std::chrono::system_clock::time_point> childModificationTime(std::string_view name) const;
 
     // Removes a child entry: a file or link with unlink, an (empty) directory with rmdir.
     std::error_code removeChild(std::string_view name, bool isDirectory) const;

@@ -1,0 +1,71 @@
+#pragma once
+// Build artefacts inside the user's own projects ("node_modules", "build", "__pycache__",
+// ...). Every root is walked without depth limit, hidden and package folders included;
+// a folder whose exact name is one of the specs' dirName is a candidate and is never
+// entered, accepted or not. A candidate is accepted unless it was modified less than
+// keepRecentDays before `now` (an unreadable date does not reject it), its parent lacks
+// the required siblings, or, for "build" only, it holds an Android bundle or Xcode archive.
+// Symbolic links are neither entered nor offered. Each kind found yields one target,
+// "per-project-<dirName>", with all its folders in the order found and their summed size;
+// a kind measuring 0 bytes yields none. Missing or unreadable roots contribute nothing.
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kelvo/Cleaner.h"
+#include "kelvo/Family.h"
+#include "kelvo/RiskAxes.h"
+
+namespace kelvo {
+
+class PerProjectCleaner final : public Cleaner {
+public:
+    using Clock = std::chrono::system_clock;
+
+    // One kind of artefact folder. Each requiresSibling pattern must match some entry
+    // beside the folder: "|" separates alternatives, an alternative "*.ext" matches any
+    // name ending in ".ext", any other alternative matches one name exactly (all
+    // case-sensitive; "*" has no other meaning).
+    struct ArtifactSpec {
+        std::string dirName;
+        Level level = Level::safe;
+        Reversibility reversibility = Reversibility::regenerable;
+        RegenCost regenCost = RegenCost::rebuild;
+        std::vector<std::string> requiresSibling;
+    };
+
+    // dirName must be unique within specs. `now` is the reference of the keep-recent rule
+    // for every later scan.
+    PerProjectCleaner(std::vector<std::filesystem::path> roots, std::vector<ArtifactSpec> specs,
+                      std::int64_t keepRecentDays, Clock::time_point now);
+
+    const std::string& id() const override { return id_; }
+    const std::string& name() const override { return name_; }
+    Family family() const override { return Family::perProject; }
+    // Target order among kinds is that of the first folder accepted of each kind.
+    std::vector<CleanTarget> scan(const ScanContext& context) const override;
+    using Cleaner::scan;
+
+    // The keep-recent rule: true when a folder modified at `modified` is less than
+    // keepRecentDays old at `now` (an age of exactly that many days is not recent; a
+    // folder dated after `now` is always recent). An unknown date is never recent.
+    bool isRecent(std::optional<Clock::time_point> modified) const;
+
+    const std::vector<std::filesystem::path>& roots() const { return roots_; }
+    const std::vector<ArtifactSpec>& specs() const { return specs_; }
+    std::int64_t keepRecentDays() const { return keepRecentDays_; }
+    Clock::time_point now() const { return now_; }
+
+private:
+    std::string id_ = "per-project";
+    std::string name_ = "Artefactos por proyecto";
+    std::vector<std::filesystem::path> roots_;
+    std::vector<ArtifactSpec> specs_;
+    std::int64_t keepRecentDays_;
+    Clock::time_point now_;
+};
+
+}  // namespace kelvo

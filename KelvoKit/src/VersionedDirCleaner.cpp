@@ -1,0 +1,54 @@
+#include "kelvo/VersionedDirCleaner.h"
+
+#include "kelvo/platform/FileSystem.h"
+
+namespace kelvo {
+
+VersionedDirCleaner::VersionedDirCleaner(std::string id, std::string name, Family family,
+                                         std::filesystem::path parent, std::vector<std::string> prefixes,
+                                         Level level, Reversibility reversibility, RegenCost regenCost)
+    : id_(std::move(id)),
+      name_(std::move(name)),
+      family_(family),
+      parent_(std::move(parent)),
+      prefixes_(std::move(prefixes)),
+      level_(level),
+      reversibility_(reversibility),
+      regenCost_(regenCost) {}
+
+bool VersionedDirCleaner::admits(const std::string& entryName) const {
+    if (prefixes_.empty()) return true;
+    for (const auto& prefix : prefixes_)
+        if (entryName.starts_with(prefix)) return true;
+    return false;
+}
+
+std::vector<CleanTarget> VersionedDirCleaner::scan(const ScanContext& context) const {
+    const auto entries = platform::listDirectory(parent_, /*skipHidden=*/true);
+    if (!entries) return {};
+    std::vector<CleanTarget> targets;
+    for (const auto& entry : *entries) {
+        if (context.stop.stop_requested()) return {};
+        // The entry's own type: a link to a folder is not a folder, an unknown type is skipped.
+        if (entry.type != platform::EntryType::directory) continue;
+        if (!admits(entry.name)) continue;
+        auto path = parent_ / entry.name;
+        const Measurement measured = context.sizer.measure(path);
+        if (measured.bytes < 1) continue;
+
+        CleanTarget target;
+        target.id = id_ + "/" + entry.name;
+        target.name = name_ + ": " + entry.name;
+        target.family = family_;
+        target.kind = CleanKind::paths({std::move(path)});
+        target.sizeBytes = measured.bytes;
+        target.reversibility = reversibility_;
+        target.regenCost = regenCost_;
+        target.level = level_;
+        target.notes = measured.hadErrors ? CleanTarget::partialSizeNote() : std::string();
+        targets.push_back(std::move(target));
+    }
+    return targets;
+}
+
+}  // namespace kelvo

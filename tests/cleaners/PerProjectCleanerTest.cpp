@@ -1,0 +1,332 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "kelvo/CleanerRegistry.h"
+#include "kelvo/L10n.h"
+#include "kelvo/PerProjectCleaner.h"
+#include "support/TempDir.h"
+
+namespace kelvo {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = PerProjectCleaner::Clock;
+using Spec = PerProjectCleaner::ArtifactSpec;
+using testing::TempDir;
+using testing::allocatedBytesBelow;
+using testing::makeDirectory;
+using testing::setModificationTime;
+using testing::writeFile;
+using namespace std::chrono_literals;
+
+constexpr auto day = std::chrono::seconds(86400);
+
+// The specs exactly as the catalog builds them, so the rules are checked with its patterns.
+std::vector<Spec> catalogSpecs() {
+    Environment env;
+    env.home = "/nonexistent-home";
+    env.tmpDir = "/nonexistent-tmp";
+    const auto cleaners = CleanerRegistry::makeCleaners(env);
+    const auto* perProject = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
+    if (!perProject) throw std::logic_error("the catalog's last entry is not the per-project cleaner");
+    return perProject->specs();
+}
+
+Spec simpleSpec(std::string dirName, std::vector<std::string> requiresSibling = {}) {
+    return {std::move(dirName), Level::safe, Reversibility::regenerable, RegenCost::rebuild, std::move(requiresSibling)};
+}
+
+// Recency plays no part unless a test asks for it: every folder made before this is old enough.
+PerProjectCleaner makeCleaner(std::vector<fs::path> roots, std::vector<Spec> specs = catalogSpecs(),
+                              std::int64_t keepRecentDays = 0, Clock::time_point now = Clock::now() + 1s) {
+    return PerProjectCleaner(std::move(roots), std::move(specs), keepRecentDays, now);
+}
+
+const CleanTarget* findTarget(const std::vector<CleanTarget>& targets, const std::string& id) {
+    const auto found = std::find_if(targets.begin(), targets.end(), [&](const auto& target) { return target.id == id; });
+    return found == targets.end() ? nullptr : &*found;
+}
+
+std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::string& id) {
+    const auto* target = findTarget(targets, id);
+    if (!target) return {};
+    const auto& list = target->kind.pathList();
+    return {list.begin(), list.end()};
+}
+
+std::set<std::string> idsOf(const std::vector<CleanTarget>& targets) {
+    std::set<std::string> ids;
+    for (const auto& target : targets) ids.insert(target.id);
+    return ids;
+}
+
+// The target name as each catalog words it.
+std::string expectedKindName(const std::string& dirName, int count) {
+    const std::string number = std::to_string(count);
+    if (L10n::currentLanguage() == "es") return "Carpetas " + dirName + " (" + number + ")";
+    return dirName + " folders (" + number + ")";
+}
+
+TEST(PerProjectCleaner, FoldersOfOneKindAcrossProjectsMakeOneTarget) {
+    TempDir temp;
+    writeFile(temp / "root/app1/node_modules/left-pad/index.js", 5000);
+    writeFile(temp / "root/app2/node_modules/react/index.js", 12000);
+    writeFile(temp / "root/app2/src/main.js", 3000);
+    const auto targets = makeCleaner({temp / "root"}).scan();
+    ASSERT_EQ(targets.size(), 1u);
+    const auto& target = targets[0];
+    EXPECT_EQ(target.id, "per-project-node_modules");
+    EXPECT_EQ(target.name, expectedKindName("node_modules", 2));
+    EXPECT_EQ(pathsOf(targets, target.id),
+              (std::set<fs::path>{temp / "root/app1/node_modules", temp / "root/app2/node_modules"}));
+    EXPECT_EQ(target.sizeBytes,
+              allocatedBytesBelow(temp / "root/app1/node_modules") + allocatedBytesBelow(temp / "root/app2/node_modules"));
+    EXPECT_EQ(target.family, Family::perProject);
+    EXPECT_EQ(target.level, Level::moderate);
+    EXPECT_EQ(target.reversibility, Reversibility::regenerable);
+    EXPECT_EQ(target.regenCost, RegenCost::redownload);
+    EXPECT_EQ(target.notes, "");
+}
+
+TEST(PerProjectCleaner, RootsAreWalkedInOrderAndEachKindIsItsOwnTarget) {
+    TempDir temp;
+    writeFile(temp / "first/web/node_modules/a.js", 4096);
+    writeFile(temp / "second/web/node_modules/b.js", 4096);
+    writeFile(temp / "second/tool/__pycache__/m.pyc", 4096);
+    const auto targets = makeCleaner({temp / "first", temp / "missing", temp / "second"}).scan();
+    EXPECT_EQ(idsOf(targets), (std::set<std::string>{"per-project-node_modules", "per-project-__pycache__"}));
+    const auto* modules = findTarget(targets, "per-project-node_modules");
+    ASSERT_NE(modules, nullptr);
+    EXPECT_EQ(modules->kind.pathList(),
+              (std::vector<fs::path>{temp / "first/web/node_modules", temp / "second/web/node_modules"}));
+    const auto* pycache = findTarget(targets, "per-project-__pycache__");
+    ASSERT_NE(pycache, nullptr);
+    EXPECT_EQ(pycache->name, expectedKindName("__pycache__", 1));
+    EXPECT_EQ(pycache->level, Level::safe);
+    EXPECT_EQ(pycache->regenCost, RegenCost::rebuild);
+}
+
+TEST(PerProjectCleaner, ArtefactFoldersAreNeverEnteredAcceptedOrNot) {
+    TempDir temp;
+    // Nested node_modules: only the outer one, whose size includes the inner one.
+    writeFile(temp / "root/app/node_modules/a/node_modules/b/index.js", 8000);
+    // A rejected candidate (a "bin" without a .NET project beside it) hides what it holds.
+    writeFile(temp / "root/scripts/bin/__pycache__/tool.pyc", 4096);
+    // So does one rejected as recent.
+    writeFile(temp / "root/android/build/__pycache__/gen.pyc", 4096);
+    const auto now = Clock::now();
+    setModificationTime(temp / "root/scripts/bin/__pycache__", now - 30 * day);
+    setModificationTime(temp / "root/android/build/__pycache__", now - 30 * day);
+    setModificationTime(temp / "root/app/node_modules", now - 30 * day);
+    setModificationTime(temp / "root/android/build", now - 1 * day);
+    const auto targets = makeCleaner({temp / "root"}, catalogSpecs(), 7, now).scan();
+    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-node_modules"});
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{temp / "root/app/node_modules"});
+    EXPECT_EQ(findTarget(targets, "per-project-node_modules")->sizeBytes,
+              allocatedBytesBelow(temp / "root/app/node_modules"));
+}
+
+TEST(PerProjectCleaner, HiddenPackageAndDeepFoldersAreWalked) {
+    TempDir temp;
+    writeFile(temp / "root/.config/tool/node_modules/x.js", 4096);
+    writeFile(temp / "root/Tool.app/Contents/Resources/app/node_modules/y.js", 4096);
+    fs::path deep = temp / "root";
+    for (int level = 0; level < 40; ++level) deep /= "d" + std::to_string(level);
+    writeFile(deep / "node_modules/z.js", 4096);
+    const auto targets = makeCleaner({temp / "root"}).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
+              (std::set<fs::path>{temp / "root/.config/tool/node_modules",
+                                  temp / "root/Tool.app/Contents/Resources/app/node_modules", deep / "node_modules"}));
+}
+
+TEST(PerProjectCleaner, SymbolicLinksAreNeitherEnteredNorOffered) {
+    TempDir temp;
+    writeFile(temp / "outside/project/node_modules/x.js", 4096);
+    writeFile(temp / "outside/cache/data.pyc", 4096);
+    makeDirectory(temp / "root/app");
+    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
+    fs::create_directory_symlink(temp / "outside/cache", temp / "root/app/__pycache__");
+    EXPECT_TRUE(makeCleaner({temp / "root"}).scan().empty());
+}
+
+TEST(PerProjectCleaner, CatalogSiblingRulesDecideWhichFoldersBelongToTheirProjectKind) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const auto project = [&](const std::string& name, std::vector<std::string> siblings,
+                             std::vector<std::string> artefacts) {
+        for (const auto& sibling : siblings) {
+            if (sibling.back() == '/') makeDirectory(root / name / sibling);
+            else writeFile(root / name / sibling, 10);
+        }
+        for (const auto& artefact : artefacts) writeFile(root / name / artefact / "output.dat", 4096);
+    };
+    project("csharp", {"App.csproj"}, {"bin", "obj"});
+    project("fsharp", {"Lib.fsproj"}, {"bin"});
+    project("vb", {"Old.vbproj"}, {"obj"});
+    project("solution", {"All.sln"}, {"bin"});
+    project("scripts", {"README.md"}, {"bin", "obj"});
+    project("shouting", {"APP.CSPROJ"}, {"bin"});  // case-sensitive
+    project("nuxt", {"nuxt.config.mjs"}, {".output"});
+    project("not-nuxt", {"nuxt.config.json", "next.config.js"}, {".output"});
+    project("gatsby", {"gatsby-config.cjs"}, {".cache"});
+    project("plain-cache", {"package.json"}, {".cache"});
+    project("elixir", {"mix.exs"}, {"_build"});
+    project("erlang", {"rebar.config"}, {"_build"});
+    project("unity", {"Assets/", "ProjectSettings/"}, {"Library", "Temp"});
+    project("half-unity", {"Assets/"}, {"Library", "Temp"});
+    project("unreal", {"Game.uproject"}, {"Intermediate", "DerivedDataCache"});
+    project("not-unreal", {"uproject", "Game.uproject.bak"}, {"Intermediate"});
+
+    const auto targets = makeCleaner({root}).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-bin"),
+              (std::set<fs::path>{root / "csharp/bin", root / "fsharp/bin", root / "solution/bin"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-obj"), (std::set<fs::path>{root / "csharp/obj", root / "vb/obj"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-.output"), std::set<fs::path>{root / "nuxt/.output"});
+    EXPECT_EQ(pathsOf(targets, "per-project-.cache"), std::set<fs::path>{root / "gatsby/.cache"});
+    EXPECT_EQ(pathsOf(targets, "per-project-_build"), (std::set<fs::path>{root / "elixir/_build", root / "erlang/_build"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-Library"), std::set<fs::path>{root / "unity/Library"});
+    EXPECT_EQ(pathsOf(targets, "per-project-Temp"), std::set<fs::path>{root / "unity/Temp"});
+    EXPECT_EQ(pathsOf(targets, "per-project-Intermediate"), std::set<fs::path>{root / "unreal/Intermediate"});
+    EXPECT_EQ(pathsOf(targets, "per-project-DerivedDataCache"), std::set<fs::path>{root / "unreal/DerivedDataCache"});
+    const auto* library = findTarget(targets, "per-project-Library");
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(library->level, Level::aggressive);
+}
+
+TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const std::vector<Spec> specs{
+        simpleSpec("out", {"lit*eral|*.cfg"}),
+        simpleSpec("never", {"|"}),
+        simpleSpec("padded", {"||marker||"}),
+        simpleSpec("self", {"self"}),
+    };
+    writeFile(root / "star-in-name/lit*eral", 1);
+    writeFile(root / "star-in-name/out/x", 4096);
+    writeFile(root / "star-as-wildcard/literal", 1);  // "*" inside an alternative is no wildcard
+    writeFile(root / "star-as-wildcard/out/x", 4096);
+    writeFile(root / "suffix/build.cfg", 1);
+    writeFile(root / "suffix/out/x", 4096);
+    writeFile(root / "no-dot/cfg", 1);  // "*.cfg" needs the dot
+    writeFile(root / "no-dot/out/x", 4096);
+    writeFile(root / "bars/|", 1);  // a pattern of empty alternatives matches nothing, not even "|"
+    writeFile(root / "bars/never/x", 4096);
+    writeFile(root / "marked/marker", 1);
+    writeFile(root / "marked/padded/x", 4096);
+    writeFile(root / "alone/self/x", 4096);  // the candidate is one of the names beside itself
+    const auto targets = makeCleaner({root}, specs).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-out"), (std::set<fs::path>{root / "star-in-name/out", root / "suffix/out"}));
+    EXPECT_EQ(findTarget(targets, "per-project-never"), nullptr);
+    EXPECT_EQ(pathsOf(targets, "per-project-padded"), std::set<fs::path>{root / "marked/padded"});
+    EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
+}
+
+TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const fs::path outside = temp / "outside";
+    writeFile(root / "deep/build/outputs/bundle/release/app-release.aab", 4096);
+    writeFile(root / "upper/build/Archives/2024/App.XCARCHIVE/Info.plist", 4096);
+    writeFile(outside / "signed/App.aab", 4096);
+    writeFile(root / "link-to-file/build/intermediates/x.dex", 4096);
+    fs::create_symlink(outside / "signed/App.aab", root / "link-to-file/build/latest");
+    writeFile(outside / "exports/2024/sub/App.xcarchive/Info.plist", 4096);
+    writeFile(root / "link-to-folder/build/intermediates/x.dex", 4096);
+    fs::create_directory_symlink(outside / "exports", root / "link-to-folder/build/exports");
+    // A link found while searching a link's target is not followed again.
+    writeFile(outside / "far/z.aab", 4096);
+    makeDirectory(outside / "hop");
+    fs::create_directory_symlink(outside / "far", outside / "hop/next");
+    writeFile(root / "two-hops/build/intermediates/x.dex", 4096);
+    fs::create_directory_symlink(outside / "hop", root / "two-hops/build/out");
+    writeFile(root / "plain/build/classes/Main.class", 4096);
+    writeFile(root / "lookalike/build/file.aabb", 4096);
+    // Only folders named "build" are searched.
+    writeFile(root / "web/node_modules/pkg/bundle.aab", 4096);
+
+    const auto targets = makeCleaner({root}).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-build"),
+              (std::set<fs::path>{root / "two-hops/build", root / "plain/build", root / "lookalike/build"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
+}
+
+TEST(PerProjectCleaner, RecentlyModifiedFoldersAreKeptForKeepRecentDays) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
+    const auto ageFolder = [&](const std::string& project, Clock::duration age) {
+        writeFile(root / project / "node_modules/x.js", 4096);
+        setModificationTime(root / project / "node_modules", now - age);
+    };
+    ageFolder("three-days", 3 * day);
+    ageFolder("eight-days", 8 * day);
+    ageFolder("exactly-seven", 7 * day);  // not younger than the limit: offered
+    ageFolder("a-second-short", 7 * day - 1s);
+    const auto targets = makeCleaner({root}, catalogSpecs(), 7, now).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
+              (std::set<fs::path>{root / "eight-days/node_modules", root / "exactly-seven/node_modules"}));
+}
+
+TEST(PerProjectCleaner, ZeroKeepRecentDaysOffersEverythingDatedInThePast) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
+    for (const auto& [project, modified] : std::vector<std::pair<std::string, Clock::time_point>>{
+             {"past", now - 1s}, {"now", now}, {"future", now + 1h}}) {
+        writeFile(root / project / "node_modules/x.js", 4096);
+        setModificationTime(root / project / "node_modules", modified);
+    }
+    const auto targets = makeCleaner({root}, catalogSpecs(), 0, now).scan();
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
+              (std::set<fs::path>{root / "past/node_modules", root / "now/node_modules"}));
+}
+
+// An unreadable date cannot be produced on a folder the walk can see (both come from one
+// status read), so the rule itself is checked for it.
+TEST(PerProjectCleaner, AnUnknownDateIsNeverRecent) {
+    const auto now = Clock::now();
+    const auto cleaner = makeCleaner({}, {}, 7, now);
+    EXPECT_FALSE(cleaner.isRecent(std::nullopt));
+    EXPECT_TRUE(cleaner.isRecent(now - 3 * day));
+    EXPECT_FALSE(cleaner.isRecent(now - 7 * day));
+    EXPECT_FALSE(makeCleaner({}, {}, 0, now).isRecent(std::nullopt));
+}
+
+TEST(PerProjectCleaner, KindsMeasuringNothingYieldNoTarget) {
+    TempDir temp;
+    makeDirectory(temp / "root/a/node_modules");
+    writeFile(temp / "root/b/node_modules/.package-lock.json", 0);  // an empty file allocates nothing
+    writeFile(temp / "root/c/__pycache__/m.pyc", 4096);
+    const auto targets = makeCleaner({temp / "root"}).scan();
+    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-__pycache__"});
+}
+
+TEST(PerProjectCleaner, NoUsableRootsGiveNothing) {
+    TempDir temp;
+    writeFile(temp / "a-file", 4096);
+    EXPECT_TRUE(makeCleaner({}).scan().empty());
+    EXPECT_TRUE(makeCleaner({temp / "missing", temp / "a-file"}).scan().empty());
+}
+
+TEST(PerProjectCleaner, AStoppedScanReturnsNothing) {
+    TempDir temp;
+    writeFile(temp / "root/app/node_modules/x.js", 4096);
+    const auto cleaner = makeCleaner({temp / "root"});
+    ASSERT_FALSE(cleaner.scan().empty());
+    std::stop_source stop;
+    stop.request_stop();
+    const DirectorySizer sizer;
+    EXPECT_TRUE(cleaner.scan(ScanContext{sizer, stop.get_token()}).empty());
+}
+
+}  // namespace
+}  // namespace kelvo
