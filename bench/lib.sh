@@ -6,12 +6,24 @@ bench_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 repo_dir=$(cd "$bench_dir/.." && pwd)
 out_dir=${BENCH_OUT:-$bench_dir/out}
 
+# The shared folder beside the project's checkout; a linked work tree finds it beside the
+# main checkout instead. KELVO_SHARED_DIR overrides both.
+shared_dir() {
+  if [ -n "${KELVO_SHARED_DIR:-}" ]; then echo "$KELVO_SHARED_DIR"; return; fi
+  if [ -d "$repo_dir/../shared" ]; then (cd "$repo_dir/../shared" && pwd); return; fi
+  local common
+  common=$(git -C "$repo_dir" rev-parse --path-format=absolute --git-common-dir 2>/dev/null) || true
+  if [ -n "$common" ] && [ -d "$common/../../shared" ]; then (cd "$common/../../shared" && pwd); return; fi
+  echo "cannot find the shared folder (with bench/make_fake_home.py); set KELVO_SHARED_DIR" >&2
+  return 1
+}
+
 # Builds the fake home at scale 1.0 once and prints its path.
 fake_home() {
   local home=$out_dir/fake-home
   if [ ! -d "$home" ]; then
     mkdir -p "$out_dir"
-    python3 "$repo_dir/../shared/bench/make_fake_home.py" "$home" --scale "${SCALE:-1.0}" >&2
+    python3 "$(shared_dir)/bench/make_fake_home.py" "$home" --scale "${SCALE:-1.0}" >&2
   fi
   echo "$home"
 }
@@ -64,6 +76,28 @@ report_ratio_cold() {
   done
   print_ratio "cold" "$subject_name" "$baseline_name" \
     "$(printf '%s\n' "${subject_times[@]}" | median)" "$(printf '%s\n' "${baseline_times[@]}" | median)"
+}
+
+# alternating_medians warm|cold RUNS FUNCTION...: runs the functions in turn, RUNS rounds
+# (warm: after one round to fill the cache; cold: the page cache dropped before each run),
+# and prints each one's median wall time in milliseconds, in the order given.
+alternating_medians() {
+  local mode=$1 runs=$2
+  shift 2
+  local functions=("$@") index round name
+  local -a times
+  if [ "$mode" = warm ]; then for name in "${functions[@]}"; do "$name" >/dev/null; done; fi
+  for round in $(seq "$runs"); do
+    for index in "${!functions[@]}"; do
+      [ "$mode" = cold ] && drop_caches
+      times[index]+="$(time_ms "${functions[index]}") "
+    done
+  done
+  local medians=()
+  for index in "${!functions[@]}"; do
+    medians+=("$(printf '%s\n' ${times[index]} | median)")
+  done
+  echo "${medians[*]}"
 }
 
 print_ratio() {

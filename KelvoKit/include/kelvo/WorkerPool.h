@@ -40,6 +40,7 @@ public:
     void wait(TaskGroup& group);
     // True when a thread is waiting for work that nothing queued will give it: the
     // moment to hand it part of a walk rather than doing it all on the current thread.
+    // A hint read without locking, cheap enough to ask once per directory.
     bool hasIdleWorker() const;
 
 private:
@@ -49,6 +50,7 @@ private:
     };
     void workerLoop();
     void runJob(Job& job);
+    void updateIdleHint();  // with the mutex held
 
     mutable std::mutex mutex_;
     std::condition_variable workAvailable_;
@@ -57,6 +59,7 @@ private:
     std::size_t idleThreads_ = 0;
     std::size_t waitingHelpers_ = 0;
     bool stopping_ = false;
+    std::atomic<std::ptrdiff_t> idleWithoutWork_{0};  // idle threads minus queued jobs
     std::vector<std::thread> threads_;
 };
 

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstring>
 #include <memory>
 #include <mutex>
 
@@ -21,6 +23,18 @@ constexpr int directoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
 
+std::int64_t allocatedBytesOf(const struct stat& status) { return static_cast<std::int64_t>(status.st_blocks) * 512; }
+
+// The allocated bytes from a status call that returned `result`, or the call's error.
+std::optional<std::int64_t> allocatedBytesOrError(int result, const struct stat& status, std::error_code& error) {
+    if (result != 0) {
+        error = lastError();
+        return std::nullopt;
+    }
+    error.clear();
+    return allocatedBytesOf(status);
+}
+
 void fillFromStatus(EntryInfo& info, int parentFd, const char* name) {
     struct stat status {};
     if (::fstatat(parentFd, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -29,8 +43,19 @@ void fillFromStatus(EntryInfo& info, int parentFd, const char* name) {
     }
     info.isDirectory = S_ISDIR(status.st_mode);
     info.isSymlink = S_ISLNK(status.st_mode);
-    info.allocatedBytes = static_cast<std::int64_t>(status.st_blocks) * 512;
+    info.allocatedBytes = allocatedBytesOf(status);
     info.permissionBits = static_cast<unsigned>(status.st_mode & 07777);
+}
+
+// Copies a child's name into a buffer of NAME_MAX + 1 bytes with its terminating zero, so
+// opening or reading a child allocates nothing. Fails for a name no directory can hold.
+std::error_code copyName(std::string_view name, char* buffer) {
+    if (name.size() > NAME_MAX) return std::make_error_code(std::errc::filename_too_long);
+    if (name.empty() || name.find('\0') != std::string_view::npos)
+        return std::make_error_code(std::errc::no_such_file_or_directory);
+    std::memcpy(buffer, name.data(), name.size());
+    buffer[name.size()] = '\0';
+    return {};
 }
 
 bool isDotOrDotDot(const char* name) {
@@ -63,8 +88,9 @@ std::optional<DirectoryHandle> DirectoryHandle::open(const std::filesystem::path
 }
 
 std::optional<DirectoryHandle> DirectoryHandle::openChild(std::string_view name, std::error_code& error) const {
-    const std::string childName(name);
-    const int fd = ::openat(fd_, childName.c_str(), directoryFlags | O_NOFOLLOW);
+    char childName[NAME_MAX + 1];
+    if ((error = copyName(name, childName))) return std::nullopt;
+    const int fd = ::openat(fd_, childName, directoryFlags | O_NOFOLLOW);
     if (fd < 0) {
         error = lastError();
         return std::nullopt;
@@ -73,12 +99,15 @@ std::optional<DirectoryHandle> DirectoryHandle::openChild(std::string_view name,
     return DirectoryHandle(fd);
 }
 
-DirectoryHandle::DirectoryHandle(DirectoryHandle&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+DirectoryHandle::DirectoryHandle(DirectoryHandle&& other) noexcept : fd_(other.fd_), listed_(other.listed_) {
+    other.fd_ = -1;
+}
 
 DirectoryHandle& DirectoryHandle::operator=(DirectoryHandle&& other) noexcept {
     if (this != &other) {
         if (fd_ >= 0) ::close(fd_);
         fd_ = other.fd_;
+        listed_ = other.listed_;
         other.fd_ = -1;
     }
     return *this;
@@ -89,38 +118,119 @@ DirectoryHandle::~DirectoryHandle() {
 }
 
 #if defined(__linux__)
-// Reads the directory with getdents64 and a large buffer: few system calls even for a
-// directory of a million entries, and no DIR stream bound to the descriptor.
-std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const {
-    struct LinuxDirent {
-        ino64_t inode;
-        off64_t offset;
-        unsigned short length;
-        unsigned char type;
-        char name[1];  // really as long as the record says
+namespace {
+
+// One listing buffer per thread, reused from directory to directory: a walk lists tens of
+// thousands of directories, most of them small, and neither allocating nor clearing 64 KiB
+// for each is free. A listing that starts while another runs on the same thread (a visitor
+// that lists a subdirectory) gets a buffer of its own.
+class ListingBuffer {
+public:
+    static constexpr std::size_t size = 64 * 1024;
+
+    ListingBuffer() {
+        Slot& slot = threadSlot();
+        if (slot.inUse) {
+            owned_ = std::make_unique_for_overwrite<char[]>(size);
+            data_ = owned_.get();
+            return;
+        }
+        if (!slot.data) slot.data = std::make_unique_for_overwrite<char[]>(size);
+        slot.inUse = true;
+        data_ = slot.data.get();
+    }
+    ~ListingBuffer() {
+        if (!owned_) threadSlot().inUse = false;
+    }
+    ListingBuffer(const ListingBuffer&) = delete;
+    ListingBuffer& operator=(const ListingBuffer&) = delete;
+
+    char* data() const { return data_; }
+
+private:
+    struct Slot {
+        std::unique_ptr<char[]> data;
+        bool inUse = false;
     };
-    constexpr std::size_t bufferSize = 64 * 1024;
-    const auto buffer = std::make_unique<char[]>(bufferSize);
-    // Reading restarts from the descriptor's current offset; rewind so a handle can be
-    // listed more than once.
-    ::lseek(fd_, 0, SEEK_SET);
+    static Slot& threadSlot() {
+        thread_local Slot slot;
+        return slot;
+    }
+    std::unique_ptr<char[]> owned_;
+    char* data_ = nullptr;
+};
+
+struct LinuxDirent {
+    ino64_t inode;
+    off64_t offset;
+    unsigned short length;
+    unsigned char type;
+    char name[1];  // really as long as the record says
+};
+
+// Reads the directory with getdents64 and a large buffer: few system calls even for a
+// directory of a million entries, and no DIR stream bound to the descriptor. Calls
+// onEntry(record) for each entry but "." and ".." until it returns false.
+template <class OnEntry>
+std::error_code readEntries(int fd, OnEntry&& onEntry) {
+    const ListingBuffer buffer;
     while (true) {
-        const long count = ::syscall(SYS_getdents64, fd_, buffer.get(), bufferSize);
+        const long count = ::syscall(SYS_getdents64, fd, buffer.data(), ListingBuffer::size);
         if (count < 0) {
             if (errno == EINTR) continue;
             return lastError();
         }
         if (count == 0) return {};
         for (long offset = 0; offset < count;) {
-            const auto* entry = reinterpret_cast<const LinuxDirent*>(buffer.get() + offset);
+            const auto* entry = reinterpret_cast<const LinuxDirent*>(buffer.data() + offset);
             offset += entry->length;
             if (isDotOrDotDot(entry->name)) continue;
-            EntryInfo info;
-            info.name = entry->name;
-            fillFromStatus(info, fd_, entry->name);
-            if (!visit(info)) return {};
+            if (!onEntry(*entry)) return {};
         }
     }
+}
+
+std::optional<EntryType> typeFromDirent(unsigned char type) {
+    switch (type) {
+        case DT_DIR: return EntryType::directory;
+        case DT_REG: return EntryType::file;
+        case DT_LNK: return EntryType::symlink;
+        case DT_UNKNOWN: return std::nullopt;
+        default: return EntryType::other;
+    }
+}
+
+EntryType typeFromMode(mode_t mode) {
+    if (S_ISDIR(mode)) return EntryType::directory;
+    if (S_ISREG(mode)) return EntryType::file;
+    if (S_ISLNK(mode)) return EntryType::symlink;
+    return EntryType::other;
+}
+
+}  // namespace
+
+std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const {
+    rewindIfListed();
+    return readEntries(fd_, [&](const LinuxDirent& entry) {
+        EntryInfo info;
+        info.name = entry.name;
+        fillFromStatus(info, fd_, entry.name);
+        return visit(info);
+    });
+}
+
+std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor visitor) const {
+    rewindIfListed();
+    return readEntries(fd_, [&](const LinuxDirent& entry) {
+        auto type = typeFromDirent(entry.type);
+        if (!type) {
+            // The file system does not record types in its directories: ask the entry.
+            struct stat status {};
+            type = ::fstatat(fd_, entry.name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? typeFromMode(status.st_mode)
+                                                                                : EntryType::other;
+        }
+        return visitor(target, entry.name, *type);
+    });
 }
 #else
 std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const {
@@ -150,6 +260,15 @@ std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const Ent
     ::closedir(directory);
     return error;
 }
+
+std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor visitor) const {
+    return forEachEntry([&](const EntryInfo& entry) {
+        const EntryType type = entry.isDirectory ? EntryType::directory
+                               : entry.isSymlink ? EntryType::symlink
+                                                 : EntryType::file;
+        return visitor(target, entry.name, type);
+    });
+}
 #endif
 
 std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModificationTime(
@@ -177,6 +296,23 @@ std::optional<unsigned> DirectoryHandle::permissionBits() const {
 std::error_code DirectoryHandle::setPermissionBits(unsigned bits) const {
     if (::fchmod(fd_, static_cast<mode_t>(bits)) != 0) return lastError();
     return {};
+}
+
+void DirectoryHandle::rewindIfListed() const {
+    if (listed_) ::lseek(fd_, 0, SEEK_SET);
+    listed_ = true;
+}
+
+std::optional<std::int64_t> DirectoryHandle::allocatedBytes(std::error_code& error) const {
+    struct stat status {};
+    return allocatedBytesOrError(::fstat(fd_, &status), status, error);
+}
+
+std::optional<std::int64_t> DirectoryHandle::childAllocatedBytes(std::string_view name, std::error_code& error) const {
+    char childName[NAME_MAX + 1];
+    if ((error = copyName(name, childName))) return std::nullopt;
+    struct stat status {};
+    return allocatedBytesOrError(::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW), status, error);
 }
 
 }  // namespace kelvo::platform

@@ -11,6 +11,9 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
+
+#include "kelvo/platform/FileSystem.h"
 
 namespace kelvo::platform {
 
@@ -54,11 +57,36 @@ public:
     std::optional<unsigned> permissionBits() const;
     std::error_code setPermissionBits(unsigned bits) const;
 
+    // The cheap half of a walk, for callers that need the status of only some entries:
+    // calls visit(name, type) once per entry ("." and ".." left out) with the type the
+    // directory itself records, read without a status call per entry (one is made only
+    // where the file system records no type). The name is valid only during the call.
+    // Stops early when visit returns false; the error is that of reading the directory.
+    template <class Visit>
+    std::error_code forEachName(Visit&& visit) const {
+        using Target = std::remove_reference_t<Visit>;
+        return forEachNameThrough(const_cast<void*>(static_cast<const void*>(&visit)),
+                                  [](void* target, std::string_view name, EntryType type) -> bool {
+                                      return (*static_cast<Target*>(target))(name, type);
+                                  });
+    }
+    // Allocated bytes (blocks x 512) of the directory itself, or of a child entry itself
+    // (a link is not followed). Nothing when the status cannot be read; the error says why
+    // (ENOENT: the child is gone).
+    std::optional<std::int64_t> allocatedBytes(std::error_code& error) const;
+    std::optional<std::int64_t> childAllocatedBytes(std::string_view name, std::error_code& error) const;
+
     int fd() const { return fd_; }
 
 private:
+    using NameVisitor = bool (*)(void* target, std::string_view name, EntryType type);
+    std::error_code forEachNameThrough(void* target, NameVisitor visitor) const;
+    // Reading a directory starts at the descriptor's offset: a second listing rewinds first.
+    void rewindIfListed() const;
+
     explicit DirectoryHandle(int fd) : fd_(fd) {}
     int fd_ = -1;
+    mutable bool listed_ = false;
 };
 
 // Raises the limit of open descriptors to the hard limit once per process, so deep trees

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include "kelvo/WorkerPool.h"
+
+namespace kelvo {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Runs the work on a thread of its own and gives it a minute: a deadlocked pool would
+// otherwise hang the whole test program instead of failing this test.
+void expectFinishes(const std::function<void()>& work) {
+    auto done = std::make_shared<std::promise<void>>();
+    auto finished = done->get_future();
+    std::thread([work, done] {
+        work();
+        done->set_value();
+    }).detach();
+    if (finished.wait_for(60s) != std::future_status::ready) {
+        std::fprintf(stderr, "the pool did not finish within a minute: deadlock\n");
+        std::fflush(stderr);
+        std::_Exit(1);
+    }
+}
+
+// Each task opens a group of its own, fills it with tasks that do the same one level
+// deeper, and waits for it: every level waits on the next one.
+void spawnNested(WorkerPool& pool, int level, int depth, std::atomic<int>& ran) {
+    ++ran;
+    if (level == depth) return;
+    TaskGroup children;
+    for (int child = 0; child < 3; ++child)
+        pool.submit(children, [&pool, level, depth, &ran] { spawnNested(pool, level + 1, depth, ran); });
+    pool.wait(children);
+}
+
+TEST(WorkerPool, NestedGroupsWaitingOnEachOtherFinish) {
+    for (const std::size_t threads : {1u, 2u, 8u}) {
+        std::atomic<int> ran{0};
+        expectFinishes([&] {
+            WorkerPool pool(threads);
+            TaskGroup top;
+            for (int task = 0; task < 4; ++task) pool.submit(top, [&] { spawnNested(pool, 1, 5, ran); });
+            pool.wait(top);
+        });
+        // 4 tasks at the first level, each with 3 + 9 + 27 + 81 below it.
+        EXPECT_EQ(ran.load(), 4 * (1 + 3 + 9 + 27 + 81)) << threads << " threads";
+    }
+}
+
+TEST(WorkerPool, WaiterRunsQueuedTasksWhileEveryWorkerIsBusy) {
+    expectFinishes([] {
+        WorkerPool pool(1);
+        std::atomic<bool> released{false};
+        std::atomic<bool> started{false};
+        TaskGroup blocked;
+        // The only worker waits for a task that nothing but the waiting thread can run.
+        pool.submit(blocked, [&] {
+            started = true;
+            while (!released) std::this_thread::sleep_for(1ms);
+        });
+        while (!started) std::this_thread::sleep_for(1ms);
+        TaskGroup releaser;
+        std::thread::id ranOn;
+        pool.submit(releaser, [&] {
+            ranOn = std::this_thread::get_id();
+            released = true;
+        });
+        pool.wait(releaser);
+        EXPECT_EQ(ranOn, std::this_thread::get_id());
+        pool.wait(blocked);
+    });
+}
+
+TEST(WorkerPool, IdleWorkerIsReportedOnlyWhileOneWaitsForWork) {
+    WorkerPool pool(2);
+    const auto eventually = [](const std::function<bool()>& condition) {
+        for (int attempt = 0; attempt < 2000 && !condition(); ++attempt) std::this_thread::sleep_for(1ms);
+        return condition();
+    };
+    EXPECT_TRUE(eventually([&] { return pool.hasIdleWorker(); }));
+
+    std::atomic<int> started{0};
+    std::atomic<bool> released{false};
+    TaskGroup group;
+    for (int task = 0; task < 2; ++task)
+        pool.submit(group, [&] {
+            ++started;
+            while (!released) std::this_thread::sleep_for(1ms);
+        });
+    ASSERT_TRUE(eventually([&] { return started == 2; }));
+    EXPECT_FALSE(pool.hasIdleWorker());
+    released = true;
+    pool.wait(group);
+    EXPECT_TRUE(eventually([&] { return pool.hasIdleWorker(); }));
+}
+
+}  // namespace
+}  // namespace kelvo
