@@ -29,7 +29,7 @@ public:
 
 class StubProcessProbe final : public ProcessProbe {
 public:
-    explicit StubProcessProbe(const std::vector<std::string>& running = {},
+    StubProcessProbe(const std::vector<std::string>& running = {},
                               std::vector<std::string> runningPathFragments = {});
     // Membership in `running`.
     bool isRunning(const std::string& name) const override;
