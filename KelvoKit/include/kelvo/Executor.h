@@ -1,10 +1,17 @@
 #pragma once
-// Carries out a clean run: for each target, in order, the guarded-process check (left out
-// with force), the running-application check, the protected-application check, then for
-// a command the command, for paths the guard and link checks of every path before any is
-// removed, then removal. Every target ends deleted, partial, skipped with a reason or
-// failed with a message; the run never stops on a bad target. Removal works on directory
-// descriptors and never follows a symbolic link, not even one swapped in meanwhile.
+// Carries out a clean run. For each target, in the given order: the guarded processes of
+// its family (left out with force), a running application bundle among its paths, a
+// protected application (prepare families only), then for a command the command, for paths
+// the guard and link checks of every path before any of them is removed, then removal.
+// Every target ends deleted, partial, skipped with a reason or failed with a message; the
+// run never stops on a bad target, and what went before a failure stays gone.
+//
+// Removal never follows a symbolic link, not even one swapped in while it runs: it works
+// on directory descriptors (platform TreeRemoval). A dry run removes nothing, runs no
+// command and counts every target that passes the checks with its estimated size.
+//
+// The executor is an immutable value holding its dependencies, so tests inject a stub
+// probe and command runner; it keeps no state between runs.
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -21,35 +28,41 @@
 
 namespace kelvo {
 
+// Runs a command line and gives its exit status (127: the tool is missing; -1: could not start).
 using CommandRunner = std::function<int(const std::string& commandLine)>;
 
 struct RemovalOutcome {
-    std::int64_t freed = 0;
-    bool fullyRemoved = false;
+    std::int64_t freed = 0;     // allocated bytes measured before minus after, never negative
+    bool fullyRemoved = false;  // nothing exists at the path any longer
 };
 
 struct Executor {
     SafetyGuard safety;
     bool dryRun = false;
     bool force = false;
-    std::shared_ptr<const ProcessProbe> probe;
+    std::shared_ptr<const ProcessProbe> probe = std::make_shared<LiveProcessProbe>();
     CommandRunner runCommand = &Executor::shell;
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
 
-    // Runs the line through /bin/sh -c with this process's streams; -1 when it cannot start.
+    // Runs the line through /bin/sh -c with this process's streams and environment and
+    // waits for it; -1 when it cannot start.
     static int shell(const std::string& commandLine);
-    // Removes what it can of a file or tree (adding owner-write where permissions block),
-    // going on past what cannot be removed; freed is the allocated size that went.
+    // Removes what it can of a file, link or tree, adding the owner's permission bits where
+    // they block and going on past what cannot be removed.
     static RemovalOutcome removeResiliently(const std::filesystem::path& path);
-    // Removes a file or whole tree, adding owner-write throughout and retrying once when a
-    // permission error blocks; never follows a link inside the tree.
+    // Removes a file, link (as a link) or whole tree; when a permission error blocks, adds
+    // the owner's bits to the directories involved and tries once more. Nothing when the
+    // item is gone, else the first error met (ENOENT when nothing was there).
     static std::error_code removeItemMakingWritable(const std::filesystem::path& path);
 
-    // The checks behind execute, exposed for the front ends' and the tests' sake: each
-    // gives the localised reason for refusing, or nothing.
+    // The checks behind execute; each gives the localised reason for refusing, or nothing.
+    // The path of a running ".app" bundle among the target's paths (none for commands).
     std::optional<std::string> runningBundle(const CleanTarget& target) const;
+    // Why a target of appLeftovers or unusedApps touches a protected application.
     std::optional<std::string> protectedAppReason(const CleanTarget& target) const;
+    // The path is itself a link, its parent chain holds a link, or the resolved path is
+    // refused by the guard.
     std::optional<std::string> unsafeToDeleteReason(const std::filesystem::path& path) const;
 };
 

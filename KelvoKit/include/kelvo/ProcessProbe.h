@@ -1,8 +1,11 @@
 #pragma once
 // Whether a program is running: by its exact name, or by a fragment of its command line.
-// The live probe reads the process table (uncut names, so "com.docker.backend" is found
-// although the kernel keeps only 15 characters), falling back to /usr/bin/pgrep where no
-// table can be read. The stub answers from fixed lists, for tests.
+// The live probe reads the process table afresh at every question: a name matches the
+// kernel's name or the uncut last component of the first command-line word, so
+// "com.docker.backend" is found although Linux keeps only 15 characters of it; where no
+// table can be read it asks /usr/bin/pgrep (-x name, -f fragment; exit 0 = running, a tool
+// that cannot start = not running). The stub answers from fixed lists, for tests. Both
+// are immutable and safe to share between threads.
 #include <set>
 #include <string>
 #include <vector>
@@ -12,8 +15,9 @@ namespace kelvo {
 class ProcessProbe {
 public:
     virtual ~ProcessProbe() = default;
+    // Some process has exactly this name. False for an empty name.
     virtual bool isRunning(const std::string& name) const = 0;
-    // False for an empty fragment.
+    // Some process's full command line contains the fragment. False for an empty fragment.
     virtual bool isRunningUnder(const std::string& pathFragment) const = 0;
 };
 
@@ -25,7 +29,9 @@ public:
 
 class StubProcessProbe final : public ProcessProbe {
 public:
-    StubProcessProbe(const std::vector<std::string>& running = {}, std::vector<std::string> runningPathFragments = {});
+    StubProcessProbe(const std::vector<std::string>& running = {},
+                              std::vector<std::string> runningPathFragments = {});
+    // Membership in `running`.
     bool isRunning(const std::string& name) const override;
     // True when the fragment and one of the stored fragments contain one another.
     bool isRunningUnder(const std::string& pathFragment) const override;

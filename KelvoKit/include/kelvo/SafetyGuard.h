@@ -1,26 +1,31 @@
 #pragma once
 // The last word on whether a path may be deleted. A path is deletable only when, with
 // symbolic links resolved as far as it exists and then standardised, it lies strictly
-// inside an allowed root, is not the home, and neither equals, lies inside nor contains a
-// protected path or user exclusion. The lists are kept as given and normalised at every
-// question, so a link that changes between two questions is seen by the second. The guard
-// decides on paths alone; what a path is (file, directory, link) is the executor's check.
+// inside an allowed root (a root itself is never deletable), is not the home, and neither
+// equals, lies inside nor contains a protected path or user exclusion. "Inside" is a string
+// test on whole components: /Users/ab/x is not inside /Users/a.
+//
+// The lists are kept as given and normalised afresh at every question, so a link that
+// appears or changes between two questions is seen by the second. The guard decides on
+// paths alone; what a path is (file, directory, link) and who owns it is the executor's
+// check. An empty path names nothing and is never deletable; empty list entries are
+// passed over. The guard is an immutable value, safe to share between threads.
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace kelvo {
-
-struct Environment;
 
 struct SafetyGuard {
     std::filesystem::path home;
     std::vector<std::filesystem::path> allowedRoots;
     std::vector<std::filesystem::path> protectedPaths;
-    std::vector<std::filesystem::path> extraExclusions;
+    std::vector<std::filesystem::path> extraExclusions;  // treated exactly like protectedPaths
 
     bool isDeletable(const std::filesystem::path& path) const;
-    // The normal form every comparison uses: links resolved as far as the path exists,
-    // then standardised.
+    // The normal form every comparison uses: links resolved as far as the path exists (the
+    // rest kept as written), then standardised; a relative path is taken from the current
+    // directory. Empty for an empty path.
     static std::string normalForm(const std::filesystem::path& path);
 };
 

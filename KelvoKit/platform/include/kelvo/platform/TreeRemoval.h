@@ -1,0 +1,37 @@
+#pragma once
+// Removal of a file, a symbolic link or a whole directory tree that never follows a
+// symbolic link, not even one swapped in while the removal runs.
+//
+// The item's parent is reached from "/" one component at a time, each opened with
+// O_NOFOLLOW, so a link anywhere in the parent chain stops the removal before anything is
+// touched (callers check the chain for links first; this makes the check hold at the
+// moment of removal too). Below the parent everything is done relative to open directory
+// descriptors: files and links are unlinked (a link as a link, never followed), a directory
+// is opened with O_NOFOLLOW, emptied and removed. No full path string is built below the
+// parent, so trees deeper than PATH_MAX go too (one descriptor per level). A directory that
+// is the root of another mount is never entered: what is mounted there is not part of the
+// tree. Errors come back as values; nothing here throws.
+#include <filesystem>
+#include <system_error>
+
+namespace kelvo::platform {
+
+struct TreeRemovalOptions {
+    // When a permission error blocks inside the tree, add the owner's read, write and
+    // search bits to the directory involved and try once more. Bits are changed only
+    // through a descriptor of that directory, never by path, and never on the item's
+    // parent, which lies outside the tree.
+    bool addOwnerPermissions = false;
+};
+
+// Removes the item at an absolute path and everything below it, going on past entries
+// that cannot be removed. The path must be standardised: "." or ".." components, a relative
+// path and "/" itself give EINVAL. The result is the first error met, or nothing when the
+// item is gone; ENOENT when nothing was at the path; ELOOP or ENOTDIR when the parent chain
+// holds a link or a non-directory; EXDEV for a mount root met at or below the item.
+std::error_code removeTree(const std::filesystem::path& path, const TreeRemovalOptions& options = {});
+
+// EACCES or EPERM.
+bool isPermissionError(const std::error_code& error);
+
+}  // namespace kelvo::platform

@@ -1,0 +1,53 @@
+#include "kelvo/platform/ProcessTable.h"
+
+#include <dirent.h>
+
+#include <cctype>
+
+#include "kelvo/platform/FileSystem.h"
+
+namespace kelvo::platform {
+namespace {
+
+bool isProcessId(const char* name) {
+    if (!*name) return false;
+    for (const char* c = name; *c; ++c)
+        if (!std::isdigit(static_cast<unsigned char>(*c))) return false;
+    return true;
+}
+
+}  // namespace
+
+std::optional<std::vector<RunningProcess>> listRunningProcesses() {
+    DIR* proc = ::opendir("/proc");
+    if (!proc) return std::nullopt;
+    std::vector<RunningProcess> processes;
+    while (const dirent* entry = ::readdir(proc)) {
+        if (!isProcessId(entry->d_name)) continue;
+        const std::filesystem::path base = std::filesystem::path("/proc") / entry->d_name;
+        // A process that ends while we read simply drops out.
+        auto comm = readFile(base / "comm");
+        if (!comm) continue;
+        if (!comm->empty() && comm->back() == '\n') comm->pop_back();
+
+        RunningProcess process;
+        process.shortName = std::move(*comm);
+        // Kernel threads and zombies have an empty command line; the name still counts.
+        if (const auto cmdline = readFile(base / "cmdline")) {
+            std::string text = *cmdline;
+            while (!text.empty() && text.back() == '\0') text.pop_back();
+            const auto firstEnd = text.find('\0');
+            const std::string first = text.substr(0, firstEnd);
+            const auto slash = first.rfind('/');
+            process.programName = slash == std::string::npos ? first : first.substr(slash + 1);
+            for (char& c : text)
+                if (c == '\0') c = ' ';
+            process.commandLine = std::move(text);
+        }
+        processes.push_back(std::move(process));
+    }
+    ::closedir(proc);
+    return processes;
+}
+
+}  // namespace kelvo::platform

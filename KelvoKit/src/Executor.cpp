@@ -1,0 +1,209 @@
+#include "kelvo/Executor.h"
+
+#include <algorithm>
+
+#include "kelvo/DirectorySizer.h"
+#include "kelvo/InstalledApps.h"
+#include "kelvo/L10n.h"
+#include "kelvo/Paths.h"
+#include "kelvo/PrepareRegistry.h"
+#include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/Process.h"
+#include "kelvo/platform/TreeRemoval.h"
+
+namespace kelvo {
+namespace {
+
+using std::filesystem::path;
+
+// Anything at all stands at the path, a dangling link included (links not followed).
+bool somethingAt(const path& location) { return platform::isSymbolicLink(location).has_value(); }
+
+bool isAppBundle(const path& location) { return Paths::extensionOf(location) == "app"; }
+
+// "Foo" for ".../Foo.app".
+std::string bundleName(const path& bundle) {
+    const std::string name = Paths::lastComponent(bundle);
+    return name.substr(0, name.size() - 4);
+}
+
+std::optional<std::string> bundleIDAfter(const std::string& id, const std::string& prefix) {
+    if (!id.starts_with(prefix)) return std::nullopt;
+    return id.substr(prefix.size());
+}
+
+const ProcessProbe& probeOrLive(const std::shared_ptr<const ProcessProbe>& probe) {
+    static const LiveProcessProbe live;
+    return probe ? *probe : live;
+}
+
+void skip(ExecutionReport& report, const CleanTarget& target, std::string reason) {
+    report.skipped.push_back({target.id, std::move(reason)});
+}
+
+}  // namespace
+
+ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const {
+    ExecutionReport report;
+    const ProcessProbe& processes = probeOrLive(probe);
+
+    for (const auto& target : targets) {
+        if (!force) {
+            const auto& names = guardedProcesses(target.family);
+            const auto running = std::find_if(names.begin(), names.end(),
+                                              [&](const std::string& name) { return processes.isRunning(name); });
+            if (running != names.end()) {
+                skip(report, target, L10n::t("exec.skip.processRunning", *running));
+                continue;
+            }
+        }
+        if (auto bundle = runningBundle(target)) {
+            skip(report, target, L10n::t("exec.skip.appRunning", *bundle));
+            continue;
+        }
+        if (auto reason = protectedAppReason(target)) {
+            skip(report, target, std::move(*reason));
+            continue;
+        }
+
+        if (target.kind.isCommand()) {
+            if (dryRun) {
+                report.deleted.push_back(target.id);
+                report.freedBytes += target.sizeBytes;
+                continue;
+            }
+            const int status = runCommand ? runCommand(target.kind.commandLine()) : -1;
+            if (status == 127) {
+                report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
+            } else if (status != 0) {
+                report.errors.push_back({target.id, L10n::t("exec.error.exitCode", static_cast<std::int64_t>(status))});
+            } else {
+                report.deleted.push_back(target.id);
+                report.freedUnknown.push_back(target.id);
+            }
+            continue;
+        }
+
+        // Every path is checked before any is removed: one refused path leaves them all.
+        const auto& paths = target.kind.pathList();
+        bool refused = false;
+        for (const auto& location : paths) {
+            if (!safety.isDeletable(location)) {
+                skip(report, target, L10n::t("exec.skip.protectedPath", location.string()));
+                refused = true;
+                break;
+            }
+            if (auto reason = unsafeToDeleteReason(location)) {
+                skip(report, target, std::move(*reason));
+                refused = true;
+                break;
+            }
+        }
+        if (refused) continue;
+
+        if (dryRun) {
+            report.deleted.push_back(target.id);
+            report.freedBytes += target.sizeBytes;
+            continue;
+        }
+
+        std::int64_t freed = 0;
+        bool skippedSome = false;
+        bool removedSome = false;
+        for (const auto& location : paths) {
+            const path standard = Paths::standardized(location);
+            if (!somethingAt(standard)) continue;
+            // Asked again: a link may have appeared since the check above.
+            if (auto reason = unsafeToDeleteReason(location)) {
+                skip(report, target, std::move(*reason));
+                skippedSome = true;
+                continue;
+            }
+            const RemovalOutcome outcome = removeResiliently(standard);
+            freed += outcome.freed;
+            if (outcome.fullyRemoved) {
+                removedSome = true;
+                continue;
+            }
+            skippedSome = true;
+            const std::string name = Paths::lastComponent(standard);
+            if (outcome.freed < 1) {
+                skip(report, target, L10n::t("exec.skip.noPermission", name));
+            } else {
+                skip(report, target, L10n::t("exec.skip.systemRemnant", name));
+                removedSome = true;
+            }
+        }
+        if (!skippedSome) {
+            report.deleted.push_back(target.id);
+            report.freedBytes += freed;
+        } else if (removedSome) {
+            report.partial.push_back(target.id);
+            report.freedBytes += freed;
+        }
+    }
+    return report;
+}
+
+int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
+
+RemovalOutcome Executor::removeResiliently(const path& location) {
+    const path standard = Paths::standardized(location);
+    const DirectorySizer sizer;
+    const std::int64_t before = sizer.measure(standard).bytes;
+    if (!removeItemMakingWritable(standard)) return {before, true};
+    const std::int64_t after = somethingAt(standard) ? sizer.measure(standard).bytes : 0;
+    return {std::max<std::int64_t>(0, before - after), !somethingAt(standard)};
+}
+
+std::error_code Executor::removeItemMakingWritable(const path& location) {
+    return platform::removeTree(Paths::standardized(location), {.addOwnerPermissions = true});
+}
+
+std::optional<std::string> Executor::runningBundle(const CleanTarget& target) const {
+    if (target.kind.isCommand()) return std::nullopt;
+    const ProcessProbe& processes = probeOrLive(probe);
+    for (const auto& bundle : target.kind.pathList()) {
+        if (!isAppBundle(bundle)) continue;
+        const std::string name = bundleName(bundle);
+        if (processes.isRunning(name)) return bundle.string();
+        // The executable may be named differently from the bundle.
+        const auto executable = InstalledApps::infoPlistString(bundle, "CFBundleExecutable");
+        if (executable && *executable != name && processes.isRunning(*executable)) return bundle.string();
+        if (processes.isRunningUnder((Paths::standardized(bundle) / "Contents/MacOS").string())) return bundle.string();
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> Executor::protectedAppReason(const CleanTarget& target) const {
+    if (target.family != Family::appLeftovers && target.family != Family::unusedApps) return std::nullopt;
+    for (const char* prefix : {"app:", "leftover:"}) {
+        const auto bundleID = bundleIDAfter(target.id, prefix);
+        if (bundleID && PrepareRegistry::isProtectedBundleID(*bundleID))
+            return L10n::t("exec.skip.protectedApp.id", *bundleID);
+    }
+    if (target.kind.isCommand()) return std::nullopt;
+    for (const auto& bundle : target.kind.pathList()) {
+        if (!isAppBundle(bundle)) continue;
+        const auto bundleID = InstalledApps::infoPlistString(bundle, "CFBundleIdentifier");
+        if (bundleID && PrepareRegistry::isProtectedBundleID(*bundleID))
+            return L10n::t("exec.skip.protectedApp.id", *bundleID);
+        const std::string name = bundleName(bundle);
+        if (PrepareRegistry::isProtectedName(name)) return L10n::t("exec.skip.protectedApp.name", name);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) const {
+    const path standard = Paths::standardized(location);
+    if (platform::isSymbolicLink(standard).value_or(false))
+        return L10n::t("exec.skip.symlinkFinal", standard.string());
+    const path parent = standard.parent_path();
+    const path resolved = Paths::standardized(platform::resolveSymlinks(parent));
+    if (resolved.string() != parent.string()) return L10n::t("exec.skip.symlinkAncestor", resolved.string());
+    const path candidate = resolved / standard.filename();
+    if (!safety.isDeletable(candidate)) return L10n::t("exec.skip.resolvedUnsafe", candidate.string());
+    return std::nullopt;
+}
+
+}  // namespace kelvo

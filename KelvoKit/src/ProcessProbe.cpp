@@ -1,0 +1,54 @@
+#include "kelvo/ProcessProbe.h"
+
+#include "kelvo/platform/Process.h"
+#include "kelvo/platform/ProcessTable.h"
+
+namespace kelvo {
+namespace {
+
+std::optional<std::vector<platform::RunningProcess>> processTable() {
+    auto processes = platform::listRunningProcesses();
+    // An empty table cannot be right (we run ourselves): treat it like a missing one.
+    if (!processes || processes->empty()) return std::nullopt;
+    return processes;
+}
+
+bool pgrepFinds(const std::string& option, const std::string& pattern) {
+    const auto outcome = platform::runProgram("/usr/bin/pgrep", {option, pattern}, false);
+    return outcome && outcome->exitStatus == 0;
+}
+
+}  // namespace
+
+bool LiveProcessProbe::isRunning(const std::string& name) const {
+    if (name.empty()) return false;
+    const auto processes = processTable();
+    if (!processes) return pgrepFinds("-x", name);
+    for (const auto& process : *processes)
+        if (process.shortName == name || process.programName == name) return true;
+    return false;
+}
+
+bool LiveProcessProbe::isRunningUnder(const std::string& pathFragment) const {
+    if (pathFragment.empty()) return false;
+    const auto processes = processTable();
+    if (!processes) return pgrepFinds("-f", pathFragment);
+    for (const auto& process : *processes)
+        if (process.commandLine.find(pathFragment) != std::string::npos) return true;
+    return false;
+}
+
+StubProcessProbe::StubProcessProbe(const std::vector<std::string>& running, std::vector<std::string> runningPathFragments)
+    : running(running.begin(), running.end()), runningPathFragments(std::move(runningPathFragments)) {}
+
+bool StubProcessProbe::isRunning(const std::string& name) const { return running.contains(name); }
+
+bool StubProcessProbe::isRunningUnder(const std::string& pathFragment) const {
+    if (pathFragment.empty()) return false;
+    for (const auto& fragment : runningPathFragments)
+        if (fragment.find(pathFragment) != std::string::npos || pathFragment.find(fragment) != std::string::npos)
+            return true;
+    return false;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,45 @@
+#include "kelvo/SafetyGuard.h"
+
+#include "kelvo/Paths.h"
+#include "kelvo/platform/FileSystem.h"
+
+namespace kelvo {
+
+std::string SafetyGuard::normalForm(const std::filesystem::path& path) {
+    if (path.empty()) return {};
+    return Paths::standardized(platform::resolveSymlinks(path)).string();
+}
+
+bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
+    const std::string candidate = normalForm(path);
+    if (candidate.empty()) return false;
+
+    bool insideRoot = false;
+    for (const auto& root : allowedRoots) {
+        const std::string normalRoot = normalForm(root);
+        // A root is never deletable itself, but another root may still contain it.
+        if (normalRoot.empty() || normalRoot == candidate) continue;
+        if (Paths::isInside(candidate, normalRoot)) {
+            insideRoot = true;
+            break;
+        }
+    }
+    if (!insideRoot) return false;
+
+    if (candidate == normalForm(home)) return false;
+
+    // Protected paths and exclusions refuse themselves, everything inside them and every
+    // folder that holds them (removing ~/Library would take ~/Library/.../Archives along).
+    for (const auto* list : {&protectedPaths, &extraExclusions}) {
+        for (const auto& entry : *list) {
+            const std::string normalEntry = normalForm(entry);
+            if (normalEntry.empty()) continue;
+            if (candidate == normalEntry || Paths::isInside(candidate, normalEntry) ||
+                Paths::isInside(normalEntry, candidate))
+                return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,152 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <climits>
+#include <filesystem>
+
+#include "kelvo/platform/TreeRemoval.h"
+#include "support/TempDir.h"
+
+namespace kelvo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using fs::path;
+using kelvo::testing::TempDir;
+using kelvo::testing::listing;
+using kelvo::testing::makeDirectory;
+using kelvo::testing::writeFile;
+
+bool present(const path& location) {
+    std::error_code error;
+    return fs::symlink_status(location, error).type() != fs::file_type::not_found;
+}
+
+TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
+    TempDir root;
+    const path top = makeDirectory(root / "deep");
+    const path sibling = writeFile(root / "sibling/keep", 10);
+    // Built through descriptors: no path string could name the bottom of this tree.
+    const std::string name = "a-rather-long-level-name";
+    const int levels = PATH_MAX / static_cast<int>(name.size() + 1) + 50;
+    int fd = ::open(top.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    for (int level = 0; level < levels; ++level) {
+        ASSERT_EQ(::mkdirat(fd, name.c_str(), 0755), 0);
+        const int file = ::openat(fd, ("file" + std::to_string(level % 3)).c_str(), O_WRONLY | O_CREAT, 0644);
+        ASSERT_GE(file, 0);
+        ::write(file, "data", 4);
+        ::close(file);
+        const int child = ::openat(fd, name.c_str(), O_RDONLY | O_DIRECTORY);
+        ::close(fd);
+        ASSERT_GE(child, 0);
+        fd = child;
+    }
+    ::close(fd);
+
+    EXPECT_FALSE(removeTree(top));
+    EXPECT_FALSE(present(top));
+    EXPECT_TRUE(fs::exists(sibling));
+}
+
+TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {
+    TempDir root;
+    const path outside = makeDirectory(root / "outside");
+    const path canary = writeFile(outside / "folder/canary", 100);
+    const path tree = root / "tree";
+    writeFile(tree / "sub/file", 100);
+    fs::create_directory_symlink(outside / "folder", tree / "sub/dir-link");
+    fs::create_symlink(canary, tree / "file-link");
+    fs::create_symlink(root / "nowhere", tree / "dangling");
+    fs::create_directory_symlink(tree, tree / "sub/loop");
+    const std::string before = listing(outside);
+
+    EXPECT_FALSE(removeTree(tree, {.addOwnerPermissions = true}));
+    EXPECT_FALSE(present(tree));
+    EXPECT_EQ(listing(outside), before);
+    EXPECT_EQ(fs::file_size(canary), 100u);
+}
+
+TEST(TreeRemoval, TheItemItselfMayBeAFileOrALink) {
+    TempDir root;
+    const path file = writeFile(root / "dir/file", 100);
+    const path target = makeDirectory(root / "target");
+    const path inside = writeFile(target / "inside", 100);
+    fs::create_directory_symlink(target, root / "dir/link");
+
+    EXPECT_FALSE(removeTree(root / "dir/link"));
+    EXPECT_FALSE(present(root / "dir/link"));
+    EXPECT_TRUE(fs::exists(inside));
+    EXPECT_FALSE(removeTree(file));
+    EXPECT_FALSE(present(file));
+    EXPECT_TRUE(fs::is_directory(root / "dir"));
+    EXPECT_EQ(removeTree(root / "dir/missing"), std::errc::no_such_file_or_directory);
+}
+
+TEST(TreeRemoval, ALinkOrFileInTheParentChainStopsEverything) {
+    TempDir root;
+    const path real = writeFile(root / "real/sub/tree/file", 100).parent_path();
+    fs::create_directory_symlink(root / "real", root / "via");
+    const path file = writeFile(root / "plain", 10);
+
+    EXPECT_EQ(removeTree(root / "via/sub/tree"), std::errc::too_many_symbolic_link_levels);
+    EXPECT_EQ(removeTree(file / "x"), std::errc::not_a_directory);
+    EXPECT_TRUE(fs::exists(real / "file"));
+    EXPECT_TRUE(fs::exists(file));
+}
+
+TEST(TreeRemoval, OnlyStandardAbsolutePathsAreAccepted) {
+    TempDir root;
+    const path tree = writeFile(root / "tree/sub/file", 10).parent_path().parent_path();
+    for (const path& spelling : {path(tree / "sub/.."), path(tree / "sub/../sub"), path(tree / "./sub"),
+                                 path("relative/path"), path("/"), path("")})
+        EXPECT_EQ(removeTree(spelling), std::errc::invalid_argument) << spelling;
+    EXPECT_TRUE(fs::exists(tree / "sub/file"));
+    // Repeated and trailing separators are harmless.
+    EXPECT_FALSE(removeTree(path(root.path().string() + "//tree/sub/")));
+    EXPECT_FALSE(present(tree / "sub"));
+    EXPECT_TRUE(fs::is_directory(tree));
+}
+
+TEST(TreeRemoval, PermissionErrorsAreTold) {
+    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::permission_denied)));
+    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::operation_not_permitted)));
+    EXPECT_FALSE(isPermissionError(std::make_error_code(std::errc::no_such_file_or_directory)));
+    EXPECT_FALSE(isPermissionError({}));
+}
+
+// A file system mounted inside the tree is not part of it. Runs in a child with a mount
+// namespace of its own, so the mount disappears with it whatever happens.
+TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
+    TempDir root;
+    const path tree = root / "tree";
+    writeFile(tree / "own/file", 100);
+    const path mountPoint = makeDirectory(tree / "mounted");
+    const path canaryInMount = mountPoint / "canary";
+
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=1m") != 0)
+            ::_exit(77);
+        writeFile(canaryInMount, 10);
+        const auto error = removeTree(tree, {.addOwnerPermissions = true});
+        // 0: the mount was left alone with its content and the rest went.
+        const bool kept = fs::exists(canaryInMount) && !present(tree / "own") && error == std::errc::cross_device_link;
+        ::_exit(kept ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no private mount namespace can be made here (needs CAP_SYS_ADMIN)";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+}  // namespace
+}  // namespace kelvo::platform

@@ -1,0 +1,171 @@
+// Removal under permission bits. Root ignores them, so each execute runs in a child that
+// has dropped to uid/gid 65534, on a tree handed over to that user.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "ExecutionSupport.h"
+#include "kelvo/DirectorySizer.h"
+#include "kelvo/L10n.h"
+#include "support/TempDir.h"
+
+namespace kelvo {
+namespace {
+
+namespace fs = std::filesystem;
+using fs::path;
+using testing::TempDir;
+using testing::makeDirectory;
+using testing::nobodyId;
+using testing::pathTarget;
+using testing::writeFile;
+
+unsigned modeOf(const path& location) {
+    struct stat status {};
+    if (::lstat(location.c_str(), &status) != 0) return 0;
+    return status.st_mode & 07777;
+}
+
+bool present(const path& location) {
+    std::error_code error;
+    return fs::symlink_status(location, error).type() != fs::file_type::not_found;
+}
+
+std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
+    std::vector<std::string> result;
+    for (const auto& entry : entries) result.push_back(entry.id + ": " + entry.text);
+    return result;
+}
+
+class UnprivilegedRemovalTest : public ::testing::Test {
+protected:
+    UnprivilegedRemovalTest() : home(makeDirectory(root / "home")) {}
+
+    Executor executor() const {
+        Executor result;
+        result.safety = testing::guardFor(home, {home});
+        result.probe = std::make_shared<StubProcessProbe>();
+        result.runCommand = [](const std::string&) { return 0; };
+        return result;
+    }
+
+    // Gives the home to 65534 when we are root; otherwise the files are ours already.
+    void handOver() const {
+        if (testing::runningAsRoot()) testing::chownTree(home, nobodyId, nobodyId);
+    }
+
+    TempDir root;
+    path home;
+};
+
+TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
+    if (!testing::runningAsRoot())
+        GTEST_SKIP() << "a tree owned partly by root and partly by uid 65534 can only be built as root";
+    const path first = home / "cache/first";
+    writeFile(first / "a/blob", 30000);
+    writeFile(first / "b", 5000);
+    const path second = home / "cache/second";
+    const path secondFile = writeFile(second / "held", 8000);
+    const path mixed = home / "cache/mixed";
+    const path own = mixed / "own";
+    writeFile(own / "blob", 20000);
+    const path lockedFile = writeFile(mixed / "locked/held", 8000);
+    handOver();
+    testing::chownTree(second, 0, 0);
+    testing::chownTree(mixed / "locked", 0, 0);
+
+    const std::int64_t firstBytes = DirectorySizer().measure(first).bytes;
+    const std::int64_t ownBytes = testing::allocatedBytes(own) + testing::allocatedBytesBelow(own);
+    ASSERT_GT(firstBytes, 30000);
+
+    const auto run = testing::runUnprivileged([&] {
+        return executor().execute({
+            pathTarget("two-paths", Family::devMisc, {first, second}),
+            pathTarget("mixed", Family::devMisc, {mixed}),
+            pathTarget("locked-only", Family::devMisc, {second}),
+        });
+    });
+    ASSERT_TRUE(run.report) << run.failure;
+    const auto& report = *run.report;
+    EXPECT_TRUE(report.deleted.empty());
+    EXPECT_EQ(report.partial, (std::vector<std::string>{"two-paths", "mixed"}));
+    EXPECT_EQ(texts(report.skipped), (std::vector<std::string>{
+                                         "two-paths: " + L10n::t("exec.skip.noPermission", "second"),
+                                         "mixed: " + L10n::t("exec.skip.systemRemnant", "mixed"),
+                                         "locked-only: " + L10n::t("exec.skip.noPermission", "second"),
+                                     }));
+    EXPECT_EQ(report.freedBytes, firstBytes + ownBytes);
+
+    EXPECT_FALSE(present(first));
+    EXPECT_FALSE(present(own));
+    EXPECT_TRUE(fs::exists(secondFile));
+    EXPECT_TRUE(fs::exists(lockedFile));
+    EXPECT_EQ(modeOf(second), 0755u);
+    EXPECT_TRUE(fs::is_directory(home / "cache"));
+}
+
+TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {
+    const path tree = home / "cache/readonly";
+    writeFile(tree / "a/b/file", 9000);
+    writeFile(tree / "a/secret/hidden", 4000);
+    writeFile(tree / "no-search/file", 3000);
+    writeFile(tree / "write-search-only/file", 3000);
+    writeFile(tree / "top-file", 100);
+    const path neighbour = writeFile(home / "cache/neighbour/file", 100).parent_path();
+    // The removing user cannot see into the three locked folders before they are opened
+    // up, so what it measures as freed leaves their content out.
+    const std::int64_t unseen = testing::allocatedBytesBelow(tree / "a/secret") +
+                                testing::allocatedBytesBelow(tree / "no-search") +
+                                testing::allocatedBytesBelow(tree / "write-search-only");
+    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen;
+    ASSERT_GT(unseen, 0);
+    handOver();
+    for (const auto& entry : fs::recursive_directory_iterator(tree))
+        fs::permissions(entry.path(), entry.is_directory() ? fs::perms(0555) : fs::perms(0444));
+    fs::permissions(tree / "a/secret", fs::perms(0));
+    fs::permissions(tree / "no-search", fs::perms(0600));
+    fs::permissions(tree / "write-search-only", fs::perms(0300));
+    fs::permissions(tree, fs::perms(0555));
+    fs::permissions(neighbour, fs::perms(0555));
+
+    const auto run = testing::runUnprivileged(
+        [&] { return executor().execute({pathTarget("readonly", Family::devMisc, {tree})}); });
+    ASSERT_TRUE(run.report) << run.failure;
+    EXPECT_EQ(run.report->deleted, std::vector<std::string>{"readonly"});
+    EXPECT_TRUE(run.report->skipped.empty()) << texts(run.report->skipped)[0];
+    EXPECT_EQ(run.report->freedBytes, expected);
+    EXPECT_FALSE(present(tree));
+    // Only the removed tree had its bits changed.
+    EXPECT_EQ(modeOf(neighbour), 0555u);
+    EXPECT_EQ(modeOf(home / "cache"), 0755u);
+    EXPECT_TRUE(fs::exists(neighbour / "file"));
+}
+
+TEST_F(UnprivilegedRemovalTest, TheParentOfATargetIsNeverOpenedUp) {
+    const path locked = home / "cache/locked";
+    const path file = writeFile(locked / "item.log", 4000);
+    const path folder = writeFile(locked / "folder/inner", 4000).parent_path();
+    handOver();
+    fs::permissions(locked, fs::perms(0555));
+
+    const auto run = testing::runUnprivileged([&] {
+        return executor().execute({pathTarget("file", Family::devMisc, {file}),
+                                   pathTarget("folder", Family::devMisc, {folder})});
+    });
+    ASSERT_TRUE(run.report) << run.failure;
+    EXPECT_TRUE(run.report->deleted.empty());
+    // The folder's content could go (the folder is ours), the folder itself could not.
+    EXPECT_EQ(texts(run.report->skipped), (std::vector<std::string>{
+                                               "file: " + L10n::t("exec.skip.noPermission", "item.log"),
+                                               "folder: " + L10n::t("exec.skip.systemRemnant", "folder"),
+                                           }));
+    EXPECT_EQ(run.report->partial, std::vector<std::string>{"folder"});
+    EXPECT_EQ(modeOf(locked), 0555u);
+    EXPECT_TRUE(fs::exists(file));
+    EXPECT_TRUE(fs::is_directory(folder));
+    EXPECT_FALSE(present(folder / "inner"));
+}
+
+}  // namespace
+}  // namespace kelvo
