@@ -1,7 +1,13 @@
 #include "kelvo/PrepareRegistry.h"
 
+#include <limits>
+
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/Environment.h"
+#include "kelvo/InstalledApps.h"
+#include "kelvo/OldSimRuntimeDetector.h"
+#include "kelvo/OrphanedLeftoverDetector.h"
+#include "kelvo/UnusedAppDetector.h"
 #include "kelvo/platform/TextCase.h"
 
 namespace kelvo {
@@ -72,12 +78,48 @@ bool PrepareRegistry::isProtectedName(const std::string& name) {
     return protectedNames().contains(platform::lowercased(name));
 }
 
+std::chrono::system_clock::time_point PrepareRegistry::monthsBefore(std::chrono::system_clock::time_point now,
+                                                                   int months) {
+    using TimePoint = std::chrono::system_clock::time_point;
+    using Ticks = TimePoint::duration;
+    const double shiftSeconds = static_cast<double>(months) * -30.0 * 86400.0;
+    // The shift in clock ticks, and the sum, must both stay inside the clock's range.
+    const double shiftTicks = shiftSeconds * static_cast<double>(Ticks::period::den) / Ticks::period::num;
+    constexpr double tickLimit = 9.2e18;
+    if (shiftTicks <= -tickLimit) return TimePoint::min();
+    if (shiftTicks >= tickLimit) return TimePoint::max();
+    const auto shift = std::chrono::duration_cast<Ticks>(std::chrono::duration<double>(shiftSeconds));
+    using Limits = std::numeric_limits<Ticks::rep>;
+    const Ticks::rep base = now.time_since_epoch().count();
+    if (shift.count() < 0 && base < Limits::min() - shift.count()) return TimePoint::min();
+    if (shift.count() > 0 && base > Limits::max() - shift.count()) return TimePoint::max();
+    return now + shift;
+}
+
 std::vector<std::filesystem::path> PrepareRegistry::userAppDirs(const Environment& env) {
     return {"/Applications", env.home / "Applications"};
 }
 
 std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const Environment& env) {
     return CleanerRegistry::protectedPaths(env);
+}
+
+CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThanMonths,
+                                           std::chrono::system_clock::time_point now,
+                                           std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                                           const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
+                                           std::shared_ptr<const ProcessProbe> probe) {
+    // Listed afresh on every call, so each scan sees the applications installed at that moment.
+    std::set<std::string> installed;
+    for (auto& app : InstalledApps::scan(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home))))
+        installed.insert(std::move(app.bundleID));
+    return {
+        std::make_shared<OrphanedLeftoverDetector>(env.home, std::move(installed), protectedBundleIDs(),
+                                                   protectedNames()),
+        std::make_shared<UnusedAppDetector>(userAppDirs(env), env.home, olderThanMonths, now, std::move(metadata),
+                                            std::move(probe), protectedBundleIDs(), protectedNames()),
+        std::make_shared<OldSimRuntimeDetector>(std::move(simLister), olderThanMonths, now),
+    };
 }
 
 }  // namespace kelvo

@@ -29,6 +29,11 @@ std::optional<std::string> brandPrefix(const std::string& text);
 bool isProtectedBundleID(const std::string& bundleID);
 bool isProtectedName(const std::string& name);
 
+// The cut-off of the domain's age rule: now minus months of exactly 30 x 86,400 seconds,
+// formed in floating point (months x -30.0 x 86400.0). Month counts beyond the clock's
+// range give its earliest (or latest) instant rather than overflowing.
+std::chrono::system_clock::time_point monthsBefore(std::chrono::system_clock::time_point now, int months);
+
 // "/Applications" and home/Applications.
 std::vector<std::filesystem::path> userAppDirs(const Environment& env);
 std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env);

@@ -23,7 +23,13 @@ using RuntimeLister = std::function<std::vector<SimRuntime>()>;
 namespace SimRuntimeLister {
 // Runs `/usr/bin/xcrun simctl runtime list -j`; empty on any failure (no such tool here).
 std::vector<SimRuntime> live();
-// The tool's JSON: one object member per runtime; malformed members are skipped.
+// The tool's JSON: one object member per runtime, named by its identifier. Members that
+// are not objects are skipped; fields of the wrong type take their defaults ("sizeBytes"
+// must be a whole number that fits, "deletable" true or the number 1, "lastUsedAt" a date
+// parseDate accepts). Anything but a JSON object gives an empty list. The display name is
+// the platform found in "runtimeIdentifier" (watchOS, tvOS, visionOS, iOS, asked in that
+// order; iOS when none) and "version"; without a version, the runtime identifier with
+// "com.apple.CoreSimulator.SimRuntime." removed; without either, the member name.
 std::vector<SimRuntime> parse(const std::string& data);
 // RFC 3339 without fractional seconds ("2024-03-01T14:22:05Z", "+01:00" offsets).
 std::optional<std::chrono::system_clock::time_point> parseDate(const std::string& text);

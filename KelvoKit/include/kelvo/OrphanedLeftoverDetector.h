@@ -1,0 +1,54 @@
+#pragma once
+// Finds data that applications no longer installed left in the user's Library (support
+// folders, caches, containers, HTTP storage, logs, saved state, preference files) and
+// offers one target per bundle identifier, "leftover:<id>", in ascending identifier order.
+// Candidates are the names found one level deep in those seven places; protected
+// applications and vendors, identifiers an installed application accounts for, and
+// anything not shaped like a reverse-DNS identifier are never offered, nor is a candidate
+// whose locations together occupy nothing. The installed identifiers are the snapshot the
+// detector was built with; a scan never re-reads the installed applications.
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "kelvo/Cleaner.h"
+
+namespace kelvo {
+
+class OrphanedLeftoverDetector final : public Cleaner {
+public:
+    OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,
+                             std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames);
+
+    const std::string& id() const override { return id_; }
+    const std::string& name() const override { return name_; }
+    Family family() const override { return Family::appLeftovers; }
+    std::vector<CleanTarget> scan(const ScanContext& context) const override;
+    using Cleaner::scan;
+
+    // True for an identifier that must never be offered: a protected one, a sub-component
+    // of one, one of a protected vendor (brand prefix), or one whose last piece, lower-cased,
+    // is a protected application name.
+    bool isProtected(const std::string& bundleID) const;
+
+    const std::filesystem::path& home() const { return home_; }
+    const std::set<std::string>& installedBundleIDs() const { return installedBundleIDs_; }
+    const std::set<std::string>& protectedBundleIDs() const { return protectedBundleIDs_; }
+    const std::set<std::string>& protectedNames() const { return protectedNames_; }
+
+private:
+    // Names in the seven Library places that may be bundle identifiers (extensions of
+    // preference files and saved states dropped), sorted and without repeats.
+    std::set<std::string> collectCandidateBundleIDs() const;
+
+    std::string id_ = "app-leftovers";
+    std::string name_ = "Restos de apps desinstaladas";
+    std::filesystem::path home_;
+    std::set<std::string> installedBundleIDs_;
+    std::set<std::string> protectedBundleIDs_;
+    std::set<std::string> protectedNames_;  // lower case
+    std::set<std::string> protectedBrandPrefixes_;
+};
+
+}  // namespace kelvo

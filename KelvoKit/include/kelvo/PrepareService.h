@@ -1,0 +1,45 @@
+#pragma once
+// The prepare domain's facade: scans with the three prepare detectors (leftovers of
+// removed applications, unused applications, old simulator runtimes) through the scanner,
+// and carries out a clean of chosen targets through an executor behind a guard whose
+// allowed roots are the home, "/Applications" and, when a Flutter SDK is known, its bin
+// folder; unlike the clean domain the temporary directory is not among them. Immutable:
+// `now` is fixed when the service is built, so a new cut-off needs a new service.
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "kelvo/AppMetadata.h"
+#include "kelvo/CleanTarget.h"
+#include "kelvo/Environment.h"
+#include "kelvo/ExecutionReport.h"
+#include "kelvo/Executor.h"
+#include "kelvo/ProcessProbe.h"
+#include "kelvo/SafetyGuard.h"
+#include "kelvo/Scanner.h"
+#include "kelvo/SimRuntime.h"
+
+namespace kelvo {
+
+struct PrepareService {
+    Environment env;
+    std::shared_ptr<const ProcessProbe> probe;
+    CommandRunner runCommand = &Executor::shell;
+    int olderThanMonths = 6;
+    std::chrono::system_clock::time_point now;
+    std::shared_ptr<const AppMetadata> metadata;
+    RuntimeLister simLister = &SimRuntimeLister::live;
+    // Where installed applications are looked for; nothing means the standard folders.
+    std::optional<std::vector<std::filesystem::path>> appIndexDirs;
+
+    // The three detectors, built afresh (the installed applications are listed each time).
+    CleanerList preparers() const;
+    // Unsorted, unselected targets; nothing when the scan was stopped.
+    std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
+    SafetyGuard guard() const;
+    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
+};
+
+}  // namespace kelvo

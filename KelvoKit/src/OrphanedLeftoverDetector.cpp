@@ -1,0 +1,105 @@
+#include "kelvo/OrphanedLeftoverDetector.h"
+
+#include <array>
+#include <string_view>
+
+#include "kelvo/AppData.h"
+#include "kelvo/L10n.h"
+#include "kelvo/Paths.h"
+#include "kelvo/PrepareRegistry.h"
+#include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/TextCase.h"
+
+namespace kelvo {
+namespace {
+
+// Places whose entries are named after the bundle identifier as they are.
+constexpr std::array<std::string_view, 5> plainPlaces{
+    "Library/Application Support", "Library/Caches", "Library/Containers", "Library/HTTPStorages", "Library/Logs",
+};
+
+std::string lastNonEmptyPiece(const std::string& text) {
+    std::string last;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        const auto dot = text.find('.', start);
+        const auto end = dot == std::string::npos ? text.size() : dot;
+        if (end > start) last = text.substr(start, end - start);
+        if (dot == std::string::npos) break;
+        start = dot + 1;
+    }
+    return last;
+}
+
+}  // namespace
+
+OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,
+                                                   std::set<std::string> protectedBundleIDs,
+                                                   std::set<std::string> protectedNames)
+    : home_(std::move(home)),
+      installedBundleIDs_(std::move(installedBundleIDs)),
+      protectedBundleIDs_(std::move(protectedBundleIDs)),
+      protectedNames_(std::move(protectedNames)) {
+    for (const auto& bundleID : protectedBundleIDs_)
+        if (auto prefix = PrepareRegistry::brandPrefix(bundleID)) protectedBrandPrefixes_.insert(std::move(*prefix));
+}
+
+bool OrphanedLeftoverDetector::isProtected(const std::string& bundleID) const {
+    if (protectedBundleIDs_.contains(bundleID)) return true;
+    for (const auto& protectedID : protectedBundleIDs_)
+        if (bundleID.starts_with(protectedID + ".")) return true;
+    if (const auto prefix = PrepareRegistry::brandPrefix(bundleID); prefix && protectedBrandPrefixes_.contains(*prefix))
+        return true;
+    const std::string last = lastNonEmptyPiece(bundleID);
+    return !last.empty() && protectedNames_.contains(platform::lowercased(last));
+}
+
+std::set<std::string> OrphanedLeftoverDetector::collectCandidateBundleIDs() const {
+    std::set<std::string> candidates;
+    const auto collect = [&](std::string_view place, std::string_view extension) {
+        const auto entries = platform::listDirectory(home_ / place, true);
+        if (!entries) return;
+        for (const auto& entry : *entries) {
+            if (extension.empty()) {
+                candidates.insert(entry.name);
+            } else if (Paths::extensionOf(entry.name) == extension) {
+                candidates.insert(entry.name.substr(0, entry.name.size() - extension.size() - 1));
+            }
+        }
+    };
+    for (const auto place : plainPlaces) collect(place, "");
+    collect("Library/Preferences", "plist");
+    collect("Library/Saved Application State", "savedState");
+    return candidates;
+}
+
+std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& context) const {
+    std::vector<CleanTarget> targets;
+    // Cheap string rules first; only identifiers that pass them touch the file system again.
+    for (const auto& bundleID : collectCandidateBundleIDs()) {
+        if (context.stop.stop_requested()) return {};
+        if (isProtected(bundleID)) continue;
+        if (!AppData::isOrphanBundleID(bundleID, installedBundleIDs_)) continue;
+        auto locations = AppData::leftoverPaths(bundleID, home_);
+        if (locations.empty()) continue;
+        std::int64_t total = 0;
+        for (const auto& location : locations) total += context.sizer.measure(location).bytes;
+        if (total <= 0) continue;
+        targets.push_back(CleanTarget{
+            .id = "leftover:" + bundleID,
+            .name = L10n::t("cleaner.leftover.target", bundleID),
+            .family = Family::appLeftovers,
+            .kind = CleanKind::paths(std::move(locations)),
+            .sizeBytes = total,
+            .reversibility = Reversibility::regenerable,
+            .regenCost = RegenCost::redownload,
+            .level = Level::moderate,
+            .notes = "App no instalada; datos sobrantes.",
+        });
+    }
+    // A walk cut short by the stop request measured too little; such a scan publishes nothing.
+    if (context.stop.stop_requested()) return {};
+    return targets;
+}
+
+}  // namespace kelvo

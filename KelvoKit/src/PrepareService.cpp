@@ -1,0 +1,27 @@
+#include "kelvo/PrepareService.h"
+
+#include "kelvo/PrepareRegistry.h"
+
+namespace kelvo {
+
+CleanerList PrepareService::preparers() const {
+    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe);
+}
+
+std::optional<std::vector<CleanTarget>> PrepareService::scan(const ScanOptions& options) const {
+    return Scanner(preparers()).scan(options);
+}
+
+SafetyGuard PrepareService::guard() const {
+    std::vector<std::filesystem::path> roots{env.home, "/Applications"};
+    if (env.flutterBinCache) roots.push_back(env.flutterBinCache->parent_path());
+    return SafetyGuard{env.home, std::move(roots), PrepareRegistry::prepareProtectedPaths(env),
+                       env.resolvedExtraExclusions()};
+}
+
+ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
+    const Executor executor{guard(), dryRun, force, probe, runCommand};
+    return executor.execute(targets);
+}
+
+}  // namespace kelvo

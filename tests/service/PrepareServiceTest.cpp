@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include "support/AppBundle.h"
+#include "support/Instants.h"
+#include "support/TempDir.h"
+#include "kelvo/L10n.h"
+#include "kelvo/PrepareRegistry.h"
+#include "kelvo/PrepareService.h"
+
+namespace kelvo {
+namespace {
+
+using testing::TempDir;
+using testing::utc;
+
+struct CommandLog {
+    std::vector<std::string> lines;
+};
+
+PrepareService serviceFor(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
+                          std::shared_ptr<CommandLog> log = std::make_shared<CommandLog>(),
+                          std::vector<std::string> running = {}) {
+    Environment env;
+    env.home = home;
+    env.tmpDir = tmpDir;
+    return PrepareService{
+        env,
+        std::make_shared<StubProcessProbe>(running),
+        [log](const std::string& line) {
+            log->lines.push_back(line);
+            return 0;
+        },
+        6,
+        utc(2025, 7, 1),
+        std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{{"Old.app", utc(2024, 1, 1)}}),
+        [] { return std::vector<SimRuntime>{{"R1", "iOS 16.0", 5000, true, utc(2024, 1, 1)}}; },
+        std::nullopt,
+    };
+}
+
+std::set<std::string> idsOf(const std::vector<CleanTarget>& targets) {
+    std::set<std::string> ids;
+    for (const auto& target : targets) ids.insert(target.id);
+    return ids;
+}
+
+TEST(PrepareService, ScanRunsTheThreeDetectorsThroughTheScanner) {
+    TempDir root;
+    const auto home = root / "home";
+    testing::makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
+    testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
+    testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096);
+    const auto targets = serviceFor(home, root / "tmp").scan();
+    ASSERT_TRUE(targets);
+    // The installed application's data goes with the application, not as a leftover.
+    EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Editor", "sim-runtime:R1"}));
+}
+
+TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
+    TempDir root;
+    const auto home = root / "home";
+    testing::makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
+    testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
+    testing::writeFile(home / "Library/Logs/com.x.Old/log", 4096);
+    auto service = serviceFor(home, root / "tmp");
+    service.appIndexDirs = std::vector<std::filesystem::path>{};
+    const auto targets = service.scan();
+    ASSERT_TRUE(targets);
+    // Both detectors claim the data; the scanner gives each shared path to the smaller id,
+    // so the leftover target is left with nothing and dropped.
+    EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
+}
+
+TEST(PrepareService, GuardAllowsHomeAndApplicationsButNotTheTemporaryDirectory) {
+    const auto service = serviceFor("/home/u", "/var/tmp/u");
+    auto guard = service.guard();
+    EXPECT_EQ(guard.home, "/home/u");
+    EXPECT_EQ(guard.allowedRoots, (std::vector<std::filesystem::path>{"/home/u", "/Applications"}));
+    EXPECT_EQ(guard.protectedPaths, PrepareRegistry::prepareProtectedPaths(service.env));
+    EXPECT_TRUE(guard.isDeletable("/Applications/Old.app"));
+    EXPECT_FALSE(guard.isDeletable("/var/tmp/u/leftover"));
+
+    auto withFlutter = service;
+    withFlutter.env.flutterBinCache = "/opt/flutter/bin/cache";
+    EXPECT_EQ(withFlutter.guard().allowedRoots,
+              (std::vector<std::filesystem::path>{"/home/u", "/Applications", "/opt/flutter/bin"}));
+}
+
+TEST(PrepareService, CleanRemovesInsideHomeAndRefusesTheTemporaryDirectory) {
+    TempDir root;
+    const auto home = root / "home";
+    const auto tmp = root / "tmp";
+    const auto leftover = testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096).parent_path();
+    const auto kept = testing::writeFile(home / "Library/Caches/com.kept.App/db", 4096);
+    const auto inTmp = testing::writeFile(tmp / "com.gone.Editor/db", 4096).parent_path();
+    const CleanTarget inHome{.id = "leftover:com.gone.Editor", .family = Family::appLeftovers,
+                             .kind = CleanKind::paths({leftover}), .sizeBytes = 4096};
+    const CleanTarget outside{.id = "leftover:com.tmp.Thing", .family = Family::appLeftovers,
+                              .kind = CleanKind::paths({inTmp}), .sizeBytes = 4096};
+
+    const auto service = serviceFor(home, tmp);
+    const auto dryRun = service.clean({inHome, outside}, true, false);
+    EXPECT_EQ(dryRun.deleted, (std::vector<std::string>{"leftover:com.gone.Editor"}));
+    EXPECT_EQ(dryRun.freedBytes, 4096);
+    EXPECT_TRUE(std::filesystem::exists(leftover / "db"));
+
+    const auto report = service.clean({inHome, outside}, false, false);
+    EXPECT_EQ(report.deleted, (std::vector<std::string>{"leftover:com.gone.Editor"}));
+    ASSERT_EQ(report.skipped.size(), 1u);
+    EXPECT_EQ(report.skipped[0], (ReportEntry{"leftover:com.tmp.Thing", L10n::t("exec.skip.protectedPath", inTmp.string())}));
+    EXPECT_FALSE(std::filesystem::exists(leftover));
+    EXPECT_TRUE(std::filesystem::exists(kept));
+    EXPECT_TRUE(std::filesystem::exists(inTmp / "db"));
+}
+
+TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
+    TempDir root;
+    auto log = std::make_shared<CommandLog>();
+    const auto service = serviceFor(root / "home", root / "tmp", log, {"Simulator"});
+    const CleanTarget runtime{.id = "sim-runtime:R1", .family = Family::simulators,
+                              .kind = CleanKind::command("xcrun simctl runtime delete R1"), .sizeBytes = 5000};
+
+    const auto guarded = service.clean({runtime}, false, false);
+    EXPECT_EQ(guarded.skipped, (std::vector<ReportEntry>{{"sim-runtime:R1", L10n::t("exec.skip.processRunning", std::string("Simulator"))}}));
+    EXPECT_TRUE(log->lines.empty());
+
+    const auto forced = service.clean({runtime}, false, true);
+    EXPECT_EQ(forced.deleted, (std::vector<std::string>{"sim-runtime:R1"}));
+    EXPECT_EQ(forced.freedUnknown, (std::vector<std::string>{"sim-runtime:R1"}));
+    EXPECT_EQ(log->lines, (std::vector<std::string>{"xcrun simctl runtime delete R1"}));
+}
+
+}  // namespace
+}  // namespace kelvo
