@@ -39,6 +39,7 @@ std::filesystem::path makeBundle(const std::filesystem::path& folder, const std:
 class RunningProgram {
 public:
     explicit RunningProgram(const std::filesystem::path& executable) {
+        std::filesystem::create_directories(executable.parent_path());
         std::filesystem::copy_file("/bin/sleep", executable);
         std::string program = executable.string();
         std::string seconds = "120";
@@ -84,8 +85,9 @@ TEST(PrepareEndToEnd, OffersAndRemovesOnlyTheOldAppAndTheLeftoversOfAnUninstalle
 
     const auto scan = testing::runTool({"prepare", "--json"}, environment);
     ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
+    const auto document = nlohmann::json::parse(scan.standardOutput);
     std::set<std::string> ids;
-    for (const auto& target : nlohmann::json::parse(scan.standardOutput)["targets"]) ids.insert(target["id"]);
+    for (const auto& target : document["targets"]) ids.insert(target["id"]);
     EXPECT_EQ(ids, (std::set<std::string>{"app:com.example.OldTool", "leftover:com.gone.Editor"}));
 
     const auto clean = testing::runTool(

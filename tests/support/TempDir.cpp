@@ -81,7 +81,7 @@ std::string listing(const std::filesystem::path& directory) {
     std::error_code error;
     for (auto it = std::filesystem::recursive_directory_iterator(directory, error);
          !error && it != std::filesystem::recursive_directory_iterator(); it.increment(error)) {
-        std::string line = std::filesystem::relative(it->path(), directory).string();
+        std::string line = it->path().lexically_relative(directory).string();
         if (it->is_directory(error) && !it->is_symlink(error)) line += "/";
         lines.push_back(line);
     }
