@@ -18,9 +18,14 @@ shared_dir() {
   return 1
 }
 
-# Builds the fake home at scale 1.0 once and prints its path.
+# Builds the fake home at scale 1.0 and prints its path. Its ages are relative to the day it
+# was made (caches 40 days old, one node_modules a day old), so a home older than a day is
+# made again rather than reused.
 fake_home() {
-  local home=$out_dir/fake-home
+  local home=$out_dir/fake-home manifest=$out_dir/fake-home.manifest.json
+  if [ -d "$home" ] && [ -z "$(find "$manifest" -mmin -1440 2>/dev/null)" ]; then
+    chmod -R u+rwx "$home" && rm -rf "$home" "$manifest"
+  fi
   if [ ! -d "$home" ]; then
     mkdir -p "$out_dir"
     python3 "$(shared_dir)/bench/make_fake_home.py" "$home" --scale "${SCALE:-1.0}" >&2
@@ -53,31 +58,6 @@ can_drop_caches() { [ -w /proc/sys/vm/drop_caches ] && sync && echo 3 >/proc/sys
 
 drop_caches() { sync; echo 3 >/proc/sys/vm/drop_caches; }
 
-# report_ratio LABEL RUNS SUBJECT BASELINE SUBJECT_NAME BASELINE_NAME: warm runs, alternating.
-report_ratio() {
-  local label=$1 runs=$2 subject=$3 baseline=$4 subject_name=$5 baseline_name=$6
-  "$subject" >/dev/null; "$baseline" >/dev/null  # warm the cache
-  local subject_times=() baseline_times=()
-  for _ in $(seq "$runs"); do
-    subject_times+=("$(time_ms "$subject")")
-    baseline_times+=("$(time_ms "$baseline")")
-  done
-  print_ratio "$label" "$subject_name" "$baseline_name" \
-    "$(printf '%s\n' "${subject_times[@]}" | median)" "$(printf '%s\n' "${baseline_times[@]}" | median)"
-}
-
-# report_ratio_cold RUNS SUBJECT BASELINE SUBJECT_NAME BASELINE_NAME: page cache dropped before each run.
-report_ratio_cold() {
-  local runs=$1 subject=$2 baseline=$3 subject_name=$4 baseline_name=$5
-  local subject_times=() baseline_times=()
-  for _ in $(seq "$runs"); do
-    drop_caches; subject_times+=("$(time_ms "$subject")")
-    drop_caches; baseline_times+=("$(time_ms "$baseline")")
-  done
-  print_ratio "cold" "$subject_name" "$baseline_name" \
-    "$(printf '%s\n' "${subject_times[@]}" | median)" "$(printf '%s\n' "${baseline_times[@]}" | median)"
-}
-
 # alternating_medians warm|cold RUNS FUNCTION...: runs the functions in turn, RUNS rounds
 # (warm: after one round to fill the cache; cold: the page cache dropped before each run),
 # and prints each one's median wall time in milliseconds, in the order given.
@@ -100,13 +80,20 @@ alternating_medians() {
   echo "${medians[*]}"
 }
 
-print_ratio() {
-  local label=$1 subject_name=$2 baseline_name=$3 subject_ms=$4 baseline_ms=$5
-  awk -v l="$label" -v s="$subject_name" -v b="$baseline_name" -v st="$subject_ms" -v bt="$baseline_ms" \
-    'BEGIN { printf "%s cache: %s %d ms, %s %d ms, ratio %.2f\n", l, s, st, b, bt, (bt > 0 ? st / bt : 0) }'
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
+
+# verdict LABEL VALUE LIMIT: prints "met" when VALUE <= LIMIT, else "MISSED" and sets failed=1.
+failed=0
+verdict() {
+  if awk -v v="$2" -v l="$3" 'BEGIN { exit !(v <= l) }'; then
+    echo "  $1: met"
+  else
+    echo "  $1: MISSED"
+    failed=1
+  fi
 }
 
 # Prints the peak resident memory of a command in KiB.
 peak_memory_kib() {
-  /usr/bin/time -f '%M' "$@" 2>&1 >/dev/null | tail -n 1
+  /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F': ' '/Maximum resident set size/ { print $2 }'
 }

@@ -15,23 +15,10 @@ home=$(fake_home)
 kelvo=$(kelvo_binary)
 runs=${RUNS:-5}
 cold_runs=${COLD_RUNS:-3}
-failed=0
 
 kelvo_size() { "$kelvo" size "$home" >/dev/null; }
 du_size() { du -sl "$home" >/dev/null 2>&1 || true; }
 gdu_size() { gdu -n -p -s "$home" >/dev/null 2>&1 || true; }
-
-# verdict LABEL VALUE LIMIT: "met" when VALUE <= LIMIT.
-verdict() {
-  if awk -v v="$2" -v l="$3" 'BEGIN { exit !(v <= l) }'; then
-    echo "  $1: met"
-  else
-    echo "  $1: MISSED"
-    failed=1
-  fi
-}
-
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
 
 # report LABEL KELVO_MS DU_MS GDU_MS TARGET
 report() {
@@ -66,7 +53,7 @@ else
   echo "cold cache: skipped (cannot drop the page cache on this machine)"
 fi
 
-peak_kib=$(/usr/bin/time -v "$kelvo" size "$home" 2>&1 >/dev/null | awk -F': ' '/Maximum resident set size/ { print $2 }')
+peak_kib=$(peak_memory_kib "$kelvo" size "$home")
 echo "kelvo size peak memory: $((peak_kib / 1024)) MiB ($peak_kib KiB; target < 32 MiB)"
 verdict "peak memory" "$peak_kib" $((32 * 1024 - 1))
 

@@ -13,7 +13,7 @@ namespace kelvo {
 namespace {
 
 using platform::DirectoryHandle;
-using platform::EntryInfo;
+using platform::EntryType;
 
 constexpr double secondsPerDay = 86400.0;
 
@@ -34,12 +34,12 @@ struct Listing {
 
     static Listing of(const DirectoryHandle& directory, bool keepNames) {
         Listing listing;
-        listing.failed = static_cast<bool>(directory.forEachEntry([&](const EntryInfo& entry) {
+        listing.failed = static_cast<bool>(directory.forEachName([&](std::string_view name, EntryType type) {
             if (keepNames) {
-                listing.names.append(entry.name);
+                listing.names.append(name);
                 listing.names.push_back('\0');
             }
-            if (entry.isDirectory && !entry.statFailed) listing.subdirectories.emplace_back(entry.name);
+            if (type == EntryType::directory) listing.subdirectories.emplace_back(name);
             return true;
         }));
         return listing;
@@ -88,12 +88,12 @@ bool hasRequiredSiblings(const std::vector<std::string>& patterns, const Listing
 bool treeHoldsProtectedOutput(const DirectoryHandle& directory) {
     std::vector<std::string> subdirectories;
     bool found = false;
-    directory.forEachEntry([&](const EntryInfo& entry) {
-        if (isProtectedOutputName(entry.name)) {
+    directory.forEachName([&](std::string_view name, EntryType type) {
+        if (isProtectedOutputName(name)) {
             found = true;
             return false;
         }
-        if (entry.isDirectory) subdirectories.emplace_back(entry.name);
+        if (type == EntryType::directory) subdirectories.emplace_back(name);
         return true;
     });
     if (found) return true;
@@ -111,13 +111,13 @@ bool containsProtectedArtifact(const DirectoryHandle& directory, const std::file
     std::vector<std::string> subdirectories;
     std::vector<std::string> links;
     bool found = false;
-    directory.forEachEntry([&](const EntryInfo& entry) {
-        if (isProtectedOutputName(entry.name)) {
+    directory.forEachName([&](std::string_view name, EntryType type) {
+        if (isProtectedOutputName(name)) {
             found = true;
             return false;
         }
-        if (entry.isSymlink) links.emplace_back(entry.name);
-        else if (entry.isDirectory) subdirectories.emplace_back(entry.name);
+        if (type == EntryType::symlink) links.emplace_back(name);
+        else if (type == EntryType::directory) subdirectories.emplace_back(name);
         return true;
     });
     if (found) return true;

@@ -12,6 +12,8 @@
 #include <memory>
 #include <mutex>
 
+#include "StatusFields.h"
+
 #if defined(__linux__)
 #include <sys/syscall.h>
 #endif
@@ -35,18 +37,6 @@ std::optional<std::int64_t> allocatedBytesOrError(int result, const struct stat&
     return allocatedBytesOf(status);
 }
 
-void fillFromStatus(EntryInfo& info, int parentFd, const char* name) {
-    struct stat status {};
-    if (::fstatat(parentFd, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        info.statFailed = true;
-        return;
-    }
-    info.isDirectory = S_ISDIR(status.st_mode);
-    info.isSymlink = S_ISLNK(status.st_mode);
-    info.allocatedBytes = allocatedBytesOf(status);
-    info.permissionBits = static_cast<unsigned>(status.st_mode & 07777);
-}
-
 // Copies a child's name into a buffer of NAME_MAX + 1 bytes with its terminating zero, so
 // opening or reading a child allocates nothing. Fails for a name no directory can hold.
 std::error_code copyName(std::string_view name, char* buffer) {
@@ -60,6 +50,14 @@ std::error_code copyName(std::string_view name, char* buffer) {
 
 bool isDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+// The type a directory records for an entry; where it records none, the entry's own status.
+EntryType entryType(int directoryFd, const char* name, unsigned char recordedType) {
+    if (auto type = entryTypeFromRecord(recordedType)) return *type;
+    struct stat status {};
+    return ::fstatat(directoryFd, name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? entryTypeFromMode(status.st_mode)
+                                                                          : EntryType::other;
 }
 
 }  // namespace
@@ -190,50 +188,17 @@ std::error_code readEntries(int fd, OnEntry&& onEntry) {
     }
 }
 
-std::optional<EntryType> typeFromDirent(unsigned char type) {
-    switch (type) {
-        case DT_DIR: return EntryType::directory;
-        case DT_REG: return EntryType::file;
-        case DT_LNK: return EntryType::symlink;
-        case DT_UNKNOWN: return std::nullopt;
-        default: return EntryType::other;
-    }
-}
-
-EntryType typeFromMode(mode_t mode) {
-    if (S_ISDIR(mode)) return EntryType::directory;
-    if (S_ISREG(mode)) return EntryType::file;
-    if (S_ISLNK(mode)) return EntryType::symlink;
-    return EntryType::other;
-}
-
 }  // namespace
-
-std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const {
-    rewindIfListed();
-    return readEntries(fd_, [&](const LinuxDirent& entry) {
-        EntryInfo info;
-        info.name = entry.name;
-        fillFromStatus(info, fd_, entry.name);
-        return visit(info);
-    });
-}
 
 std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor visitor) const {
     rewindIfListed();
     return readEntries(fd_, [&](const LinuxDirent& entry) {
-        auto type = typeFromDirent(entry.type);
-        if (!type) {
-            // The file system does not record types in its directories: ask the entry.
-            struct stat status {};
-            type = ::fstatat(fd_, entry.name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? typeFromMode(status.st_mode)
-                                                                                : EntryType::other;
-        }
-        return visitor(target, entry.name, *type);
+        return visitor(target, entry.name, entryType(fd_, entry.name, entry.type));
     });
 }
 #else
-std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const {
+// Elsewhere a DIR stream over a duplicate of the descriptor, so the handle keeps its own.
+std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor visitor) const {
     const int copy = ::dup(fd_);
     if (copy < 0) return lastError();
     DIR* directory = ::fdopendir(copy);
@@ -252,50 +217,20 @@ std::error_code DirectoryHandle::forEachEntry(const std::function<bool(const Ent
             break;
         }
         if (isDotOrDotDot(entry->d_name)) continue;
-        EntryInfo info;
-        info.name = entry->d_name;
-        fillFromStatus(info, fd_, entry->d_name);
-        if (!visit(info)) break;
+        if (!visitor(target, entry->d_name, entryType(fd_, entry->d_name, entry->d_type))) break;
     }
     ::closedir(directory);
     return error;
-}
-
-std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor visitor) const {
-    return forEachEntry([&](const EntryInfo& entry) {
-        const EntryType type = entry.isDirectory ? EntryType::directory
-                               : entry.isSymlink ? EntryType::symlink
-                                                 : EntryType::file;
-        return visitor(target, entry.name, type);
-    });
 }
 #endif
 
 std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModificationTime(
     std::string_view name) const {
-    const std::string childName(name);
+    char childName[NAME_MAX + 1];
+    if (copyName(name, childName)) return std::nullopt;
     struct stat status {};
-    if (::fstatat(fd_, childName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
-    using Clock = std::chrono::system_clock;
-    const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
-    return Clock::time_point(std::chrono::duration_cast<Clock::duration>(sinceEpoch));
-}
-
-std::error_code DirectoryHandle::removeChild(std::string_view name, bool isDirectory) const {
-    const std::string childName(name);
-    if (::unlinkat(fd_, childName.c_str(), isDirectory ? AT_REMOVEDIR : 0) != 0) return lastError();
-    return {};
-}
-
-std::optional<unsigned> DirectoryHandle::permissionBits() const {
-    struct stat status {};
-    if (::fstat(fd_, &status) != 0) return std::nullopt;
-    return static_cast<unsigned>(status.st_mode & 07777);
-}
-
-std::error_code DirectoryHandle::setPermissionBits(unsigned bits) const {
-    if (::fchmod(fd_, static_cast<mode_t>(bits)) != 0) return lastError();
-    return {};
+    if (::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    return modificationTimeOf(status);
 }
 
 void DirectoryHandle::rewindIfListed() const {

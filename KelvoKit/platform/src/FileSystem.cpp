@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 
+#include "StatusFields.h"
 #include "kelvo/Paths.h"
 
 namespace kelvo::platform {
@@ -18,28 +19,6 @@ std::optional<struct stat> statOf(const std::filesystem::path& path, bool follow
     const int result = followLinks ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
     if (result != 0) return std::nullopt;
     return status;
-}
-
-TimePoint toTimePoint(const struct timespec& time) {
-    return TimePoint(std::chrono::duration_cast<TimePoint::duration>(std::chrono::seconds(time.tv_sec) +
-                                                                      std::chrono::nanoseconds(time.tv_nsec)));
-}
-
-std::optional<EntryType> typeOf(unsigned char direntType) {
-    switch (direntType) {
-        case DT_DIR: return EntryType::directory;
-        case DT_REG: return EntryType::file;
-        case DT_LNK: return EntryType::symlink;
-        case DT_UNKNOWN: return std::nullopt;
-        default: return EntryType::other;
-    }
-}
-
-std::optional<EntryType> typeOf(mode_t mode) {
-    if (S_ISDIR(mode)) return EntryType::directory;
-    if (S_ISREG(mode)) return EntryType::file;
-    if (S_ISLNK(mode)) return EntryType::symlink;
-    return EntryType::other;
 }
 
 }  // namespace
@@ -66,10 +45,11 @@ std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::pat
         const std::string_view name = entry->d_name;
         if (name == "." || name == "..") continue;
         if (skipHidden && name.front() == '.') continue;
-        auto type = typeOf(entry->d_type);
+        auto type = entryTypeFromRecord(entry->d_type);
         if (!type) {
             struct stat status {};
-            if (::fstatat(::dirfd(directory), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) type = typeOf(status.st_mode);
+            if (::fstatat(::dirfd(directory), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+                type = entryTypeFromMode(status.st_mode);
         }
         entries.push_back({std::string(name), type});
     }
@@ -82,7 +62,7 @@ std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::pat
 std::optional<TimePoint> modificationTime(const std::filesystem::path& path, bool followLinks) {
     const auto status = statOf(path, followLinks);
     if (!status) return std::nullopt;
-    return toTimePoint(status->st_mtim);
+    return modificationTimeOf(*status);
 }
 
 std::int64_t allocatedSize(const std::filesystem::path& path) {

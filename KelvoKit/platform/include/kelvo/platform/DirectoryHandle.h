@@ -1,12 +1,11 @@
 #pragma once
-// An open directory, held by file descriptor. Children are opened and removed relative to
-// it (openat/unlinkat with O_NOFOLLOW), so a walk or a removal that starts here can never
-// be redirected by a symbolic link, not even one swapped in while it runs, and works at
-// any depth, past PATH_MAX. The handle owns its descriptor and closes it when destroyed.
+// An open directory, held by file descriptor, for walks that read. Children are opened
+// relative to it (openat with O_NOFOLLOW), so a walk that starts here can never be
+// redirected by a symbolic link, not even one swapped in while it runs, and works at any
+// depth, past PATH_MAX. The handle owns its descriptor and closes it when destroyed.
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,15 +15,6 @@
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo::platform {
-
-struct EntryInfo {
-    std::string_view name;      // valid only during the callback
-    bool isDirectory = false;   // the entry itself, links not followed
-    bool isSymlink = false;
-    bool statFailed = false;    // the entry vanished or could not be read: bytes are 0
-    std::int64_t allocatedBytes = 0;
-    unsigned permissionBits = 0;
-};
 
 class DirectoryHandle {
 public:
@@ -41,24 +31,12 @@ public:
     DirectoryHandle& operator=(const DirectoryHandle&) = delete;
     ~DirectoryHandle();
 
-    // Calls back once per entry ("." and ".." left out) with its type and allocated size,
-    // read without following links. Stops early when the callback returns false. The
-    // error is that of reading the directory itself (a failed entry only sets statFailed).
-    std::error_code forEachEntry(const std::function<bool(const EntryInfo&)>& visit) const;
     // The content modification time of a child entry itself (a link is not followed);
-    // nothing when it cannot be read. Kept apart from forEachEntry so a walk reads dates
+    // nothing when it cannot be read. Kept apart from the listing so a walk reads dates
     // only for the few entries it cares about.
     std::optional<std::chrono::system_clock::time_point> childModificationTime(std::string_view name) const;
 
-    // Removes a child entry: a file or link with unlink, an (empty) directory with rmdir.
-    std::error_code removeChild(std::string_view name, bool isDirectory) const;
-    // The directory's own permission bits and their change. (Removing a file needs write
-    // permission on its directory only, so only directories ever need their bits changed.)
-    std::optional<unsigned> permissionBits() const;
-    std::error_code setPermissionBits(unsigned bits) const;
-
-    // The cheap half of a walk, for callers that need the status of only some entries:
-    // calls visit(name, type) once per entry ("." and ".." left out) with the type the
+    // Calls visit(name, type) once per entry ("." and ".." left out) with the type the
     // directory itself records, read without a status call per entry (one is made only
     // where the file system records no type). The name is valid only during the call.
     // Stops early when visit returns false; the error is that of reading the directory.
