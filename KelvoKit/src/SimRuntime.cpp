@@ -6,6 +6,7 @@
 #include <limits>
 #include <string_view>
 
+#include "DateText.h"
 #include "kelvo/platform/Process.h"
 
 namespace kelvo {
@@ -13,24 +14,6 @@ namespace {
 
 using TimePoint = std::chrono::system_clock::time_point;
 using Json = nlohmann::json;
-
-std::optional<int> digits(std::string_view text, std::size_t& position, std::size_t width) {
-    if (position + width > text.size()) return std::nullopt;
-    int value = 0;
-    for (std::size_t index = 0; index < width; ++index) {
-        const char character = text[position + index];
-        if (character < '0' || character > '9') return std::nullopt;
-        value = value * 10 + (character - '0');
-    }
-    position += width;
-    return value;
-}
-
-bool literal(std::string_view text, std::size_t& position, char expected) {
-    if (position >= text.size() || text[position] != expected) return false;
-    ++position;
-    return true;
-}
 
 const Json* member(const Json& object, const char* key) {
     const auto found = object.find(key);
@@ -125,47 +108,11 @@ std::vector<SimRuntime> SimRuntimeLister::parse(const std::string& data) {
 std::optional<TimePoint> SimRuntimeLister::parseDate(const std::string& text) {
     // RFC 3339's date-time: "2024-03-01T14:22:05Z" or with "+01:00"/"-05:30"; the whole
     // text must match, and fractional seconds are not part of the accepted form.
-    const std::string_view input = text;
-    std::size_t position = 0;
-    const auto year = digits(input, position, 4);
-    if (!year || !literal(input, position, '-')) return std::nullopt;
-    const auto month = digits(input, position, 2);
-    if (!month || !literal(input, position, '-')) return std::nullopt;
-    const auto day = digits(input, position, 2);
-    if (!day || !literal(input, position, 'T')) return std::nullopt;
-    const auto hour = digits(input, position, 2);
-    if (!hour || !literal(input, position, ':')) return std::nullopt;
-    const auto minute = digits(input, position, 2);
-    if (!minute || !literal(input, position, ':')) return std::nullopt;
-    const auto second = digits(input, position, 2);
-    if (!second || position >= input.size()) return std::nullopt;
-
-    int sign = 1;
-    int offsetHours = 0;
-    int offsetMinutes = 0;
-    if (input[position] == 'Z') {
-        ++position;
-    } else if (input[position] == '+' || input[position] == '-') {
-        sign = input[position++] == '-' ? -1 : 1;
-        const auto hours = digits(input, position, 2);
-        if (!hours || !literal(input, position, ':')) return std::nullopt;
-        const auto minutes = digits(input, position, 2);
-        if (!minutes) return std::nullopt;
-        offsetHours = *hours;
-        offsetMinutes = *minutes;
-    } else {
-        return std::nullopt;
-    }
-    if (position != input.size()) return std::nullopt;
-
-    const std::chrono::year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
-                                           std::chrono::day(static_cast<unsigned>(*day))};
-    if (!date.ok() || *hour > 23 || *minute > 59 || *second > 59 || offsetHours > 23 || offsetMinutes > 59)
-        return std::nullopt;
-    const auto offset = std::chrono::hours(offsetHours) + std::chrono::minutes(offsetMinutes);
-    const auto local = std::chrono::sys_days(date) + std::chrono::hours(*hour) + std::chrono::minutes(*minute) +
-                       std::chrono::seconds(*second);
-    return TimePoint(local - sign * offset);
+    DateText reader(text);
+    if (!reader.readDateAndTime('T')) return std::nullopt;
+    const auto offset = reader.literal('Z') ? std::chrono::minutes(0) : reader.zoneOffset(/*withColon=*/true);
+    if (!offset || !reader.atEnd()) return std::nullopt;
+    return reader.instant(*offset);
 }
 
 }  // namespace kelvo
