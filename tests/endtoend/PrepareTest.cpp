@@ -11,6 +11,7 @@
 #include <set>
 #include <sstream>
 
+#include "support/AppBundle.h"
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
 
@@ -22,19 +23,9 @@ namespace {
 using namespace std::chrono_literals;
 using testing::TempDir;
 using testing::writeFile;
-using testing::writeText;
 
 std::filesystem::path makeBundle(const std::filesystem::path& folder, const std::string& name, const std::string& bundleID) {
-    const auto bundle = folder / (name + ".app");
-    writeText(bundle / "Contents/Info.plist",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-              "<plist version=\"1.0\"><dict>\n"
-              "<key>CFBundleIdentifier</key><string>" + bundleID + "</string>\n"
-              "<key>CFBundleExecutable</key><string>" + name + "</string>\n"
-              "</dict></plist>\n");
-    writeFile(bundle / "Contents/Resources/data.bin", 30000);
-    return bundle;
+    return testing::makeApp(folder, name, {.bundleID = bundleID, .executable = name, .payloadBytes = 30000});
 }
 
 class RunningProgram {

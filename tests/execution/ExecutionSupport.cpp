@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "kelvo/L10n.h"
+#include "support/AppBundle.h"
 #include "support/TempDir.h"
 
 namespace kelvo::testing {
@@ -43,15 +44,19 @@ CleanTarget commandTarget(const std::string& id, Family family, const std::strin
 }
 
 void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable) {
-    writeText(bundle / "Contents/Info.plist",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-              "<plist version=\"1.0\"><dict>\n"
-              "<key>CFBundleIdentifier</key><string>" + bundleID + "</string>\n"
-              "<key>CFBundleExecutable</key><string>" + executable + "</string>\n"
-              "</dict></plist>\n");
+    writeInfoPlist(bundle, {{"CFBundleIdentifier", bundleID}, {"CFBundleExecutable", executable}});
     writeFile(bundle / "Contents/MacOS" / executable, 4096);
+}
+
+bool present(const std::filesystem::path& location) {
+    std::error_code error;
+    return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
+}
+
+std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
+    std::vector<std::string> result;
+    for (const auto& entry : entries) result.push_back(entry.id + ": " + entry.text);
+    return result;
 }
 
 void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group) {

@@ -40,6 +40,11 @@ struct RecordingRunner {
 // Writes a bundle's Contents/Info.plist with the given identifier and executable name.
 void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable);
 
+// Whether anything, a dangling link included, is at the location.
+bool present(const std::filesystem::path& location);
+// Each report entry as "id: text", for readable comparisons.
+std::vector<std::string> texts(const std::vector<ReportEntry>& entries);
+
 // Changes the owner of a tree (links themselves, never their targets).
 void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
 

@@ -20,18 +20,9 @@ using testing::TempDir;
 using testing::commandTarget;
 using testing::makeDirectory;
 using testing::pathTarget;
+using testing::present;
+using testing::texts;
 using testing::writeFile;
-
-bool present(const path& location) {
-    std::error_code error;
-    return fs::symlink_status(location, error).type() != fs::file_type::not_found;
-}
-
-std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
-    std::vector<std::string> result;
-    for (const auto& entry : entries) result.push_back(entry.id + ": " + entry.text);
-    return result;
-}
 
 // A home and a temporary folder as allowed roots, and a folder outside both.
 class ExecutorTest : public ::testing::Test {

@@ -9,6 +9,7 @@
 #include <climits>
 #include <filesystem>
 
+#include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
 #include "support/TempDir.h"
 
@@ -19,13 +20,9 @@ namespace fs = std::filesystem;
 using fs::path;
 using kelvo::testing::TempDir;
 using kelvo::testing::listing;
+using kelvo::testing::present;
 using kelvo::testing::makeDirectory;
 using kelvo::testing::writeFile;
-
-bool present(const path& location) {
-    std::error_code error;
-    return fs::symlink_status(location, error).type() != fs::file_type::not_found;
-}
 
 TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
     TempDir root;

@@ -19,23 +19,14 @@ using testing::TempDir;
 using testing::makeDirectory;
 using testing::nobodyId;
 using testing::pathTarget;
+using testing::present;
+using testing::texts;
 using testing::writeFile;
 
 unsigned modeOf(const path& location) {
     struct stat status {};
     if (::lstat(location.c_str(), &status) != 0) return 0;
     return status.st_mode & 07777;
-}
-
-bool present(const path& location) {
-    std::error_code error;
-    return fs::symlink_status(location, error).type() != fs::file_type::not_found;
-}
-
-std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
-    std::vector<std::string> result;
-    for (const auto& entry : entries) result.push_back(entry.id + ": " + entry.text);
-    return result;
 }
 
 class UnprivilegedRemovalTest : public ::testing::Test {
