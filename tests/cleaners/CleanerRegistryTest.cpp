@@ -4,8 +4,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -91,40 +89,6 @@ TEST(CleanerCatalog, FlutterEntryNamesTheCacheFromTheFileSystemRoot) {
     EXPECT_EQ(flutter->regenCost(), RegenCost::redownload);
 }
 
-TEST(CleanerCatalog, CountsByKindAndFamily) {
-    const auto cleaners = CleanerRegistry::makeCleaners(environment(true));
-    std::map<std::string, int> byKind;
-    std::map<Family, int> byFamily;
-    for (const auto& cleaner : cleaners) {
-        const auto* raw = cleaner.get();
-        if (dynamic_cast<const PathCleaner*>(raw)) ++byKind["path"];
-        else if (dynamic_cast<const CommandCleaner*>(raw)) ++byKind["command"];
-        else if (dynamic_cast<const VersionedDirCleaner*>(raw)) ++byKind["versioned"];
-        else if (dynamic_cast<const PerProjectCleaner*>(raw)) ++byKind["per-project"];
-        else ++byKind["other"];
-        ++byFamily[cleaner->family()];
-    }
-    EXPECT_EQ(byKind, (std::map<std::string, int>{{"path", 87}, {"command", 10}, {"versioned", 5}, {"per-project", 1}}));
-    const std::map<Family, int> expectedFamilies{
-        {Family::xcodeCore, 6},   {Family::simulators, 6},  {Family::cocoapods, 2},    {Family::flutterDart, 3},
-        {Family::androidGradle, 9}, {Family::jsPackages, 12}, {Family::devMisc, 19},   {Family::perProject, 1},
-        {Family::macosGeneral, 12}, {Family::docker, 2},     {Family::dotNet, 7},      {Family::reactNative, 2},
-        {Family::jvm, 8},         {Family::python, 3},      {Family::gameEngines, 2}, {Family::otherLangs, 9},
-    };
-    EXPECT_EQ(byFamily, expectedFamilies);  // so webBuild, appLeftovers and unusedApps have none
-
-    const auto without = CleanerRegistry::makeCleaners(environment(false));
-    EXPECT_EQ(std::count_if(without.begin(), without.end(),
-                            [](const auto& cleaner) { return cleaner->family() == Family::flutterDart; }),
-              2);
-}
-
-TEST(CleanerCatalog, IdsAreUnique) {
-    const auto ids = idsOf(CleanerRegistry::makeCleaners(environment(true)));
-    const std::set<std::string> unique(ids.begin(), ids.end());
-    EXPECT_EQ(unique.size(), ids.size());
-}
-
 TEST(CleanerCatalog, EveryEntryMatchesTheWrittenTable) {
     const auto env = environment(false);
     const auto cleaners = CleanerRegistry::makeCleaners(env);
@@ -174,14 +138,6 @@ TEST(CleanerCatalog, EveryEntryMatchesTheWrittenTable) {
             }
         }
     }
-}
-
-TEST(CleanerCatalog, CommandToolsAreTheFirstWords) {
-    std::vector<std::string> tools;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(environment(false)))
-        if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) tools.push_back(command->tool());
-    EXPECT_EQ(tools, (std::vector<std::string>{"xcrun", "bun", "pnpm", "brew", "docker", "docker", "dotnet", "rm",
-                                               "watchman", "conda"}));
 }
 
 TEST(CleanerCatalog, PerProjectEntryTakesTheEnvironmentAndTheArtefactTable) {

@@ -136,10 +136,5 @@ TEST(ProtectedApplications, IdentifiersVendorsAndNames) {
     EXPECT_FALSE(PrepareRegistry::isProtectedName(" safari"));
 }
 
-TEST(PrepareFolders, UserApplicationFolders) {
-    EXPECT_EQ(PrepareRegistry::userAppDirs(environmentAt("/home/u")),
-              (std::vector<std::filesystem::path>{"/Applications", "/home/u/Applications"}));
-}
-
 }  // namespace
 }  // namespace kelvo
