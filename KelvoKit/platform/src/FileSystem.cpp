@@ -21,6 +21,21 @@ std::optional<struct stat> statOf(const std::filesystem::path& path, bool follow
     return status;
 }
 
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+std::error_code writeAll(int fd, const std::string& content) {
+    std::size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return lastError();
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    return {};
+}
+
 }  // namespace
 
 bool exists(const std::filesystem::path& path) { return statOf(path, true).has_value(); }
@@ -134,19 +149,34 @@ std::optional<std::string> readFile(const std::filesystem::path& path) {
 
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return {errno, std::generic_category()};
-    std::size_t written = 0;
-    while (written < content.size()) {
-        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
-        if (count < 0) {
-            if (errno == EINTR) continue;
-            const std::error_code error{errno, std::generic_category()};
-            ::close(fd);
-            return error;
-        }
-        written += static_cast<std::size_t>(count);
+    if (fd < 0) return lastError();
+    if (auto error = writeAll(fd, content)) {
+        ::close(fd);
+        return error;
     }
-    if (::close(fd) != 0) return {errno, std::generic_category()};
+    if (::close(fd) != 0) return lastError();
+    return {};
+}
+
+std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content) {
+    std::string temporary = path.string() + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return lastError();
+    std::error_code error = writeAll(fd, content);
+    if (!error && ::fsync(fd) != 0) error = lastError();
+    if (::close(fd) != 0 && !error) error = lastError();
+    if (!error && ::rename(temporary.c_str(), path.c_str()) != 0) error = lastError();
+    if (error) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    // The new name is durable only once the directory that holds it is flushed.
+    const auto parent = path.parent_path().empty() ? std::filesystem::path(".") : path.parent_path();
+    const int directory = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory >= 0) {
+        ::fsync(directory);
+        ::close(directory);
+    }
     return {};
 }
 

@@ -27,6 +27,11 @@ std::filesystem::path homeDirectory() {
     return "/";
 }
 
+std::filesystem::path stateHome() {
+    if (auto state = variable("XDG_STATE_HOME"); state && state->front() == '/') return *state;
+    return homeDirectory() / ".local/state";
+}
+
 std::filesystem::path temporaryDirectory() {
     if (auto directory = variable("TMPDIR")) return *directory;
     return "/tmp";

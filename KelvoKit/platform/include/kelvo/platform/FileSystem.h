@@ -47,6 +47,10 @@ std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& pa
 std::optional<std::string> readFile(const std::filesystem::path& path);
 // Writes in place (no temporary file), replacing earlier content.
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content);
+// Replaces the file whole or not at all, even across a crash: the content goes to a new
+// file beside it (mode 0600), is flushed to the disk, renamed over the old name, and the
+// directory is flushed too. Readers see the old content or the new one, never a mix.
+std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content);
 std::error_code createDirectories(const std::filesystem::path& path);
 
 }  // namespace kelvo::platform
