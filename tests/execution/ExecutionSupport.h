@@ -45,9 +45,6 @@ bool present(const std::filesystem::path& location);
 // Each report entry as "id: text", for readable comparisons.
 std::vector<std::string> texts(const std::vector<ReportEntry>& entries);
 
-// Changes the owner of a tree (links themselves, never their targets).
-void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
-
 // Runs `work` in a forked child that has dropped to uid/gid 65534 (when this process is
 // root; otherwise it keeps its own unprivileged identity) and hands the report back. An
 // error text when the child could not drop its rights or did not finish.
