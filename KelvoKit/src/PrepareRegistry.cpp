@@ -106,9 +106,9 @@ std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const 
 
 CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThanMonths,
                                            std::chrono::system_clock::time_point now,
-                                           std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                                           MetadataDependency metadata, RuntimeLister simLister,
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                                           std::shared_ptr<const ProcessProbe> probe) {
+                                           ProbeDependency probe) {
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
     auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;
