@@ -2,8 +2,6 @@
 // unused for six months and old simulator runtimes.
 #include <fmt/format.h>
 
-#include <chrono>
-
 #include "CleanFlow.h"
 #include "Commands.h"
 #include "PlanOutput.h"
@@ -18,16 +16,8 @@ namespace {
 
 constexpr int unusedForMonths = 6;
 
-PrepareService liveService() {
-    return PrepareService{Environment::live(),
-                          std::make_shared<LiveProcessProbe>(),
-                          &Executor::shell,
-                          unusedForMonths,
-                          std::chrono::system_clock::now(),
-                          std::make_shared<LiveAppMetadata>(),
-                          &SimRuntimeLister::live,
-                          std::nullopt};
-}
+// Everything else left out is the live one.
+PrepareService liveService() { return PrepareService{.olderThanMonths = unusedForMonths}; }
 
 std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
     ProgressLine progress;

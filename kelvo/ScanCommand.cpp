@@ -17,7 +17,7 @@ namespace {
 CleanService liveService(const std::set<Family>& families) {
     Environment env = Environment::live();
     if (!families.empty()) env.enabledFamilies = families;
-    return CleanService{env, std::make_shared<LiveProcessProbe>()};
+    return CleanService{.env = env};
 }
 
 std::vector<CleanTarget> scanWithProgress(const CleanService& service) {

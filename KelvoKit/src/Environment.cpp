@@ -13,16 +13,19 @@ namespace {
 
 // Length of the white-space or line-break character at text[i], 0 when there is none:
 // the ASCII ones and the Unicode spaces and separators a pasted path may carry (U+0085,
-// U+00A0, U+1680, U+2000-U+200A, U+2028, U+2029, U+202F, U+205F, U+3000).
+// U+00A0, U+1680, U+2000-U+200A, U+2028, U+2029, U+202F, U+205F, U+3000). Only whole,
+// valid sequences count: text cut inside one, or invalid bytes, stay as they are.
 std::size_t blankLength(std::string_view text, std::size_t i) {
+    // Bytes past the end read as 0, which no multi-byte sequence holds.
     const auto byte = [&](std::size_t k) { return i + k < text.size() ? static_cast<unsigned char>(text[i + k]) : 0; };
     const unsigned char lead = byte(0);
     if (lead == ' ' || (lead >= '\t' && lead <= '\r')) return 1;
     if (lead == 0xC2 && (byte(1) == 0x85 || byte(1) == 0xA0)) return 2;
     if (lead == 0xE1 && byte(1) == 0x9A && byte(2) == 0x80) return 3;
-    // E2 80 is always followed by a continuation byte (0x80 or more) in valid text.
     const unsigned char third = byte(2);
-    if (lead == 0xE2 && byte(1) == 0x80 && (third <= 0x8A || third == 0xA8 || third == 0xA9 || third == 0xAF)) return 3;
+    if (lead == 0xE2 && byte(1) == 0x80 &&
+        ((third >= 0x80 && third <= 0x8A) || third == 0xA8 || third == 0xA9 || third == 0xAF))
+        return 3;
     if (lead == 0xE2 && byte(1) == 0x81 && byte(2) == 0x9F) return 3;
     if (lead == 0xE3 && byte(1) == 0x80 && byte(2) == 0x80) return 3;
     return 0;
@@ -86,6 +89,8 @@ std::optional<std::filesystem::path> Environment::findFlutterBinCache() {
 }
 
 std::optional<std::filesystem::path> Environment::expand(const std::string& text, const std::filesystem::path& home) {
+    // No file name holds a NUL; the system would read such a path only up to it.
+    if (text.find('\0') != std::string::npos) return std::nullopt;
     const std::string path = trimmed(text);
     if (path.empty()) return std::nullopt;
     if (path == "~") return home;

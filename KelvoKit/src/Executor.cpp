@@ -32,11 +32,6 @@ std::optional<std::string> bundleIDAfter(const std::string& id, const std::strin
     return id.substr(prefix.size());
 }
 
-const ProcessProbe& probeOrLive(const std::shared_ptr<const ProcessProbe>& probe) {
-    static const LiveProcessProbe live;
-    return probe ? *probe : live;
-}
-
 void skip(ExecutionReport& report, const CleanTarget& target, std::string reason) {
     report.skipped.push_back({target.id, std::move(reason)});
 }
@@ -45,7 +40,7 @@ void skip(ExecutionReport& report, const CleanTarget& target, std::string reason
 
 ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const {
     ExecutionReport report;
-    const ProcessProbe& processes = probeOrLive(probe);
+    const ProcessProbe& processes = *probe;
 
     for (const auto& target : targets) {
         if (!force) {
@@ -72,7 +67,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
                 report.freedBytes += target.sizeBytes;
                 continue;
             }
-            const int status = runCommand ? runCommand(target.kind.commandLine()) : -1;
+            const int status = runCommand(target.kind.commandLine());
             if (status == 127) {
                 report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
             } else if (status != 0) {
@@ -145,6 +140,8 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
     return report;
 }
 
+CommandFunction liveCommandRunner() { return &Executor::shell; }
+
 int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
 
 RemovalOutcome Executor::removeResiliently(const path& location) {
@@ -162,7 +159,7 @@ std::error_code Executor::removeItemMakingWritable(const path& location) {
 
 std::optional<std::string> Executor::runningBundle(const CleanTarget& target) const {
     if (target.kind.isCommand()) return std::nullopt;
-    const ProcessProbe& processes = probeOrLive(probe);
+    const ProcessProbe& processes = *probe;
     for (const auto& bundle : target.kind.pathList()) {
         if (!isAppBundle(bundle)) continue;
         const std::string name = bundleName(bundle);

@@ -106,16 +106,16 @@ std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const 
 
 CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThanMonths,
                                            std::chrono::system_clock::time_point now,
-                                           std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                                           MetadataDependency metadata, RuntimeLister simLister,
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                                           std::shared_ptr<const ProcessProbe> probe) {
+                                           ProbeDependency probe) {
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
+    auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;
-    for (auto& app : InstalledApps::scan(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home))))
-        installed.insert(std::move(app.bundleID));
+    for (auto& app : inventory.apps) installed.insert(std::move(app.bundleID));
     return {
         std::make_shared<OrphanedLeftoverDetector>(env.home, std::move(installed), protectedBundleIDs(),
-                                                   protectedNames()),
+                                                   protectedNames(), inventory.unidentifiedNames),
         std::make_shared<UnusedAppDetector>(userAppDirs(env), env.home, olderThanMonths, now, std::move(metadata),
                                             std::move(probe), protectedBundleIDs(), protectedNames()),
         std::make_shared<OldSimRuntimeDetector>(std::move(simLister), olderThanMonths, now),

@@ -38,6 +38,16 @@ TEST(EnvironmentExpand, TildeSlashAndRelativeForms) {
     EXPECT_EQ(Environment::expand("~/a/../b", home)->string(), "/home/dev/a/../b");
 }
 
+TEST(EnvironmentExpand, TextCutInsideACharacterIsKeptAsWritten) {
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"\xE2\x80", "/home/dev/\xE2\x80"},
+             {"\xE2\x80" "A", "/home/dev/\xE2\x80" "A"},
+             {"~/x\xE2", "/home/dev/x\xE2"},
+             {"\xE2\x80\xAF~/dev\xE2\x80\xA8", "/home/dev/dev"},  // whole U+202F and U+2028 are still blanks
+         })
+        EXPECT_EQ(expanded(text), expected) << ::testing::PrintToString(text);
+}
+
 TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRoot) {
     Environment environment;
     environment.home = home;

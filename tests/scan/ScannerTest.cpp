@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <condition_variable>
+#include <future>
+#include <mutex>
 #include <thread>
 
 #include "kelvo/Scanner.h"
@@ -98,19 +101,29 @@ TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
     EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
 }
 
-// A cleaner with a fixed answer, for scans.
+// Tells the test when a cleaner has started, and counts the stop requests it saw.
+struct StopHandshake {
+    std::promise<void> started;
+    std::atomic<int> stopsSeen = 0;
+};
+
+// A cleaner with a fixed answer, for scans. With a handshake it behaves like a long walk
+// that checks for a stop request: it says it has started and runs until the scan is stopped.
 class FixedCleaner final : public Cleaner {
 public:
-    FixedCleaner(std::string id, std::vector<CleanTarget> targets, std::atomic<int>* stopsSeen = nullptr)
-        : id_(std::move(id)), targets_(std::move(targets)), stopsSeen_(stopsSeen) {}
+    FixedCleaner(std::string id, std::vector<CleanTarget> targets, StopHandshake* handshake = nullptr)
+        : id_(std::move(id)), targets_(std::move(targets)), handshake_(handshake) {}
     const std::string& id() const override { return id_; }
     const std::string& name() const override { return id_; }
     Family family() const override { return Family::devMisc; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override {
-        if (stopsSeen_) {
-            // Behaves like a long walk that checks for a stop request.
-            while (!context.stop.stop_requested()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            ++*stopsSeen_;
+        if (handshake_) {
+            handshake_->started.set_value();
+            std::mutex mutex;
+            std::condition_variable_any stopped;
+            std::unique_lock lock(mutex);
+            stopped.wait(lock, context.stop, [] { return false; });
+            ++handshake_->stopsSeen;
         }
         return targets_;
     }
@@ -118,7 +131,7 @@ public:
 private:
     std::string id_;
     std::vector<CleanTarget> targets_;
-    std::atomic<int>* stopsSeen_;
+    StopHandshake* handshake_;
 };
 
 TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
@@ -150,18 +163,27 @@ TEST(Scanner, EmptyCleanerListGivesNothing) {
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
-    std::atomic<int> stopsSeen = 0;
-    CleanerList cleaners{std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, &stopsSeen),
+    StopHandshake handshake;
+    CleanerList cleaners{std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, &handshake),
                          std::make_shared<FixedCleaner>("quick", std::vector<CleanTarget>{pathTarget("u", {"/q"})})};
     std::stop_source stop;
+    // The stop comes while the slow cleaner runs, never before the pool has started it.
     std::thread stopper([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        handshake.started.get_future().wait();
         stop.request_stop();
     });
     const auto result = Scanner(cleaners).scan({.stop = stop.get_token()});
     stopper.join();
     EXPECT_FALSE(result.has_value());
-    EXPECT_EQ(stopsSeen.load(), 1);
+    EXPECT_EQ(handshake.stopsSeen.load(), 1);
+}
+
+TEST(Scanner, NullCleanersAreLeftOut) {
+    const Scanner scanner({nullptr, std::make_shared<FixedCleaner>("c", std::vector<CleanTarget>{pathTarget("t", {"/p"})}), nullptr});
+    EXPECT_EQ(scanner.cleaners().size(), 1u);
+    const auto result = scanner.scan();
+    ASSERT_TRUE(result);
+    EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
 }
 
 }  // namespace

@@ -71,6 +71,40 @@ TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
     EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
 }
 
+TEST(PrepareService, DataOfInstalledAppsIsKeptWhateverTheirInfoPlistEncodingOrWhenItCannotBeRead) {
+    TempDir root;
+    const auto home = root / "home";
+    const auto apps = home / "Applications";
+    // OpenStep text, UTF-16 XML and XML after a byte-order mark name their identifiers (the
+    // bundles are named otherwise); the fourth bundle's Info.plist cannot be read at all.
+    testing::writeText(apps / "First.app/Contents/Info.plist", "{ CFBundleIdentifier = com.x.Step; }");
+    const std::string xml = "<plist><dict><key>CFBundleIdentifier</key><string>com.x.Wide</string></dict></plist>";
+    std::string wide = "\xFF\xFE";
+    for (const char c : xml) wide += std::string{c, '\0'};
+    testing::writeText(apps / "Second.app/Contents/Info.plist", wide);
+    testing::writeText(apps / "Third.app/Contents/Info.plist",
+                       "\xEF\xBB\xBF<plist><dict><key>CFBundleIdentifier</key><string>com.x.Marked</string></dict></plist>");
+    testing::writeText(apps / "Mystery Editor.app/Contents/Info.plist", "this is not a property list");
+    std::vector<std::filesystem::path> kept;
+    for (const std::string id : {"com.x.Step", "com.x.Wide", "com.x.Marked", "com.vendor.MysteryEditor"})
+        kept.push_back(testing::writeFile(home / "Library/Caches" / id / "db", 4096));
+    const auto gone = testing::writeFile(home / "Library/Caches/com.gone.Old/db", 4096).parent_path();
+
+    auto service = serviceFor(home, root / "tmp");
+    service.appIndexDirs = std::vector<std::filesystem::path>{apps};
+    const auto targets = service.scan();
+    ASSERT_TRUE(targets);
+    std::vector<CleanTarget> leftovers;
+    for (const auto& target : *targets)
+        if (target.family == Family::appLeftovers) leftovers.push_back(target);
+    EXPECT_EQ(idsOf(leftovers), (std::set<std::string>{"leftover:com.gone.Old"}));
+
+    const auto report = service.clean(leftovers, false, false);
+    EXPECT_EQ(report.deleted, (std::vector<std::string>{"leftover:com.gone.Old"}));
+    EXPECT_FALSE(std::filesystem::exists(gone));
+    for (const auto& file : kept) EXPECT_TRUE(std::filesystem::exists(file)) << file;
+}
+
 TEST(PrepareService, GuardAllowsHomeAndApplicationsButNotTheTemporaryDirectory) {
     const auto service = serviceFor("/home/u", "/var/tmp/u");
     auto guard = service.guard();

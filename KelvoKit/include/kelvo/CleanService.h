@@ -3,6 +3,7 @@
 // have anything to clean, and carries out a clean of chosen targets through an executor
 // behind a guard whose allowed roots are the home, the temporary directory and, when a
 // Flutter SDK is known, its bin folder. Immutable: new settings make a new service.
+// Whatever is left out is the live one: the running user's environment, probe and shell.
 #include <memory>
 #include <optional>
 #include <set>
@@ -19,9 +20,9 @@
 namespace kelvo {
 
 struct CleanService {
-    Environment env;
-    std::shared_ptr<const ProcessProbe> probe;
-    CommandRunner runCommand = &Executor::shell;
+    Environment env = Environment::live();
+    ProbeDependency probe;
+    CommandRunner runCommand;
 
     // The enabled cleaners of the catalog (all when no set is configured, none for an empty set).
     CleanerList enabledCleaners() const;

@@ -31,7 +31,8 @@ struct Environment {
                                   const struct Config& config);
 
     // The rule for every user-typed path: "~" and "~/x" are home-based, "/x" absolute,
-    // anything else home-relative; empty text and "~user" forms give nothing.
+    // anything else home-relative; empty text, "~user" forms and text holding a NUL
+    // character give nothing.
     static std::optional<std::filesystem::path> expand(const std::string& text, const std::filesystem::path& home);
     // The bin/cache folder of the Flutter SDK that `flutter` on the search path belongs to.
     static std::optional<std::filesystem::path> findFlutterBinCache();

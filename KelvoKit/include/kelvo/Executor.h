@@ -11,7 +11,7 @@
 // command and counts every target that passes the checks with its estimated size.
 //
 // The executor is an immutable value holding its dependencies, so tests inject a stub
-// probe and command runner; it keeps no state between runs.
+// probe and command runner (left out, the live ones); it keeps no state between runs.
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -22,14 +22,18 @@
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
+#include "kelvo/Dependency.h"
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/ProcessProbe.h"
 #include "kelvo/SafetyGuard.h"
 
 namespace kelvo {
 
-// Runs a command line and gives its exit status (127: the tool is missing; -1: could not start).
-using CommandRunner = std::function<int(const std::string& commandLine)>;
+// Runs a command line and gives its exit status (127: the tool is missing; -1: could not
+// start). The live one is Executor::shell.
+using CommandFunction = std::function<int(const std::string& commandLine)>;
+CommandFunction liveCommandRunner();
+using CommandRunner = Dependency<CommandFunction, &liveCommandRunner>;
 
 struct RemovalOutcome {
     std::int64_t freed = 0;     // allocated bytes measured before minus after, never negative
@@ -40,8 +44,8 @@ struct Executor {
     SafetyGuard safety;
     bool dryRun = false;
     bool force = false;
-    std::shared_ptr<const ProcessProbe> probe = std::make_shared<LiveProcessProbe>();
-    CommandRunner runCommand = &Executor::shell;
+    ProbeDependency probe;
+    CommandRunner runCommand;
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
 

@@ -39,11 +39,13 @@ std::vector<std::filesystem::path> userAppDirs(const Environment& env);
 std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env);
 
 // The leftover, unused-application and old-runtime detectors, in that order. Lists the
-// installed applications (appIndexDirs, or the standard folders when absent) once.
+// installed applications (appIndexDirs, or the standard folders when absent) once; the
+// leftover detector gets their identifiers and the names of those whose identifier
+// cannot be read.
 CleanerList makePreparers(const Environment& env, int olderThanMonths, std::chrono::system_clock::time_point now,
-                          std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                          MetadataDependency metadata, RuntimeLister simLister,
                           const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                          std::shared_ptr<const ProcessProbe> probe);
+                          ProbeDependency probe);
 
 }  // namespace PrepareRegistry
 }  // namespace kelvo

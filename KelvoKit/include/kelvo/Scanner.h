@@ -31,7 +31,8 @@ struct ScanOptions {
 
 class Scanner {
 public:
-    explicit Scanner(CleanerList cleaners) : cleaners_(std::move(cleaners)) {}
+    // Null entries are dropped: there is nothing to run.
+    explicit Scanner(CleanerList cleaners) : cleaners_(std::move(cleaners)) { std::erase(cleaners_, nullptr); }
 
     // Nothing when the scan was stopped: a stopped scan publishes nothing.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;

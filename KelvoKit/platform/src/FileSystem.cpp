@@ -128,21 +128,46 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
     }
 }
 
-std::optional<std::string> readFile(const std::filesystem::path& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
+namespace {
+
+// Reads to the end, or until more than `limit` bytes came (then nothing).
+std::optional<std::string> readOpenFile(int fd, std::size_t limit) {
     std::string content;
     char buffer[65536];
     while (true) {
         const ssize_t count = ::read(fd, buffer, sizeof buffer);
         if (count < 0) {
             if (errno == EINTR) continue;
-            ::close(fd);
             return std::nullopt;
         }
-        if (count == 0) break;
+        if (count == 0) return content;
+        if (static_cast<std::size_t>(count) > limit - content.size()) return std::nullopt;
         content.append(buffer, static_cast<std::size_t>(count));
     }
+}
+
+}  // namespace
+
+std::optional<std::string> readFile(const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    auto content = readOpenFile(fd, std::string().max_size());
+    ::close(fd);
+    return content;
+}
+
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t maxBytes) {
+    // Opening some devices has effects of its own, so only what looks like a regular file is
+    // opened; the status of the open descriptor then decides.
+    const auto before = statOf(path, true);
+    if (!before || !S_ISREG(before->st_mode)) return std::nullopt;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0) return std::nullopt;
+    struct stat status {};
+    std::optional<std::string> content;
+    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size >= 0 &&
+        static_cast<std::uint64_t>(status.st_size) <= maxBytes)
+        content = readOpenFile(fd, maxBytes);
     ::close(fd);
     return content;
 }

@@ -44,7 +44,12 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path);
 // The target of one symbolic link as written; nothing when it is not a readable link.
 std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path);
 
+// The whole content of whatever opens for reading, pseudo-files of /proc included.
 std::optional<std::string> readFile(const std::filesystem::path& path);
+// The content of a regular file (links followed) of at most maxBytes; nothing for anything
+// else: a FIFO, a device, a directory, a larger file, any error. A FIFO or device is never
+// opened, and a file swapped for one meanwhile is opened without blocking and refused.
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t maxBytes);
 // Writes in place (no temporary file), replacing earlier content.
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content);
 // Replaces the file whole or not at all, even across a crash: the content goes to a new
