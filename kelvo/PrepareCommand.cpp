@@ -19,7 +19,7 @@ namespace {
 constexpr int unusedForMonths = 6;
 
 PrepareService liveService() {
-    return PrepareService{Environment::live(),
+    return PrepareService{liveEnvironment(),
                           std::make_shared<LiveProcessProbe>(),
                           &Executor::shell,
                           unusedForMonths,

@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
 
     CLI::App app{"Kelvo: finds and removes the disk space that developer tool chains waste."};
     app.require_subcommand(1);
+    kelvo::tool::registerCatalogOption(app);
     kelvo::tool::registerScanCommand(app);
     kelvo::tool::registerCleanCommand(app);
     kelvo::tool::registerPrepareCommand(app);
