@@ -2,6 +2,7 @@
 // how locations follow the XDG folders and the tools' variables, and what happens to a
 // variable that points where nothing may be cleaned.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -13,11 +14,13 @@
 
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/CommandCleaner.h"
+#include "kelvo/Executor.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PathCleaner.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "kelvo/VersionedDirCleaner.h"
+#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
@@ -196,6 +199,30 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
         EXPECT_NE(built.notes[index].find(mentioned[index].first), std::string::npos) << built.notes[index];
         EXPECT_NE(built.notes[index].find(mentioned[index].second), std::string::npos) << built.notes[index];
     }
+}
+
+TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderRemovesOnlyTheUsersOwnEntries) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
+    std::string command;
+    for (const auto& cleaner : CleanerRegistry::makeCleaners(linuxEnvironment()))
+        if (const auto* metro = dynamic_cast<const CommandCleaner*>(cleaner.get()); metro && metro->id() == "metro-cache")
+            command = metro->command();
+    ASSERT_FALSE(command.empty());
+
+    testing::TempDir shared;
+    for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "metro-bundler-cache-x/d",
+                              "unrelated/e"})
+        testing::writeFile(shared / entry, 100);
+    for (const char* theirs : {"haste-map-theirs", "haste-map-theirs/c"})
+        ASSERT_EQ(::lchown((shared / theirs).c_str(), 65534, 65534), 0);
+    const char* saved = std::getenv("TMPDIR");
+    const std::string original = saved ? saved : "";
+    ::setenv("TMPDIR", shared.path().c_str(), 1);
+    const int status = Executor::shell(command);
+    if (saved) ::setenv("TMPDIR", original.c_str(), 1);
+    else ::unsetenv("TMPDIR");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(testing::listing(shared.path()), "haste-map-theirs/\nhaste-map-theirs/c\nunrelated/\nunrelated/e\n");
 }
 
 TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
