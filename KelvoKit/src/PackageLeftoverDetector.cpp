@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kelvo/L10n.h"
+#include "kelvo/OrphanedLeftoverDetector.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
@@ -35,7 +36,7 @@ std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& contex
                 .reversibility = Reversibility::userData,
                 .regenCost = RegenCost::redownload,
                 .level = Level::moderate,
-                .notes = "App no instalada; datos sobrantes.",
+                .notes = OrphanedLeftoverDetector::leftoverNote,
             });
         }
     }

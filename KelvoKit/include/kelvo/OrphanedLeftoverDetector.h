@@ -18,6 +18,9 @@ namespace kelvo {
 
 class OrphanedLeftoverDetector final : public Cleaner {
 public:
+    // The note of every leftover target, whatever found it (a fixed text, not looked up).
+    static constexpr const char* leftoverNote = "App no instalada; datos sobrantes.";
+
     OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,
                              std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames);
 
