@@ -535,8 +535,9 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
     c.paths("cursor-caches", F::macosGeneral, cursorCaches, safe, rebuild);
     c.versioned("tmpdir-scratch", F::macosGeneral, env.tmpDir,
                 {"metro-", "react-native-", "haste-map-", "flutter_tools."}, safe, rebuild);
+    // What the user threw away but may still take back: offered, never preselected.
     c.paths("trash", F::macosGeneral, {at.data("Trash/files"), at.data("Trash/info"), at.data("Trash/expunged")}, safe,
-            rebuild);
+            rebuild, Reversibility::userData);
     c.paths("thumbnails", F::macosGeneral, {at.cache("thumbnails"), at.home(".thumbnails")}, safe, rebuild);
     c.paths("vscode-extra", F::macosGeneral,
             {at.config("Code/Service Worker/CacheStorage"), at.config("Code/CachedExtensionVSIXs"),

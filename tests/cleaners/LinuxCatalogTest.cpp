@@ -37,6 +37,12 @@ Environment linuxEnvironment(std::map<std::string, std::string, std::less<>> var
     return env;
 }
 
+Environment macosEnvironment() {
+    auto env = linuxEnvironment();
+    env.catalog = CatalogProfile::macos;
+    return env;
+}
+
 // Every folder an entry would measure or list: a path entry's paths, a versioned entry's parent.
 std::vector<fs::path> placesOf(const Cleaner& cleaner) {
     if (const auto* path = dynamic_cast<const PathCleaner*>(&cleaner)) {
@@ -89,11 +95,9 @@ TEST(LinuxCatalog, EveryEntryIsUniqueNamedAndLooksOnlyInsideTheAllowedFolders) {
     }
 }
 
-TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsFamilyAndRisk) {
-    auto macos = linuxEnvironment();
-    macos.catalog = CatalogProfile::macos;
+TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsKindFamilyAndRisk) {
     std::map<std::string, const Cleaner*> macosById;
-    const auto macosCleaners = CleanerRegistry::makeCleaners(macos);
+    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
     for (const auto& cleaner : macosCleaners) macosById[cleaner->id()] = cleaner.get();
     std::size_t shared = 0;
     for (const auto& cleaner : CleanerRegistry::makeCleaners(linuxEnvironment())) {
@@ -105,8 +109,7 @@ TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsFamilyAndRisk) {
         EXPECT_EQ(typeid(*cleaner), typeid(*found->second));
         if (const auto* path = dynamic_cast<const PathCleaner*>(cleaner.get())) {
             const auto* before = dynamic_cast<const PathCleaner*>(found->second);
-            EXPECT_EQ(path->level(), before->level());
-            EXPECT_EQ(path->regenCost(), before->regenCost());
+            EXPECT_EQ(std::pair(path->level(), path->regenCost()), std::pair(before->level(), before->regenCost()));
         }
     }
     EXPECT_GT(shared, macosCleaners.size() / 2);
@@ -114,10 +117,8 @@ TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsFamilyAndRisk) {
 
 TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
     const auto cleaners = CleanerRegistry::makeCleaners(linuxEnvironment());
+    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
     const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
-    auto macosEnv = linuxEnvironment();
-    macosEnv.catalog = CatalogProfile::macos;
-    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnv);
     const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
     ASSERT_TRUE(linux && macos);
     EXPECT_FALSE(macos->cacheTagged().has_value());
@@ -145,7 +146,8 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{}, "pip-cache", "/home/dev/.cache/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
-        {{{"PIP_CACHE_DIR", "relative/pip"}}, "pip-cache", "/home/dev/.cache/pip"},
+        {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
+        {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log"},
         {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache"},
         {{{"XDG_DATA_HOME", "/home/dev/d"}}, "trash", "/home/dev/d/Trash/files"},
         {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},
@@ -226,10 +228,8 @@ TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderRemovesOnlyTheUsersOwnE
 }
 
 TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
-    auto macos = linuxEnvironment();
-    macos.catalog = CatalogProfile::macos;
     const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(linuxEnvironment());
-    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(macos);
+    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(macosEnvironment());
     const auto has = [](const std::vector<Family>& families, Family family) {
         return std::find(families.begin(), families.end(), family) != families.end();
     };

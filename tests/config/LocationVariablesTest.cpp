@@ -1,9 +1,8 @@
 // The variables through which the user moves tools' data, and the catalog profile, as the
-// environment resolves them.
+// live environment reads them (how the catalog resolves them is tested with the catalog).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,32 +13,6 @@ namespace kelvo {
 namespace {
 
 using std::filesystem::path;
-
-TEST(LocationVariables, XdgFoldersTakeAnAbsoluteValueElseTheirDefaultUnderHome) {
-    struct Case {
-        std::string variable;
-        std::function<path(const Environment&)> folder;
-        path fallback;
-    };
-    const std::vector<Case> cases{
-        {"XDG_CACHE_HOME", &Environment::cacheHome, "/home/dev/.cache"},
-        {"XDG_DATA_HOME", &Environment::dataHome, "/home/dev/.local/share"},
-        {"XDG_CONFIG_HOME", &Environment::configHome, "/home/dev/.config"},
-        {"XDG_STATE_HOME", &Environment::stateHome, "/home/dev/.local/state"},
-    };
-    for (const auto& [variable, folder, fallback] : cases) {
-        SCOPED_TRACE(variable);
-        Environment env;
-        env.home = "/home/dev";
-        EXPECT_EQ(folder(env), fallback);
-        for (const char* unusable : {"relative/dir", "~/dir", ""}) {
-            env.locationVariables[variable] = unusable;
-            EXPECT_EQ(folder(env), fallback) << unusable;
-        }
-        env.locationVariables[variable] = "/data/x/../y/";
-        EXPECT_EQ(folder(env), path("/data/y"));
-    }
-}
 
 TEST(LocationVariables, LiveReadsTheListedVariablesAndTakesTheProfileAsked) {
     const std::vector<std::pair<std::string, const char*>> values{

@@ -90,7 +90,7 @@ TEST_F(LinuxHome, ScanOffersWhatTheToolsLeftWhereTheyKeepItAndCleanRemovesOnlyTh
                                                         {"jetbrains-caches/IntelliJIdea2024.1", true},
                                                         {"huggingface-cache", false},
                                                         {"vscode-caches", true},
-                                                        {"trash", true},
+                                                        {"trash", false},
                                                         {"cargo-registry", true},
                                                         {"per-project-target", true},
                                                         {"per-project-cmake-build-debug", true},
@@ -104,14 +104,14 @@ TEST_F(LinuxHome, ScanOffersWhatTheToolsLeftWhereTheyKeepItAndCleanRemovesOnlyTh
     run({"clean", "--yes"});
     EXPECT_EQ(testing::listing(root.path()),
               without(before, {"home/.cache/pip/", "home/.cache/JetBrains/IntelliJIdea2024.1/", "home/cfg/Code/Cache/",
-                               "home/data/Trash/files/", "home/data/Trash/info/", "home/rust/cargo/registry/",
+                               "home/rust/cargo/registry/",
                                "home/workspace/crate/target/", "home/workspace/native/cmake-build-debug/",
                                "home/workspace/py/.venv/", "home/workspace/py/pkg/__pycache__/",
                                "home/workspace/tagged/out/"}));
     // What the moved variables left behind, what is not a cache, and what is only offered remain.
     for (const auto* kept : {".config/Code/Cache/stale", ".cargo/registry/cache/stale.crate", "workspace/fake/out/blob",
                              "workspace/docs/target/page.html", ".cache/huggingface/hub/model.bin",
-                             "cfg/Code/User/settings.json", "Documents/thesis.tex"})
+                             "cfg/Code/User/settings.json", "data/Trash/files/old.txt", "Documents/thesis.tex"})
         EXPECT_TRUE(std::filesystem::exists(home / kept)) << kept;
     EXPECT_TRUE(std::filesystem::exists(root / "outside/gomod/cache/download/x.zip"));
 }
