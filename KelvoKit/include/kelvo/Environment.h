@@ -2,8 +2,8 @@
 // The resolved picture of one run: home and temporary directories, the configuration's
 // values, the Flutter SDK cache if one is installed, the catalog profile, and the
 // variables through which the user moved tools' data. Catalogs and services are built
-// from it; it is a plain value and reads nothing after it is built. It is the one place
-// that reads the process environment: nothing below it asks for a variable.
+// from it; it is a plain value and reads nothing after it is built. Catalogs and cleaners
+// never read the process environment themselves: what they need of it is resolved here.
 #include <cstdint>
 #include <filesystem>
 #include <functional>
