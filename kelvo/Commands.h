@@ -4,6 +4,8 @@
 // 2 a usage error.
 #include <CLI/CLI.hpp>
 
+#include "kelvo/Environment.h"
+
 namespace kelvo::tool {
 
 inline constexpr int usageErrorStatus = 2;
@@ -13,6 +15,12 @@ void registerConfigCommand(CLI::App& app);
 void registerScanCommand(CLI::App& app);
 void registerCleanCommand(CLI::App& app);
 void registerPrepareCommand(CLI::App& app);
+
+// --catalog macos|linux, for every subcommand; catalogProfile() is the choice, else the
+// running system's profile, and liveEnvironment() the live environment built with it.
+void registerCatalogOption(CLI::App& app);
+CatalogProfile catalogProfile();
+Environment liveEnvironment();
 
 void setExitStatus(int status);
 int exitStatus();

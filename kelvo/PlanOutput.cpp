@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 
+#include "Commands.h"
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Reporter.h"
@@ -25,6 +26,9 @@ const char* levelColour(Level level) {
         default: return "31";
     }
 }
+
+// The family's name under the catalog this run uses.
+std::string familyName(Family family) { return displayName(family, catalogProfile()); }
 
 std::string levelText(Level level) { return L10n::t("level." + std::string(rawValue(level))); }
 std::string costText(RegenCost cost) { return L10n::t("regenCost." + std::string(rawValue(cost))); }
@@ -64,14 +68,14 @@ void printPlan(const PlanSelection& plan) {
     }
     const auto summary = Reporter::summarize(plan.targets);
     for (const auto& [family, members] : grouped(plan.targets)) {
-        fmt::print("{}  {}\n", paint(displayName(family), "1"), Format::bytes(summary.byFamily.at(family)));
+        fmt::print("{}  {}\n", paint(familyName(family), "1"), Format::bytes(summary.byFamily.at(family)));
         for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id));
         fmt::print("\n");
     }
     fmt::print("{}\n", paint(L10n::t("cli.plan.byFamily"), "1"));
     for (Family family : allFamilies())
         if (summary.byFamily.contains(family))
-            fmt::print("  {:<40} {:>11}\n", displayName(family), Format::bytes(summary.byFamily.at(family)));
+            fmt::print("  {:<40} {:>11}\n", familyName(family), Format::bytes(summary.byFamily.at(family)));
     fmt::print("{}\n", paint(L10n::t("cli.plan.byLevel"), "1"));
     for (Level level : {Level::safe, Level::moderate, Level::aggressive})
         if (summary.byLevel.contains(level))
@@ -87,7 +91,7 @@ void printChosen(const PlanSelection& plan) {
     const auto count = static_cast<std::int64_t>(chosen.size());
     fmt::print("{}\n", L10n::plural("cli.clean.willRemove", count, count, Format::bytes(totalOf(chosen))));
     for (const auto& [family, members] : grouped(chosen)) {
-        fmt::print("{}\n", paint(displayName(family), "1"));
+        fmt::print("{}\n", paint(familyName(family), "1"));
         for (const auto& target : members) printTargetLine(target, true);
     }
 }

@@ -17,7 +17,7 @@ namespace {
 constexpr int unusedForMonths = 6;
 
 // Everything else left out is the live one.
-PrepareService liveService() { return PrepareService{.olderThanMonths = unusedForMonths}; }
+PrepareService liveService() { return PrepareService{.env = liveEnvironment(), .olderThanMonths = unusedForMonths}; }
 
 std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
     ProgressLine progress;

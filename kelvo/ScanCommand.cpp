@@ -15,7 +15,7 @@ namespace {
 
 // The live service; families named on the command line replace the configured choice.
 CleanService liveService(const std::set<Family>& families) {
-    Environment env = Environment::live();
+    Environment env = liveEnvironment();
     if (!families.empty()) env.enabledFamilies = families;
     return CleanService{.env = env};
 }
@@ -39,10 +39,14 @@ void registerScanCommand(CLI::App& app) {
         const auto service = liveService(*families);
         const auto targets = Reporter::largestFirst(json ? service.scan().value_or(std::vector<CleanTarget>{})
                                                          : scanWithProgress(service));
+        const auto notes = service.catalogNotes();
         if (json) {
-            fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+            ScanPlanJSON plan(targets);
+            plan.notes = notes;
+            fmt::print("{}\n", plan.encoded());
         } else {
             printPlan(PlanSelection(targets));
+            for (const auto& note : notes) fmt::print("{}\n", note);
         }
         setExitStatus(0);
     });

@@ -14,9 +14,14 @@ namespace {
 // A word left over where a subcommand was required: the innermost command given, and the
 // word it does not know ("bogus" in `kelvo bogus` or `kelvo config bogus`).
 std::optional<std::string> unknownSubcommandMessage(const CLI::App& app) {
+    // Options fall through to the parent (the global --catalog), so the word may have been
+    // handed up: take the innermost level that kept one.
     const CLI::App* level = &app;
-    while (!level->get_subcommands().empty()) level = level->get_subcommands().front();
-    const auto leftOver = level->remaining();
+    std::vector<std::string> leftOver = app.remaining();
+    while (!level->get_subcommands().empty()) {
+        level = level->get_subcommands().front();
+        if (auto kept = level->remaining(); !kept.empty()) leftOver = std::move(kept);
+    }
     if (leftOver.empty() || leftOver.front().starts_with('-')) return std::nullopt;
     std::vector<std::string> known;
     for (const auto* command : level->get_subcommands({})) known.push_back(command->get_name());
@@ -32,6 +37,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Kelvo: finds and removes the disk space that developer tool chains waste."};
     app.set_version_flag("--version", fmt::format("kelvo {}", kelvo::KelvoKit::version()));
     app.require_subcommand(1);
+    kelvo::tool::registerCatalogOption(app);
     kelvo::tool::registerScanCommand(app);
     kelvo::tool::registerCleanCommand(app);
     kelvo::tool::registerPrepareCommand(app);

@@ -69,10 +69,13 @@ Environment Environment::fromConfig(const std::filesystem::path& home, const std
     return env;
 }
 
-Environment Environment::live() {
+Environment Environment::live(CatalogProfile catalog) {
     const auto home = platform::homeDirectory();
     Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home));
     env.flutterBinCache = findFlutterBinCache();
+    env.catalog = catalog;
+    for (const auto& name : locationVariableNames())
+        if (auto value = platform::environmentVariable(name)) env.locationVariables.emplace(name, std::move(*value));
     return env;
 }
 
@@ -116,6 +119,49 @@ std::vector<std::filesystem::path> Environment::resolvedExtraExclusions() const 
     for (const auto& entry : extraExclusions)
         if (auto expanded = expand(entry, home)) exclusions.push_back(std::move(*expanded));
     return exclusions;
+}
+
+const std::vector<std::string>& Environment::locationVariableNames() {
+    static const std::vector<std::string> names{
+        "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME",
+        // JavaScript
+        "npm_config_cache", "NPM_CONFIG_CACHE", "YARN_CACHE_FOLDER", "YARN_GLOBAL_FOLDER", "DENO_DIR",
+        "CYPRESS_CACHE_FOLDER", "ELECTRON_CACHE", "ELECTRON_BUILDER_CACHE", "COREPACK_HOME",
+        // Python
+        "PIP_CACHE_DIR", "PIPX_HOME", "UV_CACHE_DIR", "POETRY_CACHE_DIR", "PIPENV_CACHE_DIR",
+        // Rust, Go, C and C++, build tools, other languages
+        "CARGO_HOME", "RUSTUP_HOME", "GOCACHE", "GOMODCACHE", "GOPATH", "SCCACHE_DIR", "VCPKG_DEFAULT_BINARY_CACHE",
+        "BAZELISK_HOME", "HOMEBREW_CACHE", "PLAYWRIGHT_BROWSERS_PATH", "PUPPETEER_CACHE_DIR", "HF_HOME",
+        "HELM_CACHE_HOME", "TF_PLUGIN_CACHE_DIR", "VAGRANT_HOME", "GEM_HOME", "BUNDLE_USER_CACHE", "COMPOSER_CACHE_DIR",
+        "COMPOSER_HOME", "STACK_ROOT", "ZIG_GLOBAL_CACHE_DIR", "PUB_CACHE",
+        // JVM, Android, .NET, game engines
+        "GRADLE_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
+        // Flatpak installations
+        "FLATPAK_USER_DIR", "FLATPAK_SYSTEM_DIR", "FLATPAK_CONFIG_DIR",
+    };
+    return names;
+}
+
+std::optional<std::filesystem::path> Environment::locationVariable(std::string_view name) const {
+    const auto found = locationVariables.find(name);
+    if (found == locationVariables.end() || !found->second.starts_with('/')) return std::nullopt;
+    return Paths::standardized(found->second);
+}
+
+std::filesystem::path Environment::cacheHome() const {
+    return locationVariable("XDG_CACHE_HOME").value_or(home / ".cache");
+}
+
+std::filesystem::path Environment::dataHome() const {
+    return locationVariable("XDG_DATA_HOME").value_or(home / ".local/share");
+}
+
+std::filesystem::path Environment::configHome() const {
+    return locationVariable("XDG_CONFIG_HOME").value_or(home / ".config");
+}
+
+std::filesystem::path Environment::stateHome() const {
+    return locationVariable("XDG_STATE_HOME").value_or(home / ".local/state");
 }
 
 }  // namespace kelvo

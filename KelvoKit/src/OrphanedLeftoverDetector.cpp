@@ -113,7 +113,7 @@ std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& conte
             .reversibility = Reversibility::regenerable,
             .regenCost = RegenCost::redownload,
             .level = Level::moderate,
-            .notes = "App no instalada; datos sobrantes.",
+            .notes = leftoverNote,
         });
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.

@@ -5,7 +5,8 @@
 namespace kelvo {
 
 CleanerList PrepareService::preparers() const {
-    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe);
+    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe,
+                                          systemRoot);
 }
 
 std::optional<std::vector<CleanTarget>> PrepareService::scan(const ScanOptions& options) const {

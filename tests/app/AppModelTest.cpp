@@ -43,7 +43,9 @@ protected:
         AppModelDependencies dependencies;
         if (!realThreads) dependencies.inBackground = background.poster();
         dependencies.loadEnvironment = [this] {
-            return Environment::fromConfig(home.path(), home.path(), Config::load(home.path()));
+            auto env = Environment::fromConfig(home.path(), home.path(), Config::load(home.path()));
+            env.catalog = CatalogProfile::macos;  // the fake home is laid out as on macOS
+            return env;
         };
         dependencies.makeServices = [this](const Environment& env) { return services(env); };
         dependencies.measureDisk = [this](const std::filesystem::path& at) {

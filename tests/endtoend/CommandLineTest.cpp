@@ -48,7 +48,7 @@ TEST_F(CommandLine, AnUnknownSubcommandIsCalledUnknown) {
 TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {
     const auto derivedData = root / "home/Library/Developer/Xcode/DerivedData";
     testing::writeFile(derivedData / "App-abc/Build/out.o", 20000);
-    const auto scan = testing::runTool({"scan", "--json"}, environment);
+    const auto scan = testing::runTool({"--catalog", "macos", "scan", "--json"}, environment);
     ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
     std::int64_t size = 0;
     const auto plan = nlohmann::json::parse(scan.standardOutput);
@@ -59,7 +59,7 @@ TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {
     // While Xcode runs its data is skipped: one target chosen, nothing freed.
     testing::NamedProcess xcode(root / "bin/Xcode");
     ASSERT_GT(xcode.pid(), 0);
-    const auto skipped = testing::runTool({"clean", "--yes", "--id", "derived-data"}, environment);
+    const auto skipped = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "derived-data"}, environment);
     EXPECT_EQ(skipped.exitStatus, 1) << skipped.standardError;  // something was skipped
     EXPECT_NE(skipped.standardOutput.find("Will remove 1 target, " + Format::bytes(size) + ":"), std::string::npos)
         << skipped.standardOutput;
@@ -67,7 +67,7 @@ TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {
     EXPECT_TRUE(std::filesystem::exists(derivedData / "App-abc/Build/out.o"));
 
     xcode.stop();
-    const auto removed = testing::runTool({"clean", "--yes", "--id", "derived-data"}, environment);
+    const auto removed = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "derived-data"}, environment);
     EXPECT_EQ(removed.exitStatus, 0) << removed.standardError;
     EXPECT_NE(removed.standardOutput.find("Freed: " + Format::bytes(size) + " (" + std::to_string(size) + " bytes)\n"),
               std::string::npos)

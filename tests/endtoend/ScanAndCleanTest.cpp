@@ -51,7 +51,7 @@ protected:
     }
 
     std::map<std::string, nlohmann::json> scanPlan() {
-        const auto result = testing::runTool({"scan", "--json"}, environment);
+        const auto result = testing::runTool({"--catalog", "macos", "scan", "--json"}, environment);
         EXPECT_EQ(result.exitStatus, 0) << result.standardError;
         const auto document = nlohmann::json::parse(result.standardOutput);
         std::map<std::string, nlohmann::json> byId;
@@ -89,14 +89,15 @@ TEST_F(FakeHome, ScanOffersExactlyWhatTheCatalogDefinesWithAllocatedSizes) {
 }
 
 TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
-    const auto limited = testing::runTool({"scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
+    const auto limited = testing::runTool(
+        {"--catalog", "macos", "scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
     ASSERT_EQ(limited.exitStatus, 0) << limited.standardError;
     const auto document = nlohmann::json::parse(limited.standardOutput);
     std::set<std::string> ids;
     for (const auto& target : document["targets"]) ids.insert(target["id"]);
     EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "per-project-node_modules", "per-project-bin"}));
 
-    const auto unknown = testing::runTool({"scan", "--family", "cobol"}, environment);
+    const auto unknown = testing::runTool({"--catalog", "macos", "scan", "--family", "cobol"}, environment);
     EXPECT_EQ(unknown.exitStatus, 2);
     EXPECT_NE(unknown.standardError.find("cobol"), std::string::npos);
     EXPECT_NE(unknown.standardError.find("xcode"), std::string::npos);  // the accepted names are listed
@@ -105,7 +106,7 @@ TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
 TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
     const auto plan = scanPlan();
     const std::string before = testing::listing(root.path());
-    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
     ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
 
     // What was chosen is gone.
@@ -143,18 +144,19 @@ TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
 
 TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNothing) {
     const std::string before = testing::listing(root.path());
-    const auto refused = testing::runTool({"clean"}, environment);
+    const auto refused = testing::runTool({"--catalog", "macos", "clean"}, environment);
     EXPECT_EQ(refused.exitStatus, 2);
-    const auto unknown = testing::runTool({"clean", "--yes", "--id", "no-such-target"}, environment);
+    const auto unknown =
+        testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "no-such-target"}, environment);
     EXPECT_EQ(unknown.exitStatus, 2);
     EXPECT_NE(unknown.standardError.find("no-such-target"), std::string::npos);
-    const auto dryRun = testing::runTool({"clean", "--dry-run"}, environment);
+    const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, environment);
     EXPECT_EQ(dryRun.exitStatus, 0) << dryRun.standardError;
     EXPECT_EQ(testing::listing(root.path()), before);
 }
 
 TEST_F(FakeHome, CleanByIdRemovesOnlyThatTarget) {
-    const auto result = testing::runTool({"clean", "--yes", "--id", "konan"}, environment);
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
     ASSERT_EQ(result.exitStatus, 0) << result.standardError;
     EXPECT_FALSE(std::filesystem::exists(home / ".konan"));
     EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o"));

@@ -107,6 +107,16 @@ TEST(ScanPlanJSON, TargetLayoutSortedKeysEscapedSlashesAndStableBytes) {
     EXPECT_EQ(decoded["totalBytes"], 4097);
 }
 
+TEST(ScanPlanJSON, NotesAppearOnlyWhenThereAreSome) {
+    ScanPlanJSON plan({});
+    const std::string without = plan.encoded();
+    plan.notes = {"X points to /srv/x"};
+    const std::string with = plan.encoded();
+    EXPECT_EQ(without.find("notes"), std::string::npos);
+    EXPECT_EQ(nlohmann::json::parse(with)["notes"], nlohmann::json::array({"X points to /srv/x"}));
+    EXPECT_NE(with.find("\"notes\" : [\n    \"X points to \\/srv\\/x\"\n  ],\n  \"targets\""), std::string::npos) << with;
+}
+
 TEST(ScanPlanJSON, TotalsComeFromTheSummaryAsPassed) {
     const auto docker = target("d", Level::safe, 5, false, Reversibility::regenerable, Family::docker);
     const auto plan = ScanPlanJSON({docker}, Reporter::summarize({}), {});

@@ -17,6 +17,7 @@ protected:
         env.home = home.path();
         env.tmpDir = tmp.path();
         env.projectRoots = {};
+        env.catalog = CatalogProfile::macos;
     }
 
     CleanService service() const {

@@ -16,7 +16,8 @@ using namespace std::chrono_literals;
 TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
     testing::TempDir root;
     const auto home = root / "home";
-    const auto env = Environment::fromConfig(home, root / "tmp", Config::defaults());
+    auto env = Environment::fromConfig(home, root / "tmp", Config::defaults());
+    env.catalog = CatalogProfile::macos;  // the profile whose detectors read application bundles
     // Without a metadata tool the live source falls back to modification dates.
     const auto oldApp = testing::makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
     for (const auto& entry : std::filesystem::recursive_directory_iterator(oldApp))

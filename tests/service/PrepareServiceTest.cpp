@@ -23,6 +23,7 @@ PrepareService serviceFor(const std::filesystem::path& home, const std::filesyst
     Environment env;
     env.home = home;
     env.tmpDir = tmpDir;
+    env.catalog = CatalogProfile::macos;
     return PrepareService{
         env,
         std::make_shared<StubProcessProbe>(running),

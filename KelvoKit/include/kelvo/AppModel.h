@@ -64,7 +64,7 @@ struct AppModelDependencies {
     // Runs work off the user-interface thread: live, a new thread for each operation.
     Dispatcher inBackground = &AppModelDependencies::onNewThread;
     // The environment a reload reads: live, Environment::live().
-    std::function<Environment()> loadEnvironment = &Environment::live;
+    std::function<Environment()> loadEnvironment = [] { return Environment::live(); };
     std::function<AppServices(const Environment&)> makeServices = &AppServices::live;
     std::function<std::optional<DiskSpace>(const std::filesystem::path&)> measureDisk = &DiskSpace::current;
 

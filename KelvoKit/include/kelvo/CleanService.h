@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
@@ -28,6 +29,8 @@ struct CleanService {
     CleanerList enabledCleaners() const;
     // Unsorted targets; nothing when the scan was stopped.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
+    // What the catalog left out and why (CleanerRegistry::BuiltCatalog::notes).
+    std::vector<std::string> catalogNotes() const;
     // The families that have targets in a scan of the whole catalog, enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;

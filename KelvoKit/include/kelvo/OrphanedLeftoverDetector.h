@@ -24,6 +24,9 @@ namespace kelvo {
 
 class OrphanedLeftoverDetector final : public Cleaner {
 public:
+    // The note of every leftover target, whatever found it (a fixed text, not looked up).
+    static constexpr const char* leftoverNote = "App no instalada; datos sobrantes.";
+
     // unidentifiedAppNames: names (without ".app") of installed bundles whose identifier
     // could not be read.
     OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,

@@ -1,5 +1,5 @@
 #pragma once
-// The prepare domain's facade: scans with the three prepare detectors (leftovers of
+// The prepare domain's facade: scans with the profile's prepare detectors (leftovers of
 // removed applications, unused applications, old simulator runtimes) through the scanner,
 // and carries out a clean of chosen targets through an executor behind a guard whose
 // allowed roots are the home, "/Applications" and, when a Flutter SDK is known, its bin
@@ -35,8 +35,10 @@ struct PrepareService {
     RuntimeLister simLister;
     // Where installed applications are looked for; nothing means the standard folders.
     std::optional<std::vector<std::filesystem::path>> appIndexDirs;
+    // Where the system's Flatpak and Snap installations are looked for (Linux profile).
+    std::filesystem::path systemRoot = "/";
 
-    // The three detectors, built afresh (the installed applications are listed each time).
+    // The profile's detectors, built afresh (the installed applications are listed each time).
     CleanerList preparers() const;
     // Unsorted, unselected targets; nothing when the scan was stopped.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;

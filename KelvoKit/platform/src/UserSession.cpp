@@ -56,4 +56,6 @@ std::optional<std::filesystem::path> executableDirectory() {
     return executable.parent_path();
 }
 
+std::optional<std::string> environmentVariable(const std::string& name) { return variable(name.c_str()); }
+
 }  // namespace kelvo::platform

@@ -18,5 +18,7 @@ std::filesystem::path temporaryDirectory();
 std::optional<std::string> preferredLanguage();
 // The directory of the running executable; nothing when it cannot be found.
 std::optional<std::filesystem::path> executableDirectory();
+// A variable of this process's environment; nothing when it is unset or empty.
+std::optional<std::string> environmentVariable(const std::string& name);
 
 }  // namespace kelvo::platform
