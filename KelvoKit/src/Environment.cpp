@@ -100,7 +100,7 @@ std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
     std::vector<std::filesystem::path> roots;
     for (const auto& entry : projectRoots) {
         auto expanded = expand(entry, home);
-        if (!expanded || Paths::standardized(*expanded) == standardHome) continue;
+        if (!expanded || Paths::same(Paths::standardized(*expanded).string(), standardHome.string())) continue;
         roots.push_back(std::move(*expanded));
     }
     return roots;

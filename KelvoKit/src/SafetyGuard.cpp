@@ -18,7 +18,7 @@ bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
     for (const auto& root : allowedRoots) {
         const std::string normalRoot = normalForm(root);
         // A root is never deletable itself, but another root may still contain it.
-        if (normalRoot.empty() || normalRoot == candidate) continue;
+        if (normalRoot.empty() || Paths::same(normalRoot, candidate)) continue;
         if (Paths::isInside(candidate, normalRoot)) {
             insideRoot = true;
             break;
@@ -26,7 +26,7 @@ bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
     }
     if (!insideRoot) return false;
 
-    if (candidate == normalForm(home)) return false;
+    if (Paths::same(candidate, normalForm(home))) return false;
 
     // Protected paths and exclusions refuse themselves, everything inside them and every
     // folder that holds them (removing ~/Library would take ~/Library/.../Archives along).
@@ -34,7 +34,7 @@ bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
         for (const auto& entry : *list) {
             const std::string normalEntry = normalForm(entry);
             if (normalEntry.empty()) continue;
-            if (candidate == normalEntry || Paths::isInside(candidate, normalEntry) ||
+            if (Paths::same(candidate, normalEntry) || Paths::isInside(candidate, normalEntry) ||
                 Paths::isInside(normalEntry, candidate))
                 return false;
         }

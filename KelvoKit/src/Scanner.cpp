@@ -10,15 +10,17 @@
 namespace kelvo {
 namespace {
 
-// Every path offered by a path target, by standardised path string, with the ids that offer it.
+// The text by which paths are matched against each other here.
+std::string keyOf(const std::filesystem::path& path) { return Paths::comparable(Paths::standardized(path).string()); }
+
+// Every path offered by a path target, by key, with the ids that offer it.
 using PathOwners = std::unordered_map<std::string, std::vector<const std::string*>>;
 
 PathOwners ownersOf(const std::vector<CleanTarget>& targets) {
     PathOwners owners;
     for (const auto& target : targets) {
         if (!target.kind.isPath()) continue;
-        for (const auto& url : target.kind.pathList())
-            owners[Paths::standardized(url).string()].push_back(&target.id);
+        for (const auto& url : target.kind.pathList()) owners[keyOf(url)].push_back(&target.id);
     }
     return owners;
 }
@@ -35,10 +37,7 @@ bool isCovered(const std::string& path, const std::string& id, const PathOwners&
             for (const auto* owner : ancestor->second)
                 if (*owner != id) return true;
     }
-    if (path.size() > 1 && path.front() == '/')
-        if (const auto root = owners.find("/"); root != owners.end())
-            for (const auto* owner : root->second)
-                if (*owner != id) return true;
+    // Nothing lies inside "/": a target offering the root covers no other.
     return false;
 }
 
@@ -56,7 +55,7 @@ std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets,
         const auto& urls = target.kind.pathList();
         std::vector<std::filesystem::path> kept;
         for (const auto& url : urls)
-            if (!isCovered(Paths::standardized(url).string(), target.id, owners)) kept.push_back(url);
+            if (!isCovered(keyOf(url), target.id, owners)) kept.push_back(url);
         if (kept.size() == urls.size()) {
             result.push_back(target);
             continue;

@@ -43,6 +43,10 @@ TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRoot) {
     environment.home = home;
     environment.projectRoots = {"~", "~/", "a", "", "~/x/..", "/home/dev/.", "~nobody", "a", "/srv/code"};
     EXPECT_EQ(environment.resolvedProjectRoots(), (std::vector<path>{"/home/dev/a", "/home/dev/a", "/srv/code"}));
+    // A home spelled with a decomposed accent is the same folder as the one-character spelling.
+    environment.home = "/home/caf\xC3\xA9";
+    environment.projectRoots = {"/home/cafe\xCC\x81", "/home/cafe\xCC\x81/a"};
+    EXPECT_EQ(environment.resolvedProjectRoots(), std::vector<path>{"/home/cafe\xCC\x81/a"});
 }
 
 TEST(EnvironmentRoots, ExclusionsKeepHome) {

@@ -13,6 +13,7 @@ namespace kelvo {
 namespace {
 
 using namespace std::chrono_literals;
+using std::filesystem::path;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -159,6 +160,22 @@ TEST_F(FakeHome, CleanByIdRemovesOnlyThatTarget) {
     EXPECT_FALSE(std::filesystem::exists(home / ".konan"));
     EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o"));
     EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache/content-v2/sha512/aa/bb/cc"));
+}
+
+TEST_F(FakeHome, ExclusionTypedComposedProtectsAProjectSpelledDecomposed) {
+    // The folder's é is e + U+0301 on disk; the exclusion was typed with the one character.
+    const path project = home / "workspace/cafe\xCC\x81";
+    writeFile(project / "package.json", 100);
+    const path kept = writeFile(project / "node_modules/dep/index.js", 4000);
+    testing::setModificationTime(project / "node_modules", std::chrono::system_clock::now() - 40 * 24h);
+    testing::writeText(home / ".config/kelvo/config.json",
+                       R"({"defaultLevel": "moderate", "extraExclusions": ["~/workspace/caf\u00e9"],)"
+                       R"( "keepRecentDays": 3, "projectRoots": ["~/workspace"]})");
+
+    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 1) << result.standardOutput << result.standardError;  // the project's kind is skipped
+    EXPECT_TRUE(std::filesystem::exists(kept));
+    EXPECT_FALSE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData"));  // the rest was cleaned
 }
 
 }  // namespace

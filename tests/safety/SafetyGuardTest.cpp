@@ -166,5 +166,23 @@ TEST_F(SafetyGuardTest, ExclusionsRefuseThemselvesTheirContentAndTheirParents) {
     EXPECT_TRUE(cleanGuard().isDeletable(home / "Projects"));
 }
 
+TEST_F(SafetyGuardTest, CanonicallyEquivalentSpellingsNameOnePlace) {
+    // On disk the name is e + U+0301; the user typed the one-character é, or the reverse.
+    const std::string composed = "caf\xC3\xA9";
+    const std::string decomposed = "cafe\xCC\x81";
+    const path project = makeDirectory(home / "Projects" / decomposed / "node_modules");
+    EXPECT_FALSE(cleanGuard({home / "Projects" / composed}).isDeletable(project));
+    EXPECT_FALSE(cleanGuard({home / "Projects" / composed / "node_modules"}).isDeletable(home / "Projects"));
+    EXPECT_TRUE(cleanGuard({home / "Projects" / (composed + "2")}).isDeletable(project));
+
+    // Protected paths, the home and the roots are compared the same way.
+    const path spelledHome = makeDirectory(root / decomposed);
+    const path typedHome = root / composed;
+    const SafetyGuard guard{typedHome, {typedHome}, protectedPathsUnder(typedHome), {}};
+    EXPECT_FALSE(guard.isDeletable(spelledHome));
+    EXPECT_FALSE(guard.isDeletable(makeDirectory(spelledHome / ".android/avd")));
+    EXPECT_TRUE(guard.isDeletable(makeDirectory(spelledHome / ".android/cache")));
+}
+
 }  // namespace
 }  // namespace kelvo

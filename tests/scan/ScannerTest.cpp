@@ -98,6 +98,17 @@ TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
     EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
 }
 
+TEST(ScannerDedup, CanonicallyEquivalentSpellingsAreOnePathAndNothingLiesInsideTheRoot) {
+    const std::string composed = "/x/caf\xC3\xA9";
+    const std::string decomposed = "/x/cafe\xCC\x81";
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("b", {decomposed}), pathTarget("a", {composed})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {"/"}), pathTarget("b", {"/x"})})),
+              (std::vector<std::string>{"a", "b"}));
+}
+
 // A cleaner with a fixed answer, for scans.
 class FixedCleaner final : public Cleaner {
 public:
