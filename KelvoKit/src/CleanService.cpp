@@ -30,6 +30,7 @@ SafetyGuard CleanService::guard() const {
 }
 
 ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
+    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
     const Executor executor{guard(), dryRun, force, probe, runCommand};
     return executor.execute(targets);
 }

@@ -66,8 +66,10 @@ Environment Environment::fromConfig(const std::filesystem::path& home, const std
     return env;
 }
 
+std::filesystem::path Environment::liveHome() { return platform::homeDirectory().value_or("/"); }
+
 Environment Environment::live() {
-    const auto home = platform::homeDirectory();
+    const auto home = liveHome();
     Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home));
     env.flutterBinCache = findFlutterBinCache();
     return env;

@@ -145,6 +145,12 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
     return report;
 }
 
+ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason) {
+    ExecutionReport report;
+    for (const auto& target : targets) skip(report, target, reason);
+    return report;
+}
+
 int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
 
 RemovalOutcome Executor::removeResiliently(const path& location) {

@@ -1,5 +1,6 @@
 #include "kelvo/SafetyGuard.h"
 
+#include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/platform/FileSystem.h"
 
@@ -10,9 +11,19 @@ std::string SafetyGuard::normalForm(const std::filesystem::path& path) {
     return Paths::standardized(platform::resolveSymlinks(path)).string();
 }
 
+bool SafetyGuard::anchorsRemoval(const std::filesystem::path& folder) {
+    return folder.is_absolute() && normalForm(folder) != "/";
+}
+
+std::optional<std::string> SafetyGuard::refusalFor(const Environment& env) {
+    if (!anchorsRemoval(env.home)) return L10n::t("exec.refuse.home", env.home.string());
+    if (!anchorsRemoval(env.tmpDir)) return L10n::t("exec.refuse.tmpDir", env.tmpDir.string());
+    return std::nullopt;
+}
+
 bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
     const std::string candidate = normalForm(path);
-    if (candidate.empty()) return false;
+    if (candidate.empty() || !anchorsRemoval(home)) return false;
 
     bool insideRoot = false;
     for (const auto& root : allowedRoots) {

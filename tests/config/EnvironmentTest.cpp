@@ -7,7 +7,9 @@
 #include "kelvo/Config.h"
 #include "kelvo/Environment.h"
 #include "kelvo/Paths.h"
+#include "kelvo/SafetyGuard.h"
 #include "support/TempDir.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -112,6 +114,22 @@ TEST_F(LiveEnvironment, WithoutHomeUsesThePasswordDatabase) {
     EXPECT_EQ(environment.tmpDir, path("/tmp"));
     set("HOME", "");
     EXPECT_EQ(Environment::live().home, path(entry->pw_dir));
+}
+
+TEST_F(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
+    constexpr unsigned stranger = 64999;
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "only root can run as a user without a password entry";
+    if (::getpwuid(stranger)) GTEST_SKIP() << "uid " << stranger << " has a password entry on this machine";
+    const auto run = testing::runAsUnprivileged([] {
+        ::unsetenv("HOME");
+        return Environment::liveHome().string();
+    }, stranger);
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, "/");
+    Environment environment;
+    environment.home = *run.output;
+    environment.tmpDir = "/tmp";
+    EXPECT_TRUE(SafetyGuard::refusalFor(environment));
 }
 
 TEST_F(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePath) {

@@ -178,5 +178,27 @@ TEST_F(FakeHome, ExclusionTypedComposedProtectsAProjectSpelledDecomposed) {
     EXPECT_FALSE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData"));  // the rest was cleaned
 }
 
+TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
+    const std::string before = testing::listing(root.path());
+    auto homeAtRoot = environment;
+    homeAtRoot["HOME"] = "/";
+    const auto clean = testing::runTool({"clean", "--yes", "--id", "tmpdir-scratch/metro-abc"}, homeAtRoot);
+    EXPECT_EQ(clean.exitStatus, 2) << clean.standardOutput;
+    EXPECT_NE(clean.standardError.find("HOME"), std::string::npos) << clean.standardError;
+    const auto prepare = testing::runTool({"prepare", "clean", "--dry-run"}, homeAtRoot);
+    EXPECT_EQ(prepare.exitStatus, 2) << prepare.standardOutput;
+
+    auto tmpAtRoot = environment;
+    tmpAtRoot["TMPDIR"] = "/";
+    const auto tmpClean = testing::runTool({"clean", "--yes"}, tmpAtRoot);
+    EXPECT_EQ(tmpClean.exitStatus, 2) << tmpClean.standardOutput;
+    EXPECT_NE(tmpClean.standardError.find("TMPDIR"), std::string::npos) << tmpClean.standardError;
+    EXPECT_EQ(testing::listing(root.path()), before);
+
+    const auto scan = testing::runTool({"scan", "--json"}, tmpAtRoot);
+    EXPECT_EQ(scan.exitStatus, 0) << scan.standardError;
+    EXPECT_NE(scan.standardOutput.find("derived-data"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "kelvo/L10n.h"
 #include "kelvo/SafetyGuard.h"
 #include "support/TempDir.h"
 
@@ -182,6 +183,47 @@ TEST_F(SafetyGuardTest, CanonicallyEquivalentSpellingsNameOnePlace) {
     EXPECT_FALSE(guard.isDeletable(spelledHome));
     EXPECT_FALSE(guard.isDeletable(makeDirectory(spelledHome / ".android/avd")));
     EXPECT_TRUE(guard.isDeletable(makeDirectory(spelledHome / ".android/cache")));
+}
+
+TEST_F(SafetyGuardTest, TheFileSystemRootIsNeverARootAndAHomeThereAnchorsNothing) {
+    const path cache = writeFile(home / "Library/Caches/x");
+    EXPECT_FALSE((SafetyGuard{home, {"/"}, {}, {}}.isDeletable(cache)));
+    EXPECT_FALSE((SafetyGuard{home, {"/"}, {}, {}}.isDeletable("/etc")));
+    std::filesystem::create_directory_symlink("/", root / "root-link");
+    for (const path& unusable : {path("/"), root / "root-link", path(""), path("relative/home")}) {
+        EXPECT_FALSE((SafetyGuard{unusable, {home, tmp}, {}, {}}.isDeletable(cache))) << unusable;
+        EXPECT_FALSE((SafetyGuard{unusable, {home, tmp}, {}, {}}.isDeletable(tmp / "y"))) << unusable;
+    }
+}
+
+TEST_F(SafetyGuardTest, AnEnvironmentWithoutAHomeOrTemporaryFolderOfItsOwnIsRefused) {
+    std::filesystem::create_directory_symlink("/", root / "root-link");
+    struct Case {
+        path home, tmp;
+        const char* key;  // nullptr: accepted
+    };
+    const Case cases[] = {
+        {home, tmp, nullptr},
+        {"/", tmp, "exec.refuse.home"},
+        {root / "root-link", tmp, "exec.refuse.home"},
+        {"", tmp, "exec.refuse.home"},
+        {"home", tmp, "exec.refuse.home"},
+        {home, "/", "exec.refuse.tmpDir"},
+        {home, "//", "exec.refuse.tmpDir"},
+        {home, root / "root-link/.", "exec.refuse.tmpDir"},
+    };
+    for (const auto& c : cases) {
+        Environment env;
+        env.home = c.home;
+        env.tmpDir = c.tmp;
+        const auto reason = SafetyGuard::refusalFor(env);
+        if (!c.key) {
+            EXPECT_FALSE(reason) << c.home << " " << c.tmp;
+            continue;
+        }
+        const path& named = std::string(c.key) == "exec.refuse.home" ? c.home : c.tmp;
+        EXPECT_EQ(reason, L10n::t(c.key, named.string())) << c.home << " " << c.tmp;
+    }
 }
 
 }  // namespace

@@ -22,10 +22,13 @@ struct Environment {
     std::vector<std::string> extraExclusions;
     std::optional<std::set<Family>> enabledFamilies;  // absent: every family is enabled
 
-    // The running user's environment: home from $HOME (else the password database),
-    // temporary directory from $TMPDIR (else /tmp), the configuration file under home,
-    // and the Flutter cache found through `/usr/bin/which flutter`.
+    // The running user's environment: home from liveHome, temporary directory from $TMPDIR
+    // (else /tmp), the configuration file under home, and the Flutter cache found through
+    // `/usr/bin/which flutter`.
     static Environment live();
+    // The running user's home: $HOME, else the password database. When neither gives one
+    // it is "/": scans still read from there, and no clean accepts it (SafetyGuard::refusalFor).
+    static std::filesystem::path liveHome();
     // The same from an explicit home and temporary directory (no flutter lookup).
     static Environment fromConfig(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
                                   const struct Config& config);

@@ -44,6 +44,8 @@ struct Executor {
     CommandRunner runCommand = &Executor::shell;
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
+    // Every target skipped with the same reason, nothing looked at: a run that must not start.
+    static ExecutionReport refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason);
 
     // Runs the line through /bin/sh -c with this process's streams and environment and
     // waits for it; -1 when it cannot start.

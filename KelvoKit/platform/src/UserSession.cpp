@@ -17,14 +17,14 @@ std::optional<std::string> variable(const char* name) {
 
 }  // namespace
 
-std::filesystem::path homeDirectory() {
+std::optional<std::filesystem::path> homeDirectory() {
     if (auto home = variable("HOME")) return *home;
     std::vector<char> buffer(16384);
     struct passwd entry {};
     struct passwd* found = nullptr;
     if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir)
         return found->pw_dir;
-    return "/";
+    return std::nullopt;
 }
 
 std::filesystem::path temporaryDirectory() {

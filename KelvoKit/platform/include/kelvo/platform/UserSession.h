@@ -6,8 +6,9 @@
 
 namespace kelvo::platform {
 
-// $HOME when set and not empty, else the password database's entry for the user.
-std::filesystem::path homeDirectory();
+// $HOME when set and not empty, else the password database's entry for the user; nothing
+// when neither gives one.
+std::optional<std::filesystem::path> homeDirectory();
 // $TMPDIR when set and not empty, else /tmp.
 std::filesystem::path temporaryDirectory();
 // The language code of the first of LC_ALL, LC_MESSAGES, LANG that is set and not empty
