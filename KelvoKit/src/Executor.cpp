@@ -7,6 +7,7 @@
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/RemovalChecks.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 #include "kelvo/platform/TreeRemoval.h"
@@ -88,12 +89,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         const auto& paths = target.kind.pathList();
         bool refused = false;
         for (const auto& location : paths) {
-            if (!safety.isDeletable(location)) {
-                skip(report, target, L10n::t("exec.skip.protectedPath", location.string()));
-                refused = true;
-                break;
-            }
-            if (auto reason = unsafeToDeleteReason(location)) {
+            if (auto reason = pathRefusal(location)) {
                 skip(report, target, std::move(*reason));
                 refused = true;
                 break;
@@ -201,15 +197,16 @@ std::optional<std::string> Executor::protectedAppReason(const CleanTarget& targe
 }
 
 std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) const {
+    if (auto reason = RemovalChecks::linkReason(location)) return reason;
     const path standard = Paths::standardized(location);
-    if (platform::isSymbolicLink(standard).value_or(false))
-        return L10n::t("exec.skip.symlinkFinal", standard.string());
-    const path parent = standard.parent_path();
-    const path resolved = Paths::standardized(platform::resolveSymlinks(parent));
-    if (resolved.string() != parent.string()) return L10n::t("exec.skip.symlinkAncestor", resolved.string());
-    const path candidate = resolved / standard.filename();
+    const path candidate = Paths::standardized(platform::resolveSymlinks(standard.parent_path())) / standard.filename();
     if (!safety.isDeletable(candidate)) return L10n::t("exec.skip.resolvedUnsafe", candidate.string());
-    return std::nullopt;
+    return RemovalChecks::ownerReason(standard);
+}
+
+std::optional<std::string> Executor::pathRefusal(const path& location) const {
+    if (!safety.isDeletable(location)) return L10n::t("exec.skip.protectedPath", location.string());
+    return unsafeToDeleteReason(location);
 }
 
 }  // namespace kelvo

@@ -200,5 +200,41 @@ TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
     EXPECT_NE(scan.standardOutput.find("derived-data"), std::string::npos);
 }
 
+TEST_F(FakeHome, AnotherUsersEntryInTheTemporaryFolderIsNeitherOfferedNorRemoved) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    const path theirs = writeFile(tmp / "metro-theirs/cache.bin", 2000).parent_path();
+    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::lchown((theirs / "cache.bin").c_str(), 65534, 65534), 0);
+    const auto plan = scanPlan();
+    EXPECT_FALSE(plan.contains("tmpdir-scratch/metro-theirs"));
+    EXPECT_TRUE(plan.contains("tmpdir-scratch/metro-abc"));
+
+    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+    EXPECT_TRUE(std::filesystem::exists(theirs / "cache.bin"));
+    EXPECT_FALSE(std::filesystem::exists(tmp / "metro-abc"));
+}
+
+TEST_F(FakeHome, ACatalogPathThatIsALinkIsShownUnchosenAndLeftAlone) {
+    const path brew = writeFile(root / "elsewhere/Homebrew/downloads/bottle.tar.gz", 30000).parent_path().parent_path();
+    testing::makeDirectory(home / "Library/Caches");
+    std::filesystem::create_directory_symlink(brew, home / "Library/Caches/Homebrew");
+    const auto plan = scanPlan();
+    ASSERT_TRUE(plan.contains("homebrew-cache"));
+    const auto& linked = plan.at("homebrew-cache");
+    EXPECT_EQ(linked["preselected"], false);
+    EXPECT_EQ(linked["sizeBytes"], 0);  // not measured through the link
+    EXPECT_NE(linked["notes"].get<std::string>().find((home / "Library/Caches/Homebrew").string()), std::string::npos);
+
+    // The dry run and the clean take exactly what the scan preselected, and none of it is refused.
+    const auto dryRun = testing::runTool({"clean", "--dry-run"}, environment);
+    for (const auto& [id, target] : plan)
+        EXPECT_EQ(dryRun.standardOutput.find(id) != std::string::npos, target["preselected"] == true) << id;
+    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput;
+    EXPECT_TRUE(std::filesystem::is_symlink(home / "Library/Caches/Homebrew"));
+    EXPECT_TRUE(std::filesystem::exists(brew / "downloads/bottle.tar.gz"));
+}
+
 }  // namespace
 }  // namespace kelvo

@@ -256,6 +256,26 @@ TEST_F(ExecutorTest, UnsafeReasonNamesEachKindOfLink) {
               L10n::t("exec.skip.symlinkAncestor", outside.string()));
 }
 
+TEST_F(ExecutorTest, PathsOfAnotherUserAreNeverRemoved) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    const path theirs = writeFile(tmp / "metro-theirs/cache", 100).parent_path();
+    testing::chownTree(theirs, testing::nobodyId, testing::nobodyId);
+    const path mine = writeFile(tmp / "metro-mine/cache", 100).parent_path();
+    RecordingRunner runner;
+    auto checked = executor({}, {}, runner);
+    const auto report = checked.execute({
+        pathTarget("theirs", Family::devMisc, {theirs}),
+        pathTarget("both", Family::devMisc, {mine, theirs}),
+    });
+    const std::string reason = L10n::t("exec.skip.otherOwner", theirs.string());
+    EXPECT_EQ(texts(report.skipped),
+              (std::vector<std::string>{"theirs: " + reason, "both: " + reason}));
+    EXPECT_TRUE(report.deleted.empty());
+    EXPECT_TRUE(runner.calls->empty());
+    EXPECT_TRUE(fs::exists(theirs / "cache"));
+    EXPECT_TRUE(fs::exists(mine / "cache"));
+}
+
 TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
     const path apps = home / "Applications";
     testing::writeAppBundle(apps / "Safari.app", "com.apple.Safari", "Safari");

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <thread>
 
+#include "kelvo/L10n.h"
 #include "kelvo/Scanner.h"
 #include "kelvo/WorkerPool.h"
 #include "support/TempDir.h"
@@ -173,6 +175,33 @@ TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
     stopper.join();
     EXPECT_FALSE(result.has_value());
     EXPECT_EQ(stopsSeen.load(), 1);
+}
+
+TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    TempDir home;
+    const auto mine = testing::writeFile(home / "mine/file", 5000).parent_path();
+    const auto theirs = testing::writeFile(home / "theirs/file", 9000).parent_path();
+    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
+    std::filesystem::create_directory_symlink(mine, home / "link");
+    std::filesystem::create_directory_symlink(mine, home / "other-link");
+    CleanerList cleaners{std::make_shared<FixedCleaner>(
+        "c", std::vector<CleanTarget>{pathTarget("both", {mine, theirs}, 14000), pathTarget("foreign", {theirs}),
+                                      pathTarget("linked", {home / "link"}, 0, "partial"),
+                                      pathTarget("below-link", {home / "other-link/file"})})};
+
+    const auto result = Scanner(cleaners).scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
+    EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
+    EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));
+    EXPECT_FALSE((*result)[0].blockedByLink);
+    const std::string linkNote = L10n::t("cleaner.note.link", L10n::t("exec.skip.symlinkFinal", (home / "link").string()));
+    EXPECT_TRUE((*result)[1].blockedByLink);
+    EXPECT_EQ((*result)[1].notes, linkNote + " partial");
+    EXPECT_TRUE((*result)[2].blockedByLink);
+    EXPECT_NE((*result)[2].notes.find(mine.string()), std::string::npos) << (*result)[2].notes;
+    EXPECT_TRUE(std::filesystem::exists(theirs / "file"));
 }
 
 }  // namespace

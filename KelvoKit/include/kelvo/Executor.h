@@ -63,9 +63,11 @@ struct Executor {
     std::optional<std::string> runningBundle(const CleanTarget& target) const;
     // Why a target of appLeftovers or unusedApps touches a protected application.
     std::optional<std::string> protectedAppReason(const CleanTarget& target) const;
-    // The path is itself a link, its parent chain holds a link, or the resolved path is
-    // refused by the guard.
+    // The path is itself a link, its parent chain holds a link, the resolved path is refused
+    // by the guard, or the item belongs to another user (kelvo/RemovalChecks.h).
     std::optional<std::string> unsafeToDeleteReason(const std::filesystem::path& path) const;
+    // The guard's decision, then unsafeToDeleteReason: what every path of a target passes.
+    std::optional<std::string> pathRefusal(const std::filesystem::path& path) const;
 };
 
 }  // namespace kelvo

@@ -27,6 +27,8 @@ std::optional<std::filesystem::path> homeDirectory() {
     return std::nullopt;
 }
 
+unsigned currentUserID() { return static_cast<unsigned>(::geteuid()); }
+
 std::filesystem::path temporaryDirectory() {
     if (auto directory = variable("TMPDIR")) return *directory;
     return "/tmp";

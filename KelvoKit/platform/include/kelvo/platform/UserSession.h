@@ -9,6 +9,8 @@ namespace kelvo::platform {
 // $HOME when set and not empty, else the password database's entry for the user; nothing
 // when neither gives one.
 std::optional<std::filesystem::path> homeDirectory();
+// The user id whose rights this process uses (the effective one).
+unsigned currentUserID();
 // $TMPDIR when set and not empty, else /tmp.
 std::filesystem::path temporaryDirectory();
 // The language code of the first of LC_ALL, LC_MESSAGES, LANG that is set and not empty
