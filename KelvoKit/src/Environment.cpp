@@ -108,6 +108,10 @@ std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
     return roots;
 }
 
+ShellVariables Environment::shellVariables() const {
+    return {{"HOME", home.string()}, {"TMPDIR", tmpDir.string()}};
+}
+
 std::vector<std::filesystem::path> Environment::resolvedExtraExclusions() const {
     std::vector<std::filesystem::path> exclusions;
     for (const auto& entry : extraExclusions)

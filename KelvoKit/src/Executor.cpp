@@ -8,6 +8,7 @@
 #include "kelvo/Paths.h"
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/RemovalChecks.h"
+#include "kelvo/ShellCommand.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 #include "kelvo/platform/TreeRemoval.h"
@@ -68,12 +69,16 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         }
 
         if (target.kind.isCommand()) {
+            if (auto reason = commandRefusal(target.kind.commandLine())) {
+                skip(report, target, std::move(*reason));
+                continue;
+            }
             if (dryRun) {
                 report.deleted.push_back(target.id);
                 report.freedBytes += target.sizeBytes;
                 continue;
             }
-            const int status = runCommand ? runCommand(target.kind.commandLine()) : -1;
+            const int status = runCommand ? runCommand(target.kind.commandLine(), shellVariables) : -1;
             if (status == 127) {
                 report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
             } else if (status != 0) {
@@ -147,7 +152,9 @@ ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, c
     return report;
 }
 
-int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
+int Executor::shell(const std::string& commandLine, const ShellVariables& variables) {
+    return platform::runShell(commandLine, variables);
+}
 
 RemovalOutcome Executor::removeResiliently(const path& location) {
     const path standard = Paths::standardized(location);
@@ -207,6 +214,18 @@ std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) 
 std::optional<std::string> Executor::pathRefusal(const path& location) const {
     if (!safety.isDeletable(location)) return L10n::t("exec.skip.protectedPath", location.string());
     return unsafeToDeleteReason(location);
+}
+
+std::optional<std::string> Executor::commandRefusal(const std::string& commandLine) const {
+    const ShellCommand command = ShellCommand::read(commandLine, shellVariables);
+    if (command.refusal) return command.refusal;
+    for (const auto& place : command.places) {
+        // A pattern's folder must be a place to remove in, whatever it matches now.
+        if (!safety.isDeletable(place.path)) return L10n::t("exec.skip.protectedPath", place.path.string());
+        for (const auto& match : ShellCommand::matches(place))
+            if (auto reason = pathRefusal(match)) return reason;
+    }
+    return std::nullopt;
 }
 
 }  // namespace kelvo

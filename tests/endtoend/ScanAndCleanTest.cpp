@@ -2,6 +2,7 @@
 // a clean removes and, above all, leaves alone.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include <map>
 #include <set>
@@ -198,6 +199,23 @@ TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
     const auto scan = testing::runTool({"scan", "--json"}, tmpAtRoot);
     EXPECT_EQ(scan.exitStatus, 0) << scan.standardError;
     EXPECT_NE(scan.standardOutput.find("derived-data"), std::string::npos);
+}
+
+TEST_F(FakeHome, ACommandRunsWithTheResolvedTemporaryFolderWhenTMPDIRIsUnset) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "the canary must stand at the file-system root, where only root writes";
+    // Without TMPDIR the temporary folder is /tmp; "$TMPDIR"/haste-map-* must never become /haste-map-*.
+    const std::string name = "haste-map-kelvo-test-" + std::to_string(::getpid());
+    const path canary = writeFile(path("/") / name / "keep", 100).parent_path();
+    const path scratch = testing::makeDirectory(path("/tmp") / name);
+    auto withoutTmp = environment;
+    withoutTmp.erase("TMPDIR");
+    const auto result = testing::runTool({"clean", "--id", "metro-cache", "--yes"}, withoutTmp);
+    const bool canaryKept = std::filesystem::exists(canary / "keep");
+    std::filesystem::remove_all(canary);
+    std::filesystem::remove_all(scratch);
+    EXPECT_TRUE(canaryKept) << result.standardOutput << result.standardError;
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+    EXPECT_FALSE(std::filesystem::exists(scratch)) << "the command did not run in /tmp";
 }
 
 TEST_F(FakeHome, AnotherUsersEntryInTheTemporaryFolderIsNeitherOfferedNorRemoved) {

@@ -37,7 +37,7 @@ protected:
         Executor result;
         result.safety = testing::guardFor(home, {home});
         result.probe = std::make_shared<StubProcessProbe>();
-        result.runCommand = [](const std::string&) { return 0; };
+        result.runCommand = [](const std::string&, const ShellVariables&) { return 0; };
         return result;
     }
 

@@ -4,6 +4,7 @@
 // from it; it is a plain value and reads nothing after it is built.
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,6 +13,9 @@
 #include "kelvo/Family.h"
 
 namespace kelvo {
+
+// Variables set for a command Kelvo runs, by name.
+using ShellVariables = std::map<std::string, std::string>;
 
 struct Environment {
     std::filesystem::path home;
@@ -42,6 +46,9 @@ struct Environment {
     // Expanded project roots, the home itself dropped, order and duplicates kept.
     std::vector<std::filesystem::path> resolvedProjectRoots() const;
     std::vector<std::filesystem::path> resolvedExtraExclusions() const;
+    // HOME and TMPDIR as resolved here: every command runs with them, never with the
+    // variables Kelvo itself was started with, and the paths it names are expanded with them.
+    ShellVariables shellVariables() const;
 };
 
 }  // namespace kelvo
