@@ -1,7 +1,7 @@
 #pragma once
 // The subcommands of the kelvo tool. Each registers itself on the application and records
 // the process's exit status when it runs: 0 success, 1 a failure of the work itself,
-// 2 a usage error.
+// 2 a usage error, or a clean the library refuses before it starts.
 #include <CLI/CLI.hpp>
 
 #include "kelvo/Environment.h"

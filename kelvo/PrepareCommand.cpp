@@ -51,6 +51,7 @@ void registerPrepareCommand(CLI::App& app) {
         const auto families = parseFamilies(request.familyNames);
         if (!families) return setExitStatus(usageErrorStatus);
         const auto service = liveService();
+        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
         const auto targets = scanWithProgress(service);
         setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
             return service.clean(chosen, dryRun, force);

@@ -61,6 +61,7 @@ void registerCleanCommand(CLI::App& app) {
         if (!families) return setExitStatus(usageErrorStatus);
         // Ids may name targets of any family, so only a family-only request narrows the scan.
         const auto service = liveService(request.ids.empty() ? *families : std::set<Family>{});
+        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
         const auto targets = scanWithProgress(service);
         setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
             return service.clean(chosen, dryRun, force);

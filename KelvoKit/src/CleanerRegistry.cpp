@@ -575,11 +575,11 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
     c.paths("xamarin-android-sdk", F::dotNet, {at.data("Xamarin")}, moderate, redownload);
     c.command("dotnet-workload-clean", F::dotNet, "dotnet workload clean", safe, redownload);
 
-    // The temporary folder is shared: only the user's own Metro and haste-map caches go.
+    // The temporary folder may be shared: the executor runs this only when every entry it
+    // names is the user's own.
     c.command("metro-cache", F::reactNative,
-              "find \"${TMPDIR:-/tmp}\" -mindepth 1 -maxdepth 1 -user \"$(id -u)\" \\( -name metro-cache "
-              "-o -name 'metro-bundler-cache-*' -o -name 'react-native-packager-cache-*' -o -name 'haste-map-*' \\) "
-              "-exec rm -rf {} +",
+              "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* "
+              "\"$TMPDIR\"/react-native-packager-cache-* \"$TMPDIR\"/haste-map-*",
               safe, rebuild);
     c.command("watchman-state", F::reactNative, "watchman watch-del-all; watchman shutdown-server", safe, rebuild);
 

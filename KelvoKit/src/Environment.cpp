@@ -69,8 +69,10 @@ Environment Environment::fromConfig(const std::filesystem::path& home, const std
     return env;
 }
 
+std::filesystem::path Environment::liveHome() { return platform::homeDirectory().value_or("/"); }
+
 Environment Environment::live(CatalogProfile catalog) {
-    const auto home = platform::homeDirectory();
+    const auto home = liveHome();
     Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home));
     env.flutterBinCache = findFlutterBinCache();
     env.catalog = catalog;
@@ -108,10 +110,14 @@ std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
     std::vector<std::filesystem::path> roots;
     for (const auto& entry : projectRoots) {
         auto expanded = expand(entry, home);
-        if (!expanded || Paths::standardized(*expanded) == standardHome) continue;
+        if (!expanded || Paths::same(Paths::standardized(*expanded).string(), standardHome.string())) continue;
         roots.push_back(std::move(*expanded));
     }
     return roots;
+}
+
+ShellVariables Environment::shellVariables() const {
+    return {{"HOME", home.string()}, {"TMPDIR", tmpDir.string()}};
 }
 
 std::vector<std::filesystem::path> Environment::resolvedExtraExclusions() const {

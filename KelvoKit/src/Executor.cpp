@@ -7,6 +7,8 @@
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/RemovalChecks.h"
+#include "kelvo/ShellCommand.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 #include "kelvo/platform/TreeRemoval.h"
@@ -62,12 +64,16 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         }
 
         if (target.kind.isCommand()) {
+            if (auto reason = commandRefusal(target.kind.commandLine())) {
+                skip(report, target, std::move(*reason));
+                continue;
+            }
             if (dryRun) {
                 report.deleted.push_back(target.id);
                 report.freedBytes += target.sizeBytes;
                 continue;
             }
-            const int status = runCommand(target.kind.commandLine());
+            const int status = runCommand(target.kind.commandLine(), shellVariables);
             if (status == 127) {
                 report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
             } else if (status != 0) {
@@ -83,12 +89,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         const auto& paths = target.kind.pathList();
         bool refused = false;
         for (const auto& location : paths) {
-            if (!safety.isDeletable(location)) {
-                skip(report, target, L10n::t("exec.skip.protectedPath", location.string()));
-                refused = true;
-                break;
-            }
-            if (auto reason = unsafeToDeleteReason(location)) {
+            if (auto reason = pathRefusal(location)) {
                 skip(report, target, std::move(*reason));
                 refused = true;
                 break;
@@ -142,7 +143,15 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
 
 CommandFunction liveCommandRunner() { return &Executor::shell; }
 
-int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
+ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason) {
+    ExecutionReport report;
+    for (const auto& target : targets) skip(report, target, reason);
+    return report;
+}
+
+int Executor::shell(const std::string& commandLine, const ShellVariables& variables) {
+    return platform::runShell(commandLine, variables);
+}
 
 RemovalOutcome Executor::removeResiliently(const path& location) {
     const path standard = Paths::standardized(location);
@@ -192,14 +201,27 @@ std::optional<std::string> Executor::protectedAppReason(const CleanTarget& targe
 }
 
 std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) const {
+    if (auto reason = RemovalChecks::linkReason(location)) return reason;
     const path standard = Paths::standardized(location);
-    if (platform::isSymbolicLink(standard).value_or(false))
-        return L10n::t("exec.skip.symlinkFinal", standard.string());
-    const path parent = standard.parent_path();
-    const path resolved = Paths::standardized(platform::resolveSymlinks(parent));
-    if (resolved.string() != parent.string()) return L10n::t("exec.skip.symlinkAncestor", resolved.string());
-    const path candidate = resolved / standard.filename();
+    const path candidate = Paths::standardized(platform::resolveSymlinks(standard.parent_path())) / standard.filename();
     if (!safety.isDeletable(candidate)) return L10n::t("exec.skip.resolvedUnsafe", candidate.string());
+    return RemovalChecks::ownerReason(standard);
+}
+
+std::optional<std::string> Executor::pathRefusal(const path& location) const {
+    if (!safety.isDeletable(location)) return L10n::t("exec.skip.protectedPath", location.string());
+    return unsafeToDeleteReason(location);
+}
+
+std::optional<std::string> Executor::commandRefusal(const std::string& commandLine) const {
+    const ShellCommand command = ShellCommand::read(commandLine, shellVariables);
+    if (command.refusal) return command.refusal;
+    for (const auto& place : command.places) {
+        // A pattern's folder must be a place to remove in, whatever it matches now.
+        if (!safety.isDeletable(place.path)) return L10n::t("exec.skip.protectedPath", place.path.string());
+        for (const auto& match : ShellCommand::matches(place))
+            if (auto reason = pathRefusal(match)) return reason;
+    }
     return std::nullopt;
 }
 

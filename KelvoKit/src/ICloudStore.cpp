@@ -9,12 +9,16 @@
 
 namespace kelvo {
 
-ICloudStore::ICloudStore() : ICloudStore(platform::stateHome() / "kelvo") {}
+// With no home to keep it in, the store keeps nothing (an empty folder name).
+ICloudStore::ICloudStore() {
+    if (auto state = platform::stateHome()) directory_ = *state / "kelvo";
+}
 
 ICloudStore::ICloudStore(std::filesystem::path directory) : directory_(std::move(directory)) {}
 
 std::map<std::string, std::string> ICloudStore::load() const {
     std::map<std::string, std::string> values;
+    if (directory_.empty()) return values;
     const auto text = platform::readFile(file());
     if (!text) return values;
     const auto json = nlohmann::json::parse(*text, nullptr, false);
@@ -33,7 +37,7 @@ std::optional<std::string> ICloudStore::string(const std::string& key) const {
 }
 
 void ICloudStore::set(const std::optional<std::string>& value, const std::string& key) {
-    if (platform::createDirectories(directory_)) return;
+    if (directory_.empty() || platform::createDirectories(directory_)) return;
     const platform::DirectoryLock lock(directory_);
     if (!lock.held()) return;
     auto values = load();

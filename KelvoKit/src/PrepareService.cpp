@@ -21,7 +21,8 @@ SafetyGuard PrepareService::guard() const {
 }
 
 ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
-    const Executor executor{guard(), dryRun, force, probe, runCommand};
+    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
+    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
     return executor.execute(targets);
 }
 

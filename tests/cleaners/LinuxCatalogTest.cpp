@@ -12,6 +12,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/CommandCleaner.h"
 #include "kelvo/Executor.h"
@@ -203,28 +204,31 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
     }
 }
 
-TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderRemovesOnlyTheUsersOwnEntries) {
+TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
-    std::string command;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(linuxEnvironment()))
-        if (const auto* metro = dynamic_cast<const CommandCleaner*>(cleaner.get()); metro && metro->id() == "metro-cache")
-            command = metro->command();
-    ASSERT_FALSE(command.empty());
+    testing::TempDir root;
+    auto env = linuxEnvironment();
+    env.home = root / "home";
+    env.tmpDir = root / "tmp";
+    std::optional<CleanTarget> metro;
+    for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
+        if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get()); command && command->id() == "metro-cache")
+            metro = CleanTarget{.id = "metro-cache", .family = Family::reactNative,
+                                .kind = CleanKind::command(command->command())};
+    ASSERT_TRUE(metro);
+    for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "unrelated/e"})
+        testing::writeFile(env.tmpDir / entry, 100);
+    ASSERT_EQ(::lchown((env.tmpDir / "haste-map-theirs").c_str(), 65534, 65534), 0);
+    const CleanService service{.env = env};
 
-    testing::TempDir shared;
-    for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "metro-bundler-cache-x/d",
-                              "unrelated/e"})
-        testing::writeFile(shared / entry, 100);
-    for (const char* theirs : {"haste-map-theirs", "haste-map-theirs/c"})
-        ASSERT_EQ(::lchown((shared / theirs).c_str(), 65534, 65534), 0);
-    const char* saved = std::getenv("TMPDIR");
-    const std::string original = saved ? saved : "";
-    ::setenv("TMPDIR", shared.path().c_str(), 1);
-    const int status = Executor::shell(command);
-    if (saved) ::setenv("TMPDIR", original.c_str(), 1);
-    else ::unsetenv("TMPDIR");
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(testing::listing(shared.path()), "haste-map-theirs/\nhaste-map-theirs/c\nunrelated/\nunrelated/e\n");
+    // While another user's entry matches, the line is refused whole.
+    EXPECT_EQ(service.clean({*metro}, false, false).skipped.size(), 1u);
+    EXPECT_EQ(testing::listing(env.tmpDir),
+              "haste-map-mine/\nhaste-map-mine/b\nhaste-map-theirs/\nhaste-map-theirs/c\nmetro-cache/\nmetro-cache/a\n"
+              "unrelated/\nunrelated/e\n");
+    fs::remove_all(env.tmpDir / "haste-map-theirs");
+    EXPECT_EQ(service.clean({*metro}, false, false).deleted, std::vector<std::string>{"metro-cache"});
+    EXPECT_EQ(testing::listing(env.tmpDir), "unrelated/\nunrelated/e\n");
 }
 
 TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {

@@ -8,6 +8,7 @@
 #include "kelvo/Environment.h"
 #include "kelvo/Paths.h"
 #include "support/TempDir.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -53,6 +54,10 @@ TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRoot) {
     environment.home = home;
     environment.projectRoots = {"~", "~/", "a", "", "~/x/..", "/home/dev/.", "~nobody", "a", "/srv/code"};
     EXPECT_EQ(environment.resolvedProjectRoots(), (std::vector<path>{"/home/dev/a", "/home/dev/a", "/srv/code"}));
+    // A home spelled with a decomposed accent is the same folder as the one-character spelling.
+    environment.home = "/home/caf\xC3\xA9";
+    environment.projectRoots = {"/home/cafe\xCC\x81", "/home/cafe\xCC\x81/a"};
+    EXPECT_EQ(environment.resolvedProjectRoots(), std::vector<path>{"/home/cafe\xCC\x81/a"});
 }
 
 TEST(EnvironmentRoots, ExclusionsKeepHome) {
@@ -118,6 +123,18 @@ TEST_F(LiveEnvironment, WithoutHomeUsesThePasswordDatabase) {
     EXPECT_EQ(environment.tmpDir, path("/tmp"));
     set("HOME", "");
     EXPECT_EQ(Environment::live().home, path(entry->pw_dir));
+}
+
+TEST_F(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
+    constexpr unsigned stranger = 64999;
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "only root can run as a user without a password entry";
+    if (::getpwuid(stranger)) GTEST_SKIP() << "uid " << stranger << " has a password entry on this machine";
+    const auto run = testing::runAsUnprivileged([] {
+        ::unsetenv("HOME");
+        return Environment::liveHome().string();
+    }, stranger);
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, "/");  // which SafetyGuard::refusalFor turns down
 }
 
 TEST_F(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePath) {

@@ -91,6 +91,7 @@ TEST_F(LinuxHome, ScanOffersWhatTheToolsLeftWhereTheyKeepItAndCleanRemovesOnlyTh
                                                         {"huggingface-cache", false},
                                                         {"vscode-caches", true},
                                                         {"trash", false},
+                                                        {"metro-cache", false},
                                                         {"cargo-registry", true},
                                                         {"per-project-target", true},
                                                         {"per-project-cmake-build-debug", true},

@@ -28,6 +28,9 @@ TEST(PlanSelection, PreselectsRegenerableNonAggressiveAndEstimableTargets) {
     EXPECT_TRUE(PlanSelection::isPreselected(target("moderate", Level::moderate)));
     EXPECT_FALSE(PlanSelection::isPreselected(target("aggressive", Level::aggressive)));
     EXPECT_FALSE(PlanSelection::isPreselected(target("user", Level::safe, 10, false, Reversibility::userData)));
+    auto linked = target("linked", Level::safe);
+    linked.blockedByLink = true;
+    EXPECT_FALSE(PlanSelection::isPreselected(linked));
 }
 
 TEST(PlanSelection, ToggleIgnoresOutOfRangeAndSharesOneChoicePerId) {

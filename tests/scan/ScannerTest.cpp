@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <condition_variable>
@@ -6,6 +7,7 @@
 #include <mutex>
 #include <thread>
 
+#include "kelvo/L10n.h"
 #include "kelvo/Scanner.h"
 #include "kelvo/WorkerPool.h"
 #include "support/TempDir.h"
@@ -101,6 +103,17 @@ TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
     EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
 }
 
+TEST(ScannerDedup, CanonicallyEquivalentSpellingsAreOnePathAndNothingLiesInsideTheRoot) {
+    const std::string composed = "/x/caf\xC3\xA9";
+    const std::string decomposed = "/x/cafe\xCC\x81";
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("b", {decomposed}), pathTarget("a", {composed})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {"/"}), pathTarget("b", {"/x"})})),
+              (std::vector<std::string>{"a", "b"}));
+}
+
 // Tells the test when a cleaner has started, and counts the stop requests it saw.
 struct StopHandshake {
     std::promise<void> started;
@@ -184,6 +197,33 @@ TEST(Scanner, NullCleanersAreLeftOut) {
     const auto result = scanner.scan();
     ASSERT_TRUE(result);
     EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
+}
+
+TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    TempDir home;
+    const auto mine = testing::writeFile(home / "mine/file", 5000).parent_path();
+    const auto theirs = testing::writeFile(home / "theirs/file", 9000).parent_path();
+    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
+    std::filesystem::create_directory_symlink(mine, home / "link");
+    std::filesystem::create_directory_symlink(mine, home / "other-link");
+    CleanerList cleaners{std::make_shared<FixedCleaner>(
+        "c", std::vector<CleanTarget>{pathTarget("both", {mine, theirs}, 14000), pathTarget("foreign", {theirs}),
+                                      pathTarget("linked", {home / "link"}, 0, "partial"),
+                                      pathTarget("below-link", {home / "other-link/file"})})};
+
+    const auto result = Scanner(cleaners).scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
+    EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
+    EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));
+    EXPECT_FALSE((*result)[0].blockedByLink);
+    const std::string linkNote = L10n::t("cleaner.note.link", L10n::t("exec.skip.symlinkFinal", (home / "link").string()));
+    EXPECT_TRUE((*result)[1].blockedByLink);
+    EXPECT_EQ((*result)[1].notes, linkNote + " partial");
+    EXPECT_TRUE((*result)[2].blockedByLink);
+    EXPECT_NE((*result)[2].notes.find(mine.string()), std::string::npos) << (*result)[2].notes;
+    EXPECT_TRUE(std::filesystem::exists(theirs / "file"));
 }
 
 }  // namespace

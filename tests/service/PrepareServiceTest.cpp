@@ -15,6 +15,7 @@ using testing::utc;
 
 struct CommandLog {
     std::vector<std::string> lines;
+    std::vector<ShellVariables> variables;
 };
 
 PrepareService serviceFor(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
@@ -27,8 +28,9 @@ PrepareService serviceFor(const std::filesystem::path& home, const std::filesyst
     return PrepareService{
         env,
         std::make_shared<StubProcessProbe>(running),
-        [log](const std::string& line) {
+        [log](const std::string& line, const ShellVariables& variables) {
             log->lines.push_back(line);
+            log->variables.push_back(variables);
             return 0;
         },
         6,
@@ -163,6 +165,9 @@ TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
     EXPECT_EQ(forced.deleted, (std::vector<std::string>{"sim-runtime:R1"}));
     EXPECT_EQ(forced.freedUnknown, (std::vector<std::string>{"sim-runtime:R1"}));
     EXPECT_EQ(log->lines, (std::vector<std::string>{"xcrun simctl runtime delete R1"}));
+    // The command runs with the environment's own folders, not with those Kelvo was started with.
+    EXPECT_EQ(log->variables, (std::vector<ShellVariables>{
+                                  {{"HOME", (root / "home").string()}, {"TMPDIR", (root / "tmp").string()}}}));
 }
 
 }  // namespace

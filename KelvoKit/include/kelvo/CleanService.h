@@ -34,6 +34,8 @@ struct CleanService {
     // The families that have targets in a scan of the whole catalog, enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
+    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
+    // environment gives a reason, every target is skipped with it and nothing is looked at.
     ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
 };
 

@@ -19,6 +19,9 @@
 
 namespace kelvo {
 
+// Variables set for a command Kelvo runs, by name.
+using ShellVariables = std::map<std::string, std::string>;
+
 struct Environment {
     std::filesystem::path home;
     std::filesystem::path tmpDir;
@@ -32,10 +35,13 @@ struct Environment {
     // unset and empty ones are absent.
     std::map<std::string, std::string, std::less<>> locationVariables;
 
-    // The running user's environment: home from $HOME (else the password database),
-    // temporary directory from $TMPDIR (else /tmp), the configuration file under home,
-    // the Flutter cache found through `/usr/bin/which flutter`, and the location variables.
+    // The running user's environment: home from liveHome, temporary directory from $TMPDIR
+    // (else /tmp), the configuration file under home, the Flutter cache found through
+    // `/usr/bin/which flutter`, and the location variables.
     static Environment live(CatalogProfile catalog = runningSystemProfile());
+    // The running user's home: $HOME, else the password database. When neither gives one
+    // it is "/": scans still read from there, and no clean accepts it (SafetyGuard::refusalFor).
+    static std::filesystem::path liveHome();
     // The same from an explicit home and temporary directory (no flutter lookup).
     static Environment fromConfig(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
                                   const struct Config& config);
@@ -50,6 +56,9 @@ struct Environment {
     // Expanded project roots, the home itself dropped, order and duplicates kept.
     std::vector<std::filesystem::path> resolvedProjectRoots() const;
     std::vector<std::filesystem::path> resolvedExtraExclusions() const;
+    // HOME and TMPDIR as resolved here: every command runs with them, never with the
+    // variables Kelvo itself was started with, and the paths it names are expanded with them.
+    ShellVariables shellVariables() const;
 
     // The variables that move a tool's data: the XDG base folders and the tools' own
     // (PIP_CACHE_DIR, CARGO_HOME, FLATPAK_USER_DIR, ...).

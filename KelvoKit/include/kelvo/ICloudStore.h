@@ -18,7 +18,7 @@ namespace kelvo {
 
 class ICloudStore final : public KeyValueStore {
 public:
-    // The running user's store.
+    // The running user's store; with no home to keep it in, one that keeps nothing.
     ICloudStore();
     explicit ICloudStore(std::filesystem::path directory);
     std::optional<std::string> string(const std::string& key) const override;

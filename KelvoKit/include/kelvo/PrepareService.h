@@ -43,6 +43,8 @@ struct PrepareService {
     // Unsorted, unselected targets; nothing when the scan was stopped.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
+    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
+    // environment gives a reason, every target is skipped with it and nothing is looked at.
     ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
 };
 

@@ -91,6 +91,16 @@ std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
     return static_cast<unsigned>(status->st_mode & 07777);
 }
 
+std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        error = {errno, std::generic_category()};
+        return std::nullopt;
+    }
+    error.clear();
+    return static_cast<unsigned>(status.st_uid);
+}
+
 std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
     if (::chmod(path.c_str(), static_cast<mode_t>(bits)) != 0) return {errno, std::generic_category()};
     return {};

@@ -37,6 +37,9 @@ std::int64_t allocatedSize(const std::filesystem::path& path);
 // Permission bits of the item itself (links not followed); nothing when unreadable.
 std::optional<unsigned> permissionBits(const std::filesystem::path& path);
 std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits);
+// The user id owning the item itself (links not followed); the error when it cannot be
+// read (no_such_file_or_directory when nothing is there).
+std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
 
 // Resolves symbolic links along the path as far as it exists; the components that do not
 // exist are appended as written. The result is absolute and standardised.

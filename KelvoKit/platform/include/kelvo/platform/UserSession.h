@@ -6,11 +6,15 @@
 
 namespace kelvo::platform {
 
-// $HOME when set and not empty, else the password database's entry for the user.
-std::filesystem::path homeDirectory();
+// $HOME when set and not empty, else the password database's entry for the user; nothing
+// when neither gives one.
+std::optional<std::filesystem::path> homeDirectory();
+// The user id whose rights this process uses (the effective one).
+unsigned currentUserID();
 // Where programs keep per-user state that outlives a run: $XDG_STATE_HOME when it is an
-// absolute path (relative values are invalid and ignored), else home/.local/state.
-std::filesystem::path stateHome();
+// absolute path (relative values are invalid and ignored), else home/.local/state; nothing
+// when there is no home either.
+std::optional<std::filesystem::path> stateHome();
 // $TMPDIR when set and not empty, else /tmp.
 std::filesystem::path temporaryDirectory();
 // The language code of the first of LC_ALL, LC_MESSAGES, LANG that is set and not empty
