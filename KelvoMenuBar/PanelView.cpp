@@ -71,7 +71,7 @@ PanelView::PanelView(AppModel& model, Updater* updater, ShellServices shell, QWi
     showScreen();
 }
 
-Screen PanelView::screen() const {
+Screen PanelView::currentScreen() const {
     return chooseScreen(model_.updateRequired(), showingSettings_, model_.needsOnboarding(), onboardingDismissed_);
 }
 
@@ -121,7 +121,7 @@ void PanelView::setShowingSettings(bool showing) {
 }
 
 void PanelView::showScreen() {
-    switch (screen()) {
+    switch (currentScreen()) {
         case Screen::updateRequired: screens_->setCurrentWidget(updateRequired_); break;
         case Screen::settings: screens_->setCurrentWidget(settings_); break;
         case Screen::onboarding: screens_->setCurrentWidget(onboarding_); break;

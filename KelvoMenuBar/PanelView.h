@@ -38,7 +38,7 @@ public:
     bool confirming() const { return confirming_; }
     bool showingSettings() const { return showingSettings_; }
     bool onboardingDismissed() const { return onboardingDismissed_; }
-    Screen screen() const;
+    Screen currentScreen() const;
 
     Header* header() const { return header_; }
     DiskBar* diskBar() const { return diskBar_; }

@@ -62,11 +62,12 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
         EXPECT_EQ(footer.actionButton()->isEnabled(), actionEnabled);
         for (auto domain : AppModel::allDomains) EXPECT_EQ(panel->header()->domainButton(domain)->isEnabled(), scanEnabled);
     };
-    ASSERT_EQ(panel->screen(), Screen::main);
+    ASSERT_EQ(panel->currentScreen(), Screen::main);
     expectButtons("empty", true, false, false, false);
     EXPECT_EQ(scan.scanButton()->text(), "Scan");
     EXPECT_STREQ(panel->targetList()->emptySymbol(), "sparkles");
     EXPECT_EQ(footer.actionButton()->text(), "Clean: nothing selected");
+    EXPECT_EQ(footer.updatesButton(), nullptr);  // no updater, no button
 
     click(scan.scanButton());
     ASSERT_EQ(model->phase(), Phase::scanning);
@@ -157,25 +158,25 @@ TEST_F(PanelViewTest, SwitchingTheDomainClearsTheResults) {
 TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     makePanel(gateWithMinimum("0.9"));
     settle();  // the version check the panel started when shown
-    EXPECT_EQ(panel->screen(), Screen::onboarding);
+    EXPECT_EQ(panel->currentScreen(), Screen::onboarding);
     screenshot(*panel, "onboarding");
     click(panel->onboardingView()->chooseManuallyButton());
     EXPECT_TRUE(Config::exists(home));
     EXPECT_EQ(Config::load(home).enabledFamilies, std::nullopt);
-    EXPECT_EQ(panel->screen(), Screen::settings);
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
     click(panel->settingsView()->closeButton());
-    EXPECT_EQ(panel->screen(), Screen::main);
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
     screenshot(*panel, "panel-empty");
     click(panel->header()->gearButton());
-    EXPECT_EQ(panel->screen(), Screen::settings);
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
 
     // A required update comes before everything, settings included.
     panel.reset();
     model.reset();
     makePanel(gateWithMinimum("2.0"));
     settle();
-    EXPECT_EQ(panel->screen(), Screen::updateRequired);
+    EXPECT_EQ(panel->currentScreen(), Screen::updateRequired);
     screenshot(*panel, "update-required");
     click(panel->updateRequiredView()->downloadButton());
     EXPECT_EQ(opened, std::vector<QUrl>{UpdateRequiredView::downloadPage()});
@@ -190,7 +191,7 @@ TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
     EXPECT_TRUE(onboarding.detectingRow()->isVisible());
     EXPECT_FALSE(onboarding.detectButton()->isVisible());
     settle();
-    EXPECT_EQ(panel->screen(), Screen::main);
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
     const auto families = Config::load(home).enabledFamilies;
     ASSERT_TRUE(families);
     EXPECT_EQ(*families, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs"}));

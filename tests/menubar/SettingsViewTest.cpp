@@ -41,7 +41,7 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOn) {
 
     for (Family family : cleanDomainFamilies()) settings.familyToggle(family)->setChecked(true);
     click(settings.saveButton());
-    EXPECT_EQ(panel->screen(), Screen::main);
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
     Config expected = loaded;
     expected.enabledFamilies.reset();
     EXPECT_EQ(Config::load(home), expected);  // the loaded default level kept, though no control shows it
@@ -65,7 +65,7 @@ TEST_F(SettingsViewTest, CancelAndCloseStoreNothing) {
     settings.roots()->setPaths({"~/elsewhere"});
     click(settings.cancelButton());
     EXPECT_EQ(Config::load(home), before);
-    EXPECT_EQ(panel->screen(), Screen::main);
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
 }
 
 TEST_F(SettingsViewTest, PathEditorTrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
