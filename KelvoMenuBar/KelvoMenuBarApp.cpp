@@ -46,8 +46,10 @@ void KelvoMenuBarApp::start(bool trayAvailable) {
 }
 
 void KelvoMenuBarApp::togglePanel(const QPoint& pointer) {
-    if (panel_->isVisible()) {
+    constexpr qint64 sameClickMs = 300;
+    if (panel_->isVisible() || (hiddenByFocusLoss_.isValid() && hiddenByFocusLoss_.elapsed() < sameClickMs)) {
         panel_->hide();
+        hiddenByFocusLoss_.invalidate();
         return;
     }
     const QScreen* screen = QGuiApplication::screenAt(pointer);
@@ -63,8 +65,10 @@ bool KelvoMenuBarApp::eventFilter(QObject* watched, QEvent* event) {
     // Losing focus hides the panel, as a menu would close; a dialog of the panel's own
     // (the updater's) takes focus without closing it.
     if (watched == panel_.get() && event->type() == QEvent::WindowDeactivate && !QApplication::activeModalWidget() &&
-        !(QApplication::activeWindow() && QApplication::activeWindow()->isAncestorOf(panel_.get())))
+        !(QApplication::activeWindow() && QApplication::activeWindow()->isAncestorOf(panel_.get()))) {
         panel_->hide();
+        hiddenByFocusLoss_.start();
+    }
     return QObject::eventFilter(watched, event);
 }
 

@@ -4,6 +4,7 @@
 // taskbar entry that a click on the icon opens under it (or at the pointer) and a second
 // click or the loss of focus hides; nothing shows at start but the icon. Without a tray
 // host the panel is an ordinary window shown at start, and closing it quits.
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPoint>
 #include <memory>
@@ -46,6 +47,9 @@ private:
     std::unique_ptr<Updater> updater_;
     std::unique_ptr<PanelView> panel_;
     QSystemTrayIcon* tray_ = nullptr;
+    // When a click on the icon first takes the focus from the open panel, the panel is
+    // already hidden when the click arrives: that click must not open it again.
+    QElapsedTimer hiddenByFocusLoss_;
 };
 
 }  // namespace kelvo::app

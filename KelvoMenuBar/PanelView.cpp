@@ -90,7 +90,7 @@ void PanelView::modelChanged(AppModel::Field field) {
         case Field::phase: targetList_->phaseChanged(); break;
         case Field::disk:
             diskBar_->setVisible(model_.disk().has_value());
-            if (model_.disk()) diskBar_->show(*model_.disk());
+            if (model_.disk()) diskBar_->display(*model_.disk());
             break;
         case Field::lastReport:
         case Field::updateRequired: break;

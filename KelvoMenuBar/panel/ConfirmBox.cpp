@@ -31,7 +31,7 @@ ConfirmBox::ConfirmBox(QWidget* parent)
     connect(delete_, &QPushButton::clicked, this, &ConfirmBox::confirmed);
 }
 
-void ConfirmBox::show(std::int64_t count, std::int64_t bytes) {
+void ConfirmBox::describe(std::int64_t count, std::int64_t bytes) {
     message_->setText(AppText::t("panel.confirm.message", count, Format::bytes(bytes)));
     delete_->setText(AppText::t("panel.confirm.delete", Format::bytes(bytes)));
 }

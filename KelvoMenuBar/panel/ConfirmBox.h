@@ -12,7 +12,7 @@ class ConfirmBox : public QFrame {
     Q_OBJECT
 public:
     explicit ConfirmBox(QWidget* parent = nullptr);
-    void show(std::int64_t count, std::int64_t bytes);
+    void describe(std::int64_t count, std::int64_t bytes);
 
     QLabel* message() const { return message_; }
     QPushButton* cancelButton() const { return cancel_; }

@@ -21,7 +21,7 @@ DiskBar::DiskBar(QWidget* parent) : QWidget(parent), caption_(new QLabel(this)) 
     layout->addWidget(caption_);
 }
 
-void DiskBar::show(const DiskSpace& disk) {
+void DiskBar::display(const DiskSpace& disk) {
     disk_ = disk;
     caption_->setText(AppText::t("panel.diskFree", Format::bytes(disk.freeBytes), Format::bytes(disk.totalBytes)));
     update();

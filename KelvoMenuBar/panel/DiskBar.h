@@ -13,7 +13,7 @@ class DiskBar : public QWidget {
     Q_OBJECT
 public:
     explicit DiskBar(QWidget* parent = nullptr);
-    void show(const DiskSpace& disk);
+    void display(const DiskSpace& disk);
     QColor fillColour() const;
     QLabel* caption() const { return caption_; }
 

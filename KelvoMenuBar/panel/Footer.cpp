@@ -70,7 +70,7 @@ void Footer::refresh(bool confirming) {
     const std::int64_t bytes = selectedBytes(model_);
     cleaningRow_->setVisible(cleaning);
     confirmBox_->setVisible(!cleaning && confirming);
-    if (confirming) confirmBox_->show(static_cast<std::int64_t>(model_.selectedIDs().size()), bytes);
+    if (confirming) confirmBox_->describe(static_cast<std::int64_t>(model_.selectedIDs().size()), bytes);
     action_->setVisible(!cleaning && !confirming);
     action_->setText(actionTitle(model_.domain(), model_.selectedIDs().empty(), bytes));
     action_->setEnabled(!model_.selectedIDs().empty() && !isBusy(model_.phase()));
