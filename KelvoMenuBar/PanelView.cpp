@@ -1,10 +1,10 @@
 #include "PanelView.h"
 
-#include <QFrame>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
 #include "AppText.h"
+#include "panel/SmallWidgets.h"
 #include "ModelBridge.h"
 #include "panel/DiskBar.h"
 #include "panel/Footer.h"
@@ -16,17 +16,6 @@
 #include "settings/SettingsView.h"
 
 namespace kelvo::app {
-namespace {
-
-QFrame* divider(QWidget* parent) {
-    auto* line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
-    return line;
-}
-
-}  // namespace
-
 PanelView::PanelView(AppModel& model, Updater* updater, ShellServices shell, QWidget* parent)
     : QWidget(parent), model_(model), shell_(std::move(shell)), bridge_(new ModelBridge(model, this)),
       screens_(new QStackedLayout(this)), main_(new QWidget(this)) {
@@ -52,9 +41,9 @@ PanelView::PanelView(AppModel& model, Updater* updater, ShellServices shell, QWi
     layout->addWidget(header_);
     layout->addWidget(diskBar_);
     layout->addWidget(scanRow_);
-    layout->addWidget(divider(main_));
+    layout->addWidget(makeDivider(main_));
     layout->addWidget(targetList_, 1);
-    layout->addWidget(divider(main_));
+    layout->addWidget(makeDivider(main_));
     layout->addWidget(footer_);
 
     for (QWidget* screen : {static_cast<QWidget*>(updateRequired_), static_cast<QWidget*>(onboarding_), main_})

@@ -7,7 +7,7 @@
 
 #include "AppText.h"
 #include "Icons.h"
-#include "panel/BusyIndicator.h"
+#include "panel/SmallWidgets.h"
 #include "panel/ConfirmBox.h"
 #include "panel/PanelRules.h"
 #include "panel/UpdatesMenuButton.h"
@@ -49,8 +49,7 @@ Footer::Footer(AppModel& model, Updater* updater, std::function<void()> quit, QW
         bottom->addWidget(updates_);
     }
     bottom->addStretch(1);
-    quit_->setFlat(true);
-    quit_->setStyleSheet("QPushButton { color: palette(link); font-size: 11px; border: none; }");
+    styleAsLink(quit_, true);
     bottom->addWidget(quit_);
     layout->addLayout(bottom);
 

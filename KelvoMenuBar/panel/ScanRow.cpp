@@ -6,7 +6,7 @@
 
 #include "AppText.h"
 #include "Icons.h"
-#include "panel/BusyIndicator.h"
+#include "panel/SmallWidgets.h"
 #include "panel/PanelRules.h"
 
 namespace kelvo::app {

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "AppText.h"
+#include "panel/SmallWidgets.h"
 #include "Icons.h"
 
 namespace kelvo::app {
@@ -30,8 +31,7 @@ UpdateRequiredView::UpdateRequiredView(UrlOpener openUrl, std::function<void()> 
     download_->setMinimumHeight(34);
     download_->setDefault(true);
     layout->addWidget(download_);
-    quit_->setFlat(true);
-    quit_->setStyleSheet("QPushButton { color: palette(link); border: none; }");
+    styleAsLink(quit_, false);
     layout->addWidget(quit_, 0, Qt::AlignHCenter);
     layout->addStretch(1);
     connect(download_, &QPushButton::clicked, this, [openUrl = std::move(openUrl)] { openUrl(downloadPage()); });

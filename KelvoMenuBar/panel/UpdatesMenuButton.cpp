@@ -1,6 +1,7 @@
 #include "panel/UpdatesMenuButton.h"
 
 #include "AppText.h"
+#include "panel/SmallWidgets.h"
 #include "desktop/Updater.h"
 #include "panel/UpdaterViewModel.h"
 
@@ -8,10 +9,7 @@ namespace kelvo::app {
 
 UpdatesMenuButton::UpdatesMenuButton(Updater& updater, QWidget* parent)
     : QPushButton(AppText::t("panel.checkUpdates"), parent), vm_(new UpdaterViewModel(updater, this)) {
-    setFlat(true);
-    setStyleSheet("QPushButton { color: palette(link); font-size: 11px; border: none; }"
-                  "QPushButton:disabled { color: palette(placeholder-text); }");
-    setCursor(Qt::PointingHandCursor);
+    styleAsLink(this, true);
     setEnabled(vm_->canCheckForUpdates());
     connect(vm_, &UpdaterViewModel::canCheckForUpdatesChanged, this, &QPushButton::setEnabled);
     connect(this, &QPushButton::clicked, &updater, &Updater::checkForUpdates);

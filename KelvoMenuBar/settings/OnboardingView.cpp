@@ -8,7 +8,7 @@
 
 #include "AppText.h"
 #include "Icons.h"
-#include "panel/BusyIndicator.h"
+#include "panel/SmallWidgets.h"
 
 namespace kelvo::app {
 
@@ -44,8 +44,7 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
     enableAll_->setDefault(true);
     enableAll_->setMinimumHeight(34);
     layout->addWidget(enableAll_);
-    chooseManually_->setFlat(true);
-    chooseManually_->setStyleSheet("QPushButton { color: palette(link); border: none; }");
+    styleAsLink(chooseManually_, false);
     layout->addWidget(chooseManually_, 0, Qt::AlignHCenter);
     layout->addStretch(1);
 

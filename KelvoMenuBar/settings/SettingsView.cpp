@@ -15,18 +15,11 @@
 #include "AppText.h"
 #include "Icons.h"
 #include "kelvo/Config.h"
-#include "panel/BusyIndicator.h"
+#include "panel/SmallWidgets.h"
 #include "settings/PathListEditor.h"
 
 namespace kelvo::app {
 namespace {
-
-QFrame* divider(QWidget* parent) {
-    auto* line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Sunken);
-    return line;
-}
 
 QLabel* sectionTitle(const char* key, QWidget* parent) {
     auto* label = new QLabel(AppText::t(key), parent);
@@ -68,7 +61,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     close_->setFlat(true);
     header->addWidget(close_);
     layout->addLayout(header);
-    layout->addWidget(divider(this));
+    layout->addWidget(makeDivider(this));
 
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
@@ -81,7 +74,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     roots_ = new PathListEditor(AppText::t("settings.projectFolders"), "folder", AppText::t("settings.projectFolders.hint"),
                                 AppText::t("settings.projectFolders.placeholder"), column);
     sections->addWidget(roots_);
-    sections->addWidget(divider(column));
+    sections->addWidget(makeDivider(column));
     auto* keepRow = new QHBoxLayout;
     keepRecentLabel_ = new QLabel(column);
     keepRecentLabel_->setWordWrap(true);
@@ -91,7 +84,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     keepRow->addWidget(keepRecentLabel_, 1);
     keepRow->addWidget(keepRecent_);
     sections->addLayout(keepRow);
-    sections->addWidget(divider(column));
+    sections->addWidget(makeDivider(column));
     exclusions_ = new PathListEditor(AppText::t("settings.exclusions"), "lock", AppText::t("settings.exclusions.hint"),
                                      AppText::t("settings.exclusions.placeholder"), column);
     sections->addWidget(exclusions_);
@@ -149,7 +142,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     loginError_->setStyleSheet("color: rgb(255, 59, 48); font-size: 11px;");
     loginError_->hide();
     layout->addWidget(loginError_);
-    layout->addWidget(divider(this));
+    layout->addWidget(makeDivider(this));
     auto* footer = new QHBoxLayout;
     cancel_ = new QPushButton(AppText::t("settings.cancel"), this);
     save_ = new QPushButton(AppText::t("settings.save"), this);
