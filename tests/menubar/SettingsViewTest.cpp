@@ -68,7 +68,7 @@ TEST_F(SettingsViewTest, CancelAndCloseStoreNothing) {
     EXPECT_EQ(panel->currentScreen(), Screen::main);
 }
 
-TEST_F(SettingsViewTest, PathEditorTrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
+TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     PathListEditor editor("Folders", "folder", "hint", "placeholder");
     const struct {
         const char* typed;
