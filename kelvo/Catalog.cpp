@@ -8,7 +8,7 @@ std::string chosenCatalog;
 
 void registerCatalogOption(CLI::App& app) {
     const std::vector<std::string> names{std::string(rawValue(CatalogProfile::macos)),
-                                         std::string(rawValue(CatalogProfile::linux))};
+                                         std::string(rawValue(CatalogProfile::gnuLinux))};
     app.add_option("--catalog", chosenCatalog, "Where to look for the tools' data: macos or linux (default: this system)")
         ->check(CLI::IsMember(names));
     // Accepted after the subcommand too: `kelvo scan --catalog macos`.

@@ -10,6 +10,8 @@ packages=(
   libcurl4-openssl-dev libsecret-1-dev
   gnome-keyring dbus-daemon libglib2.0-bin
   procps util-linux coreutils gdu time
+  qt6-base-dev libqt6svg6 adwaita-icon-theme desktop-file-utils
+  xvfb xauth openbox trayer xdotool
 )
 
 missing=()

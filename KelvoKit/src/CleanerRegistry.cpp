@@ -638,7 +638,7 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
 
 CleanerRegistry::BuiltCatalog CleanerRegistry::build(const Environment& env) {
     CatalogBuilder c(env);
-    const bool isLinux = env.catalog == CatalogProfile::linux;
+    const bool isLinux = env.catalog == CatalogProfile::gnuLinux;
     if (isLinux) addLinuxEntries(c, env, Places(env));
     else addMacosEntries(c, env);
     c.add(std::make_shared<PerProjectCleaner>(

@@ -128,7 +128,7 @@ CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThan
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
                                            ProbeDependency probe,
                                            const std::filesystem::path& systemRoot) {
-    if (env.catalog == CatalogProfile::linux) return {linuxLeftoverDetector(env, systemRoot)};
+    if (env.catalog == CatalogProfile::gnuLinux) return {linuxLeftoverDetector(env, systemRoot)};
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
     auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;

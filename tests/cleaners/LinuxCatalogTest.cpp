@@ -33,7 +33,7 @@ Environment linuxEnvironment(std::map<std::string, std::string, std::less<>> var
     env.home = "/home/dev";
     env.tmpDir = "/tmp";
     env.projectRoots = {"~/src"};
-    env.catalog = CatalogProfile::linux;
+    env.catalog = CatalogProfile::gnuLinux;
     env.locationVariables = std::move(variables);
     return env;
 }
@@ -247,10 +247,10 @@ TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderIts
     // Raw values stay; only the display name of the family named after macOS changes.
     for (Family family : allFamilies()) {
         EXPECT_EQ(displayName(family, CatalogProfile::macos), displayName(family));
-        EXPECT_EQ(displayName(family, CatalogProfile::linux) == displayName(family), family != Family::macosGeneral)
+        EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family), family != Family::macosGeneral)
             << rawValue(family);
     }
-    EXPECT_EQ(displayName(Family::macosGeneral, CatalogProfile::linux), L10n::t("family.linux.macosGeneral"));
+    EXPECT_EQ(displayName(Family::macosGeneral, CatalogProfile::gnuLinux), L10n::t("family.linux.macosGeneral"));
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ struct FakeSystem {
             writeFile(home / "snap" / name / "common/state.bin", 4096);
         env.home = home;
         env.tmpDir = temp / "tmp";
-        env.catalog = CatalogProfile::linux;
+        env.catalog = CatalogProfile::gnuLinux;
     }
 
     CleanerList preparers() const {

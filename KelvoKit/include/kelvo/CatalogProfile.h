@@ -8,7 +8,8 @@
 
 namespace kelvo {
 
-enum class CatalogProfile { macos, linux };
+// gnuLinux, not "linux": compilers in GNU mode define linux as a macro.
+enum class CatalogProfile { macos, gnuLinux };
 
 // "macos", "linux": the form typed on the command line.
 std::string_view rawValue(CatalogProfile profile);
@@ -18,7 +19,7 @@ constexpr CatalogProfile runningSystemProfile() {
 #ifdef __APPLE__
     return CatalogProfile::macos;
 #else
-    return CatalogProfile::linux;
+    return CatalogProfile::gnuLinux;
 #endif
 }
 

@@ -1,0 +1,39 @@
+#pragma once
+// Edits a list of paths as typed (a tilde path stays one; expansion happens when the
+// environment is built): one row per entry with a remove button that removes every equal
+// entry, and a field whose text, trimmed of spaces and tabs, is appended unless empty or
+// already present. The field is cleared in every case.
+#include <QStringList>
+#include <QWidget>
+
+class QLineEdit;
+class QPushButton;
+class QVBoxLayout;
+
+namespace kelvo::app {
+
+class PathListEditor : public QWidget {
+    Q_OBJECT
+public:
+    PathListEditor(const QString& title, const char* icon, const QString& hint, const QString& placeholder,
+                   QWidget* parent = nullptr);
+    const QStringList& paths() const { return paths_; }
+    void setPaths(QStringList paths);
+    void add();
+    void remove(const QString& path);
+
+    QLineEdit* field() const { return field_; }
+    QPushButton* addButton() const { return add_; }
+    // The remove button of a row, in list order.
+    QPushButton* removeButton(int row) const;
+
+private:
+    void rebuildRows();
+
+    QStringList paths_;
+    QVBoxLayout* rows_;
+    QLineEdit* field_;
+    QPushButton* add_;
+};
+
+}  // namespace kelvo::app

@@ -1,0 +1,243 @@
+#include "settings/SettingsView.h"
+
+#include <QCheckBox>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "AppText.h"
+#include "Icons.h"
+#include "kelvo/Config.h"
+#include "panel/SmallWidgets.h"
+#include "settings/PathListEditor.h"
+
+namespace kelvo::app {
+namespace {
+
+QLabel* sectionTitle(const char* key, QWidget* parent) {
+    auto* label = new QLabel(AppText::t(key), parent);
+    label->setStyleSheet("font-weight: bold;");
+    return label;
+}
+
+QLabel* hint(const char* key, QWidget* parent) {
+    auto* label = new QLabel(AppText::t(key), parent);
+    label->setWordWrap(true);
+    label->setStyleSheet("color: palette(placeholder-text); font-size: 11px;");
+    return label;
+}
+
+QStringList toList(const std::vector<std::string>& paths) {
+    QStringList list;
+    for (const auto& path : paths) list.append(QString::fromStdString(path));
+    return list;
+}
+
+std::vector<std::string> fromList(const QStringList& list) {
+    std::vector<std::string> paths;
+    for (const auto& path : list) paths.push_back(path.toStdString());
+    return paths;
+}
+
+}  // namespace
+
+SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::function<void()> onClose, QWidget* parent)
+    : QWidget(parent), model_(model), shell_(shell), onClose_(std::move(onClose)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(12, 12, 12, 12);
+
+    auto* header = new QHBoxLayout;
+    auto* title = new QLabel(AppText::t("settings.title"), this);
+    title->setStyleSheet("font-weight: bold; font-size: 14px;");
+    header->addWidget(title, 1);
+    close_ = new QPushButton(Icons::symbol("xmark.circle.fill"), QString(), this);
+    close_->setFlat(true);
+    header->addWidget(close_);
+    layout->addLayout(header);
+    layout->addWidget(makeDivider(this));
+
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto* column = new QWidget(scroll);
+    auto* sections = new QVBoxLayout(column);
+    sections->setSpacing(14);
+
+    roots_ = new PathListEditor(AppText::t("settings.projectFolders"), "folder", AppText::t("settings.projectFolders.hint"),
+                                AppText::t("settings.projectFolders.placeholder"), column);
+    sections->addWidget(roots_);
+    sections->addWidget(makeDivider(column));
+    auto* keepRow = new QHBoxLayout;
+    keepRecentLabel_ = new QLabel(column);
+    keepRecentLabel_->setWordWrap(true);
+    keepRecent_ = new QSpinBox(column);
+    keepRecent_->setRange(0, 60);
+    keepRecent_->setSingleStep(1);
+    keepRow->addWidget(keepRecentLabel_, 1);
+    keepRow->addWidget(keepRecent_);
+    sections->addLayout(keepRow);
+    sections->addWidget(makeDivider(column));
+    exclusions_ = new PathListEditor(AppText::t("settings.exclusions"), "lock", AppText::t("settings.exclusions.hint"),
+                                     AppText::t("settings.exclusions.placeholder"), column);
+    sections->addWidget(exclusions_);
+
+    auto* categories = new QVBoxLayout;
+    categories->addWidget(sectionTitle("settings.categories", column));
+    categories->addWidget(hint("settings.categories.hint", column));
+    for (Family family : cleanDomainFamilies()) {
+        auto* toggle = new QCheckBox(QString::fromStdString(displayName(family)), column);
+        toggle->setIcon(Icons::symbol(iconName(family)));
+        families_.emplace(family, toggle);
+        categories->addWidget(toggle);
+    }
+    auto* scanRow = new QHBoxLayout;
+    scanCategories_ = new QPushButton(Icons::symbol("magnifyingglass"), AppText::t("settings.scanCategories"), column);
+    scanRow->addWidget(scanCategories_);
+    scanningRow_ = new QWidget(column);
+    auto* scanning = new QHBoxLayout(scanningRow_);
+    scanning->setContentsMargins(0, 0, 0, 0);
+    scanning->addWidget(makeBusyIndicator(scanningRow_));
+    scanning->addWidget(new QLabel(AppText::t("settings.scanning"), scanningRow_));
+    scanningRow_->hide();
+    scanRow->addWidget(scanningRow_);
+    scanRow->addStretch(1);
+    categories->addLayout(scanRow);
+    sections->addLayout(categories);
+
+    auto* cli = new QVBoxLayout;
+    cli->addWidget(sectionTitle("settings.cli", column));
+    cli->addWidget(hint("settings.cli.hint", column));
+    auto* cliRow = new QHBoxLayout;
+    installCli_ = new QPushButton(Icons::symbol("terminal"), AppText::t("settings.cli.install"), column);
+    cliInstalled_ = new QLabel(column);
+    cliInstalled_->setPixmap(Icons::symbol("checkmark.circle.fill").pixmap(16, 16));
+    cliInstalled_->hide();
+    cliRow->addWidget(installCli_);
+    cliRow->addWidget(cliInstalled_);
+    cliRow->addStretch(1);
+    cli->addLayout(cliRow);
+    cliMessage_ = new QLabel(column);
+    cliMessage_->setWordWrap(true);
+    cliMessage_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    cliMessage_->setStyleSheet("font-family: monospace; font-size: 11px;");
+    cliMessage_->hide();
+    cli->addWidget(cliMessage_);
+    sections->addLayout(cli);
+    sections->addStretch(1);
+    scroll->setWidget(column);
+    layout->addWidget(scroll, 1);
+
+    launchAtLogin_ = new QCheckBox(AppText::t("settings.launchAtLogin"), this);
+    layout->addWidget(launchAtLogin_);
+    loginError_ = new QLabel(this);
+    loginError_->setWordWrap(true);
+    loginError_->setStyleSheet("color: rgb(255, 59, 48); font-size: 11px;");
+    loginError_->hide();
+    layout->addWidget(loginError_);
+    layout->addWidget(makeDivider(this));
+    auto* footer = new QHBoxLayout;
+    cancel_ = new QPushButton(AppText::t("settings.cancel"), this);
+    save_ = new QPushButton(AppText::t("settings.save"), this);
+    save_->setDefault(true);
+    footer->addStretch(1);
+    footer->addWidget(cancel_);
+    footer->addWidget(save_);
+    layout->addLayout(footer);
+
+    connect(close_, &QPushButton::clicked, this, [this] { onClose_(); });
+    connect(cancel_, &QPushButton::clicked, this, [this] { onClose_(); });
+    connect(save_, &QPushButton::clicked, this, &SettingsView::save);
+    connect(keepRecent_, &QSpinBox::valueChanged, this, &SettingsView::showKeepRecent);
+    connect(scanCategories_, &QPushButton::clicked, this, &SettingsView::scanCategories);
+    connect(installCli_, &QPushButton::clicked, this, &SettingsView::installCLI);
+    connect(launchAtLogin_, &QCheckBox::toggled, this, &SettingsView::setLaunchAtLogin);
+    loadIfNeeded();
+}
+
+void SettingsView::loadIfNeeded() {
+    if (loaded_) return;
+    const Config config = Config::load(model_.cleanService().env.home);
+    roots_->setPaths(toList(config.projectRoots));
+    exclusions_->setPaths(toList(config.extraExclusions));
+    keepRecent_->setValue(static_cast<int>(std::clamp<std::int64_t>(config.keepRecentDays, 0, 60)));
+    showKeepRecent(keepRecent_->value());
+    defaultLevel_ = config.defaultLevel;
+    for (auto [family, toggle] : families_) {
+        const bool enabled = !config.enabledFamilies ||
+                             std::ranges::count(*config.enabledFamilies, std::string(rawValue(family))) > 0;
+        toggle->setChecked(enabled);
+    }
+    const QSignalBlocker quiet(launchAtLogin_);
+    launchAtLogin_->setChecked(shell_.autostart.enabled());
+    loaded_ = true;
+}
+
+void SettingsView::save() {
+    Config config;
+    config.projectRoots = fromList(roots_->paths());
+    config.extraExclusions = fromList(exclusions_->paths());
+    config.defaultLevel = defaultLevel_;
+    config.keepRecentDays = keepRecent_->value();
+    std::vector<std::string> enabled;
+    for (auto [family, toggle] : families_)
+        if (toggle->isChecked()) enabled.emplace_back(rawValue(family));
+    if (enabled.size() != families_.size()) {
+        std::ranges::sort(enabled);
+        config.enabledFamilies = std::move(enabled);
+    }
+    (void)config.save(model_.cleanService().env.home);  // a failure leaves what is on disk, which the reload shows
+    model_.reloadConfig();
+    onClose_();
+}
+
+void SettingsView::showKeepRecent(int days) {
+    keepRecentLabel_->setText(AppText::t("settings.keepRecent", std::int64_t{days}));
+}
+
+void SettingsView::scanCategories() {
+    scanCategories_->setEnabled(false);
+    scanningRow_->show();
+    model_.detectCategories([self = QPointer<SettingsView>(this)](std::set<Family> detected) {
+        if (!self) return;
+        for (auto [family, toggle] : self->families_) toggle->setChecked(detected.contains(family));
+        self->scanningRow_->hide();
+        self->scanCategories_->setEnabled(true);
+    });
+}
+
+void SettingsView::setLaunchAtLogin(bool on) {
+    if (on == shell_.autostart.enabled()) return;
+    if (const auto failure = shell_.autostart.setEnabled(on)) {
+        loginError_->setText(QString(loginFailurePrefix) + QString::fromStdString(*failure));
+        loginError_->show();
+    } else {
+        loginError_->hide();
+    }
+    const QSignalBlocker quiet(launchAtLogin_);
+    launchAtLogin_->setChecked(shell_.autostart.enabled());
+}
+
+void SettingsView::installCLI() {
+    switch (shell_.cliLink.install()) {
+        case CliLink::Outcome::notBundled: cliMessage_->setText(AppText::t("settings.cli.notbundled")); break;
+        case CliLink::Outcome::installed:
+            cliInstalled_->show();
+            cliMessage_->setText(AppText::t("settings.cli.ok"));
+            break;
+        case CliLink::Outcome::refused:
+            cliMessage_->setText(QString::fromStdString(shell_.cliLink.fallbackCommand()));
+            break;
+    }
+    cliMessage_->show();
+}
+
+}  // namespace kelvo::app
+

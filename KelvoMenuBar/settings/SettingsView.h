@@ -1,0 +1,80 @@
+#pragma once
+// Edits the stored configuration: project folders, the keep-recent age, exclusions and
+// enabled families (nothing reaches the file before Save; Cancel and the close button
+// drop the edits), plus two switches that act at once: start at login and the link to
+// the command-line tool. A new screen is built each time the settings open.
+#include <QWidget>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "desktop/ShellServices.h"
+#include "kelvo/AppModel.h"
+
+class QCheckBox;
+class QLabel;
+class QPushButton;
+class QSpinBox;
+
+namespace kelvo::app {
+
+class PathListEditor;
+
+class SettingsView : public QWidget {
+    Q_OBJECT
+public:
+    SettingsView(AppModel& model, const ShellServices& shell, std::function<void()> onClose, QWidget* parent = nullptr);
+
+    // Reads the configuration into the screen once; later calls do nothing.
+    void loadIfNeeded();
+    void save();
+
+    PathListEditor* roots() const { return roots_; }
+    PathListEditor* exclusions() const { return exclusions_; }
+    QSpinBox* keepRecent() const { return keepRecent_; }
+    QCheckBox* familyToggle(Family family) const { return families_.at(family); }
+    QPushButton* scanCategoriesButton() const { return scanCategories_; }
+    QCheckBox* launchAtLogin() const { return launchAtLogin_; }
+    QLabel* loginError() const { return loginError_; }
+    QPushButton* installCliButton() const { return installCli_; }
+    QLabel* cliInstalledMark() const { return cliInstalled_; }
+    QLabel* cliMessage() const { return cliMessage_; }
+    QPushButton* saveButton() const { return save_; }
+    QPushButton* cancelButton() const { return cancel_; }
+    QPushButton* closeButton() const { return close_; }
+
+    // What a failed switch of start at login says before the system's own text.
+    static constexpr const char* loginFailurePrefix = "No se pudo cambiar (ejecuta el .app empaquetado): ";
+
+private:
+    void scanCategories();
+    void setLaunchAtLogin(bool on);
+    void installCLI();
+    void showKeepRecent(int days);
+
+    AppModel& model_;
+    const ShellServices& shell_;
+    std::function<void()> onClose_;
+    bool loaded_ = false;
+    std::string defaultLevel_ = "moderate";
+
+    PathListEditor* roots_;
+    QSpinBox* keepRecent_;
+    QLabel* keepRecentLabel_;
+    PathListEditor* exclusions_;
+    std::map<Family, QCheckBox*> families_;
+    QPushButton* scanCategories_;
+    QWidget* scanningRow_;
+    QPushButton* installCli_;
+    QLabel* cliInstalled_;
+    QLabel* cliMessage_;
+    QCheckBox* launchAtLogin_;
+    QLabel* loginError_;
+    QPushButton* cancel_;
+    QPushButton* save_;
+    QPushButton* close_;
+};
+
+}  // namespace kelvo::app

@@ -1,0 +1,85 @@
+// The panel's rules as functions: screen order, disk tone, action title, result line, risk text.
+#include <gtest/gtest.h>
+
+#include "desktop/TrayPlacement.h"
+#include "panel/PanelRules.h"
+
+namespace kelvo::app {
+namespace {
+
+TEST(PanelRules, ScreenOrderIsUpdateThenSettingsThenOnboardingThenMain) {
+    const struct {
+        bool update, settings, needsOnboarding, dismissed;
+        Screen expected;
+    } rows[] = {
+        {true, true, true, false, Screen::updateRequired}, {false, true, true, false, Screen::settings},
+        {false, false, true, false, Screen::onboarding},   {false, false, true, true, Screen::main},
+        {false, false, false, false, Screen::main},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(chooseScreen(row.update, row.settings, row.needsOnboarding, row.dismissed), row.expected)
+            << row.update << row.settings << row.needsOnboarding << row.dismissed;
+}
+
+TEST(PanelRules, DiskToneByUsedFraction) {
+    const struct {
+        DiskSpace disk;
+        Tone expected;
+    } rows[] = {
+        {{100, 5}, Tone::red},    {{100, 10}, Tone::red},     {{100, 11}, Tone::orange}, {{100, 20}, Tone::orange},
+        {{100, 25}, Tone::accent}, {{100, 50}, Tone::accent}, {{0, 0}, Tone::accent},   {{-1, 0}, Tone::accent},
+    };
+    for (const auto& row : rows) EXPECT_EQ(diskTone(row.disk), row.expected) << row.disk.totalBytes << " " << row.disk.freeBytes;
+}
+
+TEST(PanelRules, ActionTitleNamesTheDomainAndTheSelectedBytes) {
+    EXPECT_EQ(actionTitle(AppModel::Domain::clean, true, 0), "Clean: nothing selected");
+    EXPECT_EQ(actionTitle(AppModel::Domain::prepare, false, 1024), "Free up 1.00 KB");
+}
+
+TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
+    ExecutionReport report{2048, {"a"}, {}, {}, {}, {{"e", "failed"}}};
+    EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
+    report.partial = {"b", "c"};
+    EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");
+    report.skipped = {{"d", "running"}};
+    EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part · 1 skipped");
+}
+
+TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
+    CleanTarget target;
+    target.level = Level::moderate;
+    target.regenCost = RegenCost::redownload;
+    EXPECT_EQ(riskText(target), "Moderate · downloaded again when needed");
+    target.level = Level::aggressive;
+    target.regenCost = RegenCost::rebuild;
+    EXPECT_EQ(riskText(target), "Aggressive");
+}
+
+TEST(PanelRules, GroupsFollowTheOrderOfEveryFamily) {
+    std::vector<CleanTarget> targets(3);
+    targets[0].family = Family::docker;
+    targets[1].family = Family::xcodeCore;
+    targets[2].family = Family::docker;
+    EXPECT_EQ(groups(targets), (std::vector<Family>{Family::xcodeCore, Family::docker}));
+}
+
+TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {
+    const QRect screen(0, 0, 1920, 1080);
+    const QSize panel(420, 560);
+    const struct {
+        QRect icon;
+        QPoint pointer;
+        QPoint expected;
+    } rows[] = {
+        {{1000, 0, 24, 24}, {5, 5}, {801, 24}},        // centred under a top-panel icon
+        {{1890, 0, 24, 24}, {5, 5}, {1500, 24}},       // pushed in from the right edge
+        {{1000, 1056, 24, 24}, {5, 5}, {801, 496}},    // above an icon of a bottom panel
+        {{}, {100, 100}, {0, 101}},                    // no icon place: at the pointer, kept on screen
+        {{}, {1900, 1070}, {1500, 510}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(panelPosition(row.icon, row.pointer, screen, panel), row.expected) << row.icon.x();
+}
+
+}  // namespace
+}  // namespace kelvo::app

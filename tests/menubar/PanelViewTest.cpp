@@ -1,0 +1,209 @@
+// The panel driven like a user would: clicks on its buttons and rows, over a fake home.
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QToolButton>
+
+#include "PanelFixture.h"
+#include "kelvo/Format.h"
+#include "panel/Palette.h"
+#include "panel/ConfirmBox.h"
+#include "panel/DiskBar.h"
+#include "panel/Footer.h"
+#include "panel/Header.h"
+#include "panel/ScanRow.h"
+#include "panel/TargetList.h"
+#include "panel/TargetListModel.h"
+#include "panel/UpdateRequiredView.h"
+#include "settings/OnboardingView.h"
+#include "settings/SettingsView.h"
+
+namespace kelvo::app::testing {
+namespace {
+
+using Phase = AppModel::Phase;
+using kelvo::testing::writeFile;
+
+class PanelViewTest : public PanelFixture {
+protected:
+    void SetUp() override {
+        writeFile(home / ".npm/_cacache/content-v2/aa/bb", 9000);  // js packages, safe: preselected
+        writeFile(home / ".cache/zig/o/cc", 30000);                // other languages, safe: preselected
+        writeFile(home / ".cache/huggingface/hub/model.bin", 50000);  // aggressive: offered, not chosen
+        writeFile(home / "Documents/thesis.tex", 5000);
+    }
+
+    // The row of the list that shows a target.
+    QModelIndex rowOf(const std::string& id) const {
+        auto* rows = panel->targetList()->rows();
+        for (int row = 0; row < rows->rowCount(); ++row)
+            if (const auto* target = rows->target(rows->index(row)); target && target->id == id) return rows->index(row);
+        ADD_FAILURE() << "no row for " << id;
+        return {};
+    }
+    void clickRow(const std::string& id) {
+        auto* view = panel->targetList()->view();
+        const QRect area = view->visualRect(rowOf(id));
+        ASSERT_TRUE(area.isValid());
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, area.center());
+    }
+};
+
+TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
+    writeConfig();
+    makePanel();
+    ScanRow& scan = *panel->scanRow();
+    Footer& footer = *panel->footer();
+    const auto expectButtons = [&](const char* step, bool scanEnabled, bool cancelShown, bool selectShown, bool actionEnabled) {
+        SCOPED_TRACE(step);
+        EXPECT_EQ(scan.scanButton()->isEnabled(), scanEnabled);
+        EXPECT_EQ(scan.cancelButton()->isVisible(), cancelShown);
+        EXPECT_EQ(scan.selectAllButton()->isVisible(), selectShown);
+        EXPECT_EQ(footer.actionButton()->isEnabled(), actionEnabled);
+        for (auto domain : AppModel::allDomains) EXPECT_EQ(panel->header()->domainButton(domain)->isEnabled(), scanEnabled);
+    };
+    ASSERT_EQ(panel->currentScreen(), Screen::main);
+    expectButtons("empty", true, false, false, false);
+    EXPECT_EQ(scan.scanButton()->text(), "Scan");
+    EXPECT_STREQ(panel->targetList()->emptySymbol(), "sparkles");
+    EXPECT_EQ(footer.actionButton()->text(), "Clean: nothing selected");
+    EXPECT_EQ(footer.updatesButton(), nullptr);  // no updater, no button
+
+    click(scan.scanButton());
+    ASSERT_EQ(model->phase(), Phase::scanning);
+    expectButtons("scanning", false, true, false, false);
+    EXPECT_STREQ(panel->targetList()->emptySymbol(), "hourglass");
+    EXPECT_EQ(panel->targetList()->emptyText()->text(), "Scanning…");
+
+    settle();
+    ASSERT_EQ(model->phase(), Phase::idle);
+    expectButtons("scanned", true, false, true, true);
+    EXPECT_EQ(scan.scanButton()->text(), "Rescan");
+    // Sections in the order of every family, whatever the sizes: js packages before other languages.
+    std::vector<std::string> sections;
+    auto* rows = panel->targetList()->rows();
+    for (int row = 0; row < rows->rowCount(); ++row)
+        if (!rows->target(rows->index(row))) sections.push_back(rows->index(row).data().toString().toStdString());
+    EXPECT_EQ(sections, (std::vector<std::string>{displayName(Family::jsPackages), displayName(Family::devMisc),
+                                                  displayName(Family::otherLangs)}));
+    screenshot(*panel, "panel-results");
+
+    // A click anywhere on a row ticks it; the header and the action follow.
+    const auto selectedBefore = model->selectedIDs();
+    clickRow("npm-cache");
+    EXPECT_FALSE(model->selectedIDs().contains("npm-cache"));
+    clickRow("npm-cache");
+    EXPECT_EQ(model->selectedIDs(), selectedBefore);
+    click(scan.selectNoneButton());
+    expectButtons("nothing selected", true, false, true, false);
+    EXPECT_EQ(panel->header()->selectedLabel()->text(), "0 B");
+}
+
+TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
+    writeConfig();
+    makePanel();
+    click(panel->scanRow()->scanButton());
+    settle();
+    model->setSelectedIDs({"npm-cache"});
+    const std::string bytes = Format::bytes(selectedBytes(*model));
+    Footer& footer = *panel->footer();
+    EXPECT_EQ(footer.actionButton()->text().toStdString(), "Clean " + bytes);
+
+    // Cancel first: nothing happens; then confirm.
+    click(footer.actionButton());
+    EXPECT_TRUE(panel->confirming());
+    EXPECT_TRUE(footer.confirmBox()->isVisible());
+    EXPECT_FALSE(footer.actionButton()->isVisible());
+    EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 items (" + bytes + ")? This cannot be undone.");
+    EXPECT_EQ(footer.confirmBox()->deleteButton()->text().toStdString(), "Delete " + bytes);
+    click(footer.confirmBox()->cancelButton());
+    EXPECT_FALSE(panel->confirming());
+    EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache"));
+
+    click(footer.actionButton());
+    screenshot(*panel, "panel-confirm");
+    click(footer.confirmBox()->deleteButton());
+    EXPECT_EQ(model->phase(), Phase::cleaning);
+    EXPECT_TRUE(footer.cleaningRow()->isVisible());
+    EXPECT_FALSE(footer.actionButton()->isVisible());
+    settle();
+
+    EXPECT_EQ(model->phase(), Phase::done);
+    EXPECT_FALSE(std::filesystem::exists(home / ".npm/_cacache"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".npm"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".cache/zig/o/cc"));
+    EXPECT_TRUE(std::filesystem::exists(home / ".cache/huggingface/hub/model.bin"));
+    EXPECT_TRUE(std::filesystem::exists(home / "Documents/thesis.tex"));
+    ASSERT_TRUE(model->lastReport());
+    EXPECT_GE(model->lastReport()->freedBytes, 9000);
+    EXPECT_TRUE(footer.resultRow()->isVisible());
+    EXPECT_EQ(footer.resultText()->text().toStdString(), "Freed " + Format::bytes(model->lastReport()->freedBytes));
+    screenshot(*panel, "panel-done");
+}
+
+TEST_F(PanelViewTest, SwitchingTheDomainClearsTheResults) {
+    writeConfig();
+    makePanel();
+    click(panel->scanRow()->scanButton());
+    settle();
+    ASSERT_FALSE(model->targets().empty());
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    EXPECT_EQ(model->domain(), AppModel::Domain::prepare);
+    EXPECT_TRUE(model->targets().empty());
+    EXPECT_TRUE(model->selectedIDs().empty());
+    EXPECT_EQ(panel->footer()->actionButton()->text(), "Free up: nothing selected");
+    EXPECT_FALSE(panel->scanRow()->selectAllButton()->isVisible());
+}
+
+TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
+    makePanel(gateWithMinimum("0.9"));
+    settle();  // the version check the panel started when shown
+    EXPECT_EQ(panel->currentScreen(), Screen::onboarding);
+    screenshot(*panel, "onboarding");
+    click(panel->onboardingView()->chooseManuallyButton());
+    EXPECT_TRUE(Config::exists(home));
+    EXPECT_EQ(Config::load(home).enabledFamilies, std::nullopt);
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
+    screenshot(*panel, "settings");
+    click(panel->settingsView()->closeButton());
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
+    screenshot(*panel, "panel-empty");
+    click(panel->header()->gearButton());
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
+
+    // A required update comes before everything, settings included.
+    panel.reset();
+    model.reset();
+    makePanel(gateWithMinimum("2.0"));
+    settle();
+    EXPECT_EQ(panel->currentScreen(), Screen::updateRequired);
+    screenshot(*panel, "update-required");
+    click(panel->updateRequiredView()->downloadButton());
+    EXPECT_EQ(opened, std::vector<QUrl>{UpdateRequiredView::downloadPage()});
+    click(panel->updateRequiredView()->quitButton());
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
+    makePanel();
+    OnboardingView& onboarding = *panel->onboardingView();
+    click(onboarding.detectButton());
+    EXPECT_TRUE(onboarding.detectingRow()->isVisible());
+    EXPECT_FALSE(onboarding.detectButton()->isVisible());
+    settle();
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
+    const auto families = Config::load(home).enabledFamilies;
+    ASSERT_TRUE(families);
+    EXPECT_EQ(*families, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs"}));
+}
+
+TEST_F(PanelViewTest, DiskBarShowsTheToneAndFigures) {
+    writeConfig();
+    diskFigure = {100, 5};
+    makePanel();
+    EXPECT_EQ(panel->diskBar()->fillColour(), Palette::red);
+    EXPECT_EQ(panel->diskBar()->caption()->text(), "5 B free of 100 B");
+}
+
+}  // namespace
+}  // namespace kelvo::app::testing

@@ -1,0 +1,149 @@
+// The settings screen and its path editor: what Save stores, what Cancel drops, and the
+// two switches that act at once (start at login, the command-line link).
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+#include <QSpinBox>
+#include <fstream>
+
+#include "PanelFixture.h"
+#include "panel/Header.h"
+#include "settings/PathListEditor.h"
+#include "settings/SettingsView.h"
+
+namespace kelvo::app::testing {
+namespace {
+
+using kelvo::testing::writeFile;
+using kelvo::testing::writeText;
+
+class SettingsViewTest : public PanelFixture {
+protected:
+    SettingsView& openSettings(const Config& config) {
+        writeConfig(config);
+        makePanel();
+        click(panel->header()->gearButton());
+        return *panel->settingsView();
+    }
+};
+
+TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOn) {
+    Config loaded;
+    loaded.defaultLevel = "aggressive";
+    loaded.keepRecentDays = 7;
+    loaded.enabledFamilies = std::vector<std::string>{"docker", "nonsense"};
+    SettingsView& settings = openSettings(loaded);
+    EXPECT_TRUE(settings.familyToggle(Family::docker)->isChecked());
+    EXPECT_FALSE(settings.familyToggle(Family::python)->isChecked());
+    EXPECT_EQ(settings.keepRecent()->value(), 7);
+
+    for (Family family : cleanDomainFamilies()) settings.familyToggle(family)->setChecked(true);
+    click(settings.saveButton());
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
+    Config expected = loaded;
+    expected.enabledFamilies.reset();
+    EXPECT_EQ(Config::load(home), expected);  // the loaded default level kept, though no control shows it
+
+    click(panel->header()->gearButton());
+    SettingsView& again = *panel->settingsView();
+    again.familyToggle(Family::python)->setChecked(false);
+    again.keepRecent()->setValue(12);
+    click(again.saveButton());
+    std::vector<std::string> sixteen;
+    for (Family family : cleanDomainFamilies())
+        if (family != Family::python) sixteen.emplace_back(rawValue(family));
+    std::ranges::sort(sixteen);
+    EXPECT_EQ(Config::load(home).enabledFamilies, sixteen);
+    EXPECT_EQ(Config::load(home).keepRecentDays, 12);
+}
+
+TEST_F(SettingsViewTest, CancelAndCloseStoreNothing) {
+    SettingsView& settings = openSettings({});
+    const auto before = Config::load(home);
+    settings.roots()->setPaths({"~/elsewhere"});
+    click(settings.cancelButton());
+    EXPECT_EQ(Config::load(home), before);
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
+}
+
+TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
+    PathListEditor editor("Folders", "folder", "hint", "placeholder");
+    const struct {
+        const char* typed;
+        QStringList expected;
+    } steps[] = {
+        {"  ~/code\t", {"~/code"}}, {"~/code", {"~/code"}}, {" \t ", {"~/code"}}, {"/srv/x", {"~/code", "/srv/x"}},
+    };
+    for (const auto& step : steps) {
+        QTest::keyClicks(editor.field(), step.typed);
+        QTest::keyClick(editor.field(), Qt::Key_Return);
+        EXPECT_EQ(editor.paths(), step.expected) << step.typed;
+        EXPECT_TRUE(editor.field()->text().isEmpty());
+    }
+    editor.setPaths({"~/a", "~/b", "~/a"});
+    QTest::mouseClick(editor.removeButton(2), Qt::LeftButton);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(editor.paths(), QStringList{"~/b"});
+}
+
+TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntry) {
+    SettingsView& settings = openSettings({});
+    const auto entry = shell.autostart.entry;
+    EXPECT_FALSE(settings.launchAtLogin()->isChecked());
+    settings.launchAtLogin()->click();
+    ASSERT_TRUE(std::filesystem::exists(entry));
+    std::ifstream file(entry);
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    EXPECT_NE(text.find("\nExec=/opt/kelvo/kelvo-menubar\n"), std::string::npos) << text;
+    EXPECT_TRUE(settings.launchAtLogin()->isChecked());
+    EXPECT_FALSE(settings.loginError()->isVisible());
+
+    // Hidden by the desktop's own settings: off, and the reopened screen says so.
+    writeText(entry, text + "Hidden=true\n");
+    click(settings.closeButton());
+    click(panel->header()->gearButton());
+    SettingsView& reopened = *panel->settingsView();
+    EXPECT_FALSE(reopened.launchAtLogin()->isChecked());
+    reopened.launchAtLogin()->click();
+    EXPECT_TRUE(shell.autostart.enabled());
+    reopened.launchAtLogin()->click();
+    EXPECT_FALSE(std::filesystem::exists(entry));
+    EXPECT_FALSE(reopened.launchAtLogin()->isChecked());
+}
+
+TEST_F(SettingsViewTest, StartAtLoginFailureShowsTheReasonAndTheRealState) {
+    writeFile(root / "config", 10);  // the autostart folder cannot be made below a file
+    SettingsView& settings = openSettings({});
+    settings.launchAtLogin()->click();
+    EXPECT_FALSE(settings.launchAtLogin()->isChecked());
+    EXPECT_TRUE(settings.loginError()->isVisible());
+    EXPECT_TRUE(settings.loginError()->text().startsWith(SettingsView::loginFailurePrefix));
+    EXPECT_GT(settings.loginError()->text().size(), QString(SettingsView::loginFailurePrefix).size());
+}
+
+TEST_F(SettingsViewTest, CommandLineLinkReplacesWhatIsThereOrSaysWhatToRun) {
+    const auto tool = writeFile(root / "app/kelvo", 10);
+    shell.cliLink = {tool, root / "bin"};
+    SettingsView& settings = openSettings({});
+    writeFile(root / "bin/kelvo", 3);  // an old copy in the way
+    click(settings.installCliButton());
+    EXPECT_EQ(std::filesystem::read_symlink(root / "bin/kelvo"), tool);
+    EXPECT_TRUE(settings.cliInstalledMark()->isVisible());
+    EXPECT_EQ(settings.cliMessage()->text(), "The kelvo command is installed.");
+
+    const struct {
+        CliLink link;
+        CliLink::Outcome expected;
+    } rows[] = {
+        {{root / "app/none", root / "bin2"}, CliLink::Outcome::notBundled},
+        {{tool, tool / "bin"}, CliLink::Outcome::refused},  // a folder below a file cannot be made
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.link.install(), row.expected) << row.link.linkFolder;
+    EXPECT_FALSE(std::filesystem::exists(root / "bin2"));
+    EXPECT_EQ(rows[1].link.fallbackCommand(), "sudo ln -sf \"" + tool.string() + "\" " + (tool / "bin/kelvo").string());
+}
+
+}  // namespace
+}  // namespace kelvo::app::testing

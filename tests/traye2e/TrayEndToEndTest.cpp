@@ -1,0 +1,178 @@
+// The application on a real X server with a real tray host: Xvfb, openbox and trayer,
+// started by this program on a free display. xdotool clicks the tray icon like a user;
+// the panel must appear at 420 x 560, and a click on Scan must fill its list from a fake home.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QProcess>
+#include <QScreen>
+#include <QListView>
+#include <QPushButton>
+#include <QSystemTrayIcon>
+#include <QTest>
+#include <string>
+#include <vector>
+
+#include "AppDelegate.h"
+#include "Icons.h"
+#include "KelvoMenuBarApp.h"
+#include "PanelView.h"
+#include "kelvo/Config.h"
+#include "panel/ScanRow.h"
+#include "panel/TargetListModel.h"
+#include "panel/TargetList.h"
+#include "kelvo/platform/FileSystem.h"
+#include "panel/UpdateRequiredView.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
+
+namespace kelvo::app {
+namespace {
+
+// Children of the test: the X server, the window manager and the tray host.
+std::vector<pid_t> children;
+
+pid_t spawn(const std::vector<std::string>& command, int keepFd = -1) {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::setpgid(0, 0);
+        const int devNull = ::open("/dev/null", O_RDWR);
+        ::dup2(devNull, 0);
+        ::dup2(devNull, 1);
+        ::dup2(devNull, 2);
+        if (keepFd < 0) ::close(devNull);
+        std::vector<char*> arguments;
+        for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+        arguments.push_back(nullptr);
+        ::execvp(arguments[0], arguments.data());
+        ::_exit(127);
+    }
+    children.push_back(pid);
+    return pid;
+}
+
+// Starts Xvfb on a display it picks itself; the display's number, or nothing.
+std::optional<std::string> startXServer() {
+    int pipe[2];
+    if (::pipe(pipe) != 0) return std::nullopt;
+    spawn({"Xvfb", "-displayfd", std::to_string(pipe[1]), "-screen", "0", "1280x800x24", "-nolisten", "tcp"}, pipe[1]);
+    ::close(pipe[1]);
+    std::string number;
+    char c;
+    while (::read(pipe[0], &c, 1) == 1 && c != '\n') number += c;
+    ::close(pipe[0]);
+    if (number.empty()) return std::nullopt;
+    return ":" + number;
+}
+
+void stopChildren() {
+    for (auto it = children.rbegin(); it != children.rend(); ++it) {
+        ::kill(-*it, SIGTERM);
+        ::waitpid(*it, nullptr, 0);
+    }
+}
+
+void xdotool(const QStringList& arguments) {
+    QProcess process;
+    process.start("xdotool", arguments);
+    ASSERT_TRUE(process.waitForStarted());
+    // The event loop keeps running while xdotool talks to the server.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000));
+    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+}
+
+void clickAt(const QPoint& point) {
+    xdotool({"mousemove", QString::number(point.x()), QString::number(point.y()), "click", "1"});
+}
+
+TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
+    testing::TempDir root;
+    const auto home = root / "home";
+    testing::writeFile(home / ".npm/_cacache/content-v2/aa/bb", 9000);
+    testing::writeFile(home / ".cache/zig/o/cc", 30000);
+    ASSERT_FALSE(Config{}.save(home));
+    Dispatcher toEventLoop = [](Closure closure) { QMetaObject::invokeMethod(qApp, std::move(closure), Qt::QueuedConnection); };
+    const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home));
+    const auto probe = std::make_shared<StubProcessProbe>();
+    const CommandRunner runner = [](const std::string&, const ShellVariables&) { return 0; };
+    auto model = std::make_unique<AppModel>(
+        toEventLoop, CleanService{env, probe, runner},
+        PrepareService{env, probe, runner, 6, std::chrono::system_clock::now(),
+                       std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
+                       [] { return std::vector<SimRuntime>{}; }, {}},
+        std::nullopt);
+    ShellServices shell;
+    shell.autostart = {root / "autostart/kelvo.desktop", "/bin/true"};
+    shell.quit = [] {};
+    KelvoMenuBarApp app(std::move(model), nullptr, shell);
+
+    ASSERT_TRUE(QTest::qWaitFor([] { return QSystemTrayIcon::isSystemTrayAvailable(); }, 20000)) << "no tray host";
+    AppDelegate::applicationDidFinishLaunching(app, true);
+    EXPECT_FALSE(app.panel().isVisible());  // only the icon at start
+    // Until trayer embeds it, the icon reports the origin; trayer sits at the top right.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return app.tray()->geometry().x() > 0 && !app.tray()->geometry().isEmpty(); }, 20000));
+
+    // The tray host may still move the icon while it lays itself out: a click that found
+    // no icon is made again where the icon is now.
+    for (int attempt = 0; attempt < 10 && !app.panel().isVisible(); ++attempt) {
+        clickAt(app.tray()->geometry().center());
+        (void)QTest::qWaitFor([&] { return app.panel().isVisible(); }, 2000);
+    }
+    ASSERT_TRUE(app.panel().isVisible()) << "no click on the icon opened the panel";
+    EXPECT_EQ(app.panel().size(), QSize(420, 560));
+    EXPECT_TRUE(app.panel().QWidget::screen()->availableGeometry().contains(app.panel().geometry())) << "off screen";
+    EXPECT_GT(app.panel().geometry().top(), app.tray()->geometry().top());  // hangs under the icon
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.panel(), 20000));
+    EXPECT_EQ(app.panel().currentScreen(), Screen::main);
+
+    QPushButton* scan = app.panel().scanRow()->scanButton();
+    clickAt(scan->mapToGlobal(scan->rect().center()));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !app.model().targets().empty() && app.model().phase() == AppModel::Phase::idle; },
+                                60000));
+    EXPECT_GE(app.panel().targetList()->rows()->rowCount(), 4);  // two sections, two targets
+    EXPECT_TRUE(app.panel().targetList()->view()->isVisible());
+}
+
+TEST(TrayEndToEnd, DownloadPageOpensThroughTheDesktopsOpener) {
+    // A stand-in xdg-open, first on the search path, writes down what it was asked to open.
+    testing::TempDir stub;
+    const auto record = stub / "opened.txt";
+    testing::writeText(stub / "xdg-open", "#!/bin/sh\nprintf '%s' \"$1\" > '" + record.string() + "'\n");
+    std::filesystem::permissions(stub / "xdg-open", std::filesystem::perms::owner_all);
+    const std::string path = stub.path().string() + ":" + std::getenv("PATH");
+    const kelvo::testing::ScopedEnvironment onPath({{"PATH", path}});
+    ShellServices::openInBrowser(UpdateRequiredView::downloadPage());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !platform::readFile(record).value_or("").empty(); }, 20000));
+    EXPECT_EQ(QUrl(QString::fromStdString(*platform::readFile(record))), UpdateRequiredView::downloadPage());
+}
+
+}  // namespace
+}  // namespace kelvo::app
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    if (::testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
+    const auto display = kelvo::app::startXServer();
+    if (!display) {
+        std::fprintf(stderr, "Xvfb did not start\n");
+        return 1;
+    }
+    ::setenv("DISPLAY", display->c_str(), 1);
+    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+    ::setenv("LANG", "C", 1);
+    ::unsetenv("WAYLAND_DISPLAY");
+    kelvo::app::spawn({"openbox", "--sm-disable"});
+    kelvo::app::spawn({"trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "24"});
+    int status;
+    {
+        QApplication application(argc, argv);
+        kelvo::app::Icons::useThemes();
+        status = RUN_ALL_TESTS();
+    }
+    kelvo::app::stopChildren();
+    return status;
+}
