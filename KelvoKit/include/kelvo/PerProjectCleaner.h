@@ -1,6 +1,7 @@
 #pragma once
 // Build artefacts inside the user's own projects ("node_modules", "build", "__pycache__",
-// ...). Every root is walked without depth limit, hidden and package folders included;
+// ...). Every root is walked without depth limit, hidden and package folders included,
+// past PATH_MAX too, with memory that grows with the width of the tree, not its depth;
 // a folder whose exact name is one of the specs' dirName is a candidate and is never
 // entered, accepted or not. A candidate is accepted unless it was modified less than
 // keepRecentDays before `now` (an unreadable date does not reject it), its parent lacks
