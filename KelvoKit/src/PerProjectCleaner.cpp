@@ -76,17 +76,24 @@ bool linkLeadsToProtectedOutput(const std::filesystem::path& link) {
     return target && treeHoldsProtectedOutput(std::move(*target));
 }
 
-// A "build" folder that is not a build output to offer: it holds a protected output at
-// any depth.
+// A "build" folder that is not a build output to offer: it is a Python package (it holds
+// __init__.py, so it is source), or it holds a protected output at any depth.
 bool isKeptBuildFolder(DirectoryHandle folder, std::string path) {
     return TreeWalk::run(std::move(folder), std::move(path),
                          [](const WalkedDirectory& directory, std::string_view name, EntryType type) {
                              const bool kept = isProtectedOutputName(name) ||
+                                               (directory.depth() == 0 && name == "__init__.py") ||
                                                (type == EntryType::symlink &&
                                                 linkLeadsToProtectedOutput(directory.pathOf(name)));
                              return kept ? WalkStep::stop : WalkStep::enter;
                          });
 }
+
+// Folders a Python environment or package manager installed: a folder holding pyvenv.cfg
+// (a virtual environment) and site-packages / dist-packages folders. Inside them a folder
+// named like a build output belongs to an installed package; only __pycache__ is offered.
+bool isInstalledPackagesName(std::string_view name) { return name == "site-packages" || name == "dist-packages"; }
+bool offeredAmongInstalledPackages(std::string_view name) { return name == "__pycache__"; }
 
 // One scan: walks the roots depth first, in listing order, and collects accepted folders
 // by kind in the order found.
@@ -123,25 +130,29 @@ private:
     // visited. The walk visits a folder's entries right after entering it, so the state of
     // a depth is that folder's until the next folder at that depth is entered.
     struct Folder {
+        bool amongInstalledPackages = false;  // inherited, or given by the folder's name
         bool lookedInside = false;
         bool cacheTagged = false;
     };
 
     WalkStep visit(const WalkedDirectory& directory, std::string_view name, EntryType type) {
         if (stopped()) return WalkStep::stop;
+        const Folder folder = lookInside(directory);  // a copy: entering below may move folders_
         // A tagged cache is never entered, whether or not it is accepted.
-        if (lookInside(directory).cacheTagged) return WalkStep::leave;
+        if (folder.cacheTagged) return WalkStep::leave;
         if (type != EntryType::directory) return WalkStep::next;
         const auto found = specsByName_.find(name);
         if (found == specsByName_.end()) {
             const std::size_t depth = directory.depth() + 1;
+            const bool amongInstalled = folder.amongInstalledPackages || isInstalledPackagesName(name);
             if (folders_.size() <= depth) folders_.resize(depth + 1);
-            folders_[depth] = {};
+            folders_[depth] = {.amongInstalledPackages = amongInstalled};
             return WalkStep::enter;
         }
         // An artefact folder is never entered, whether or not it is accepted.
         const auto& spec = *found->second;
-        if (accepts(spec, directory, name)) accept(spec, directory.pathOf(name));
+        if ((!folder.amongInstalledPackages || offeredAmongInstalledPackages(name)) && accepts(spec, directory, name))
+            accept(spec, directory.pathOf(name));
         return WalkStep::next;
     }
 
@@ -149,7 +160,9 @@ private:
         Folder& folder = folders_[directory.depth()];
         if (folder.lookedInside) return folder;
         folder.lookedInside = true;
-        if (directory.depth() > 0 && isCacheTagged(directory)) {
+        if (directory.anyName([](std::string_view name) { return name == "pyvenv.cfg"; }))
+            folder.amongInstalledPackages = true;
+        if (directory.depth() > 0 && !folder.amongInstalledPackages && isCacheTagged(directory)) {
             folder.cacheTagged = true;
             if (!cleaner_.isRecent(directory.handle().childModificationTime(".")))
                 accept(*cleaner_.cacheTagged(), directory.path());

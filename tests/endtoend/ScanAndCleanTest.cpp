@@ -158,6 +158,28 @@ TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNo
     EXPECT_EQ(testing::listing(root.path()), before);
 }
 
+TEST_F(FakeHome, CleanLeavesTheBuildFoldersOfInstalledPythonPackages) {
+    // `python3 -m venv env` beside a pyproject.toml: "env" is no kind of its own, so the walk goes in.
+    const auto project = home / "workspace/api";
+    writeFile(project / "pyproject.toml", 100);
+    writeFile(project / "env/pyvenv.cfg", 100);
+    const auto operations = project / "env/lib/python3.11/site-packages/pip/_internal/operations";
+    writeFile(operations / "build/__init__.py", 100);
+    writeFile(operations / "build/wheel.py", 6000);
+    writeFile(operations / "install/__init__.py", 100);
+    writeFile(project / "build/lib/api/main.py", 5000);  // the project's own output
+    const auto old = std::chrono::system_clock::now() - 90 * 24h;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(project))
+        testing::setModificationTime(entry.path(), old);
+
+    const auto result = testing::runTool({"clean", "--yes", "--id", "per-project-build"}, environment);
+    ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+    EXPECT_FALSE(std::filesystem::exists(project / "build"));
+    EXPECT_TRUE(std::filesystem::exists(operations / "build/__init__.py"));
+    EXPECT_TRUE(std::filesystem::exists(operations / "build/wheel.py"));
+    EXPECT_TRUE(std::filesystem::exists(project / "env/pyvenv.cfg"));
+}
+
 TEST_F(FakeHome, FoldersBelowPathsLongerThanPathMaxAreMeasuredAndCleanedExactly) {
     // 22 folders of 200 characters: the node_modules lies below some 4.4 KB of path.
     const auto bottom = testing::makeFolderChain(home / "workspace/deep", 22, std::string(200, 'n'));
