@@ -182,8 +182,11 @@ Measurement DirectorySizer::measureUncached(const std::filesystem::path& path) c
     auto top = DirectoryHandle::open(path, true, error);
     if (!top) {
         if (error == std::errc::not_a_directory) return {platform::allocatedSize(path), false};
-        if (!platform::exists(path)) return {};  // nothing there, or a dangling link
-        return {0, true};                        // a directory that cannot be read at all
+        // Nothing there, a dangling link or a loop of links: nothing to measure.
+        if (error == std::errc::no_such_file_or_directory ||
+            (error == std::errc::too_many_symbolic_link_levels && platform::isSymbolicLink(path).value_or(false)))
+            return {};
+        return {0, true};  // there but unreadable: no permission, a link met past PATH_MAX, ...
     }
     Walk walk{pool_, stop_, {}, {}, {}};
     walk.walk(std::move(*top));

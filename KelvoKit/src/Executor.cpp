@@ -18,8 +18,9 @@ namespace {
 
 using std::filesystem::path;
 
-// Anything at all stands at the path, a dangling link included (links not followed).
-bool somethingAt(const path& location) { return platform::isSymbolicLink(location).has_value(); }
+// Anything at all stands at the path, a dangling link included (links not followed), or
+// what stands there cannot be told: then it is not known to be gone.
+bool somethingAt(const path& location) { return platform::isPresent(location).value_or(true); }
 
 bool isAppBundle(const path& location) { return Paths::extensionOf(location) == "app"; }
 

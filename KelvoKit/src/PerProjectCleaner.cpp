@@ -8,12 +8,16 @@
 #include "kelvo/platform/DirectoryHandle.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/TextCase.h"
+#include "kelvo/platform/TreeWalk.h"
 
 namespace kelvo {
 namespace {
 
 using platform::DirectoryHandle;
 using platform::EntryType;
+using platform::TreeWalk;
+using platform::WalkedDirectory;
+using platform::WalkStep;
 
 constexpr double secondsPerDay = 86400.0;
 
@@ -29,44 +33,8 @@ bool isProtectedOutputName(std::string_view name) {
     return extension == "xcarchive" || extension == "aab";
 }
 
-// One directory's entries: every name (for the sibling rule, NUL-separated in one buffer
-// so a walk over millions of files allocates little) and the subdirectories in listing
-// order. Links are never listed as subdirectories.
-struct Listing {
-    std::string names;
-    std::vector<std::string> subdirectories;
-    bool failed = false;
-    bool hasCacheTagFile = false;
-
-    static Listing of(const DirectoryHandle& directory, bool keepNames) {
-        Listing listing;
-        listing.failed = static_cast<bool>(directory.forEachName([&](std::string_view name, EntryType type) {
-            if (keepNames) {
-                listing.names.append(name);
-                listing.names.push_back('\0');
-            }
-            if (type == EntryType::directory) listing.subdirectories.emplace_back(name);
-            if (type == EntryType::file && name == cacheTagName) listing.hasCacheTagFile = true;
-            return true;
-        }));
-        return listing;
-    }
-
-    template <typename Predicate>
-    bool anyName(Predicate&& predicate) const {
-        std::string_view rest = names;
-        while (!rest.empty()) {
-            const auto end = rest.find('\0');
-            if (predicate(rest.substr(0, end))) return true;
-            if (end == std::string_view::npos) break;
-            rest.remove_prefix(end + 1);
-        }
-        return false;
-    }
-};
-
 // A pattern with no alternative left after dropping empty pieces matches nothing.
-bool siblingPatternMatches(std::string_view pattern, const Listing& siblings) {
+bool siblingPatternMatches(std::string_view pattern, const WalkedDirectory& siblings) {
     while (true) {
         const auto bar = pattern.find('|');
         const std::string_view alternative = pattern.substr(0, bar);
@@ -83,8 +51,8 @@ bool siblingPatternMatches(std::string_view pattern, const Listing& siblings) {
     return false;
 }
 
-bool hasRequiredSiblings(const std::vector<std::string>& patterns, const Listing& siblings) {
-    if (siblings.failed) return false;
+bool hasRequiredSiblings(const std::vector<std::string>& patterns, const WalkedDirectory& siblings) {
+    if (!siblings.listedCompletely()) return false;
     for (const auto& pattern : patterns)
         if (!siblingPatternMatches(pattern, siblings)) return false;
     return true;
@@ -92,56 +60,40 @@ bool hasRequiredSiblings(const std::vector<std::string>& patterns, const Listing
 
 // Whether any entry below `directory` has a protected output's name. Links met here are
 // not followed.
-bool treeHoldsProtectedOutput(const DirectoryHandle& directory) {
-    std::vector<std::string> subdirectories;
-    bool found = false;
-    directory.forEachName([&](std::string_view name, EntryType type) {
-        if (isProtectedOutputName(name)) {
-            found = true;
-            return false;
-        }
-        if (type == EntryType::directory) subdirectories.emplace_back(name);
-        return true;
+bool treeHoldsProtectedOutput(DirectoryHandle directory) {
+    return TreeWalk::run(std::move(directory), {}, [](const WalkedDirectory&, std::string_view name, EntryType) {
+        return isProtectedOutputName(name) ? WalkStep::stop : WalkStep::enter;
     });
-    if (found) return true;
-    for (const auto& name : subdirectories) {
-        std::error_code error;
-        if (auto child = directory.openChild(name, error); child && treeHoldsProtectedOutput(*child)) return true;
-    }
-    return false;
 }
 
-// The search inside a "build" candidate. A link inside it counts when its resolved path
-// has a protected output's name or leads to a folder that holds one; that second walk
-// follows no further links.
-bool containsProtectedArtifact(const DirectoryHandle& directory, const std::filesystem::path& path) {
-    std::vector<std::string> subdirectories;
-    std::vector<std::string> links;
-    bool found = false;
-    directory.forEachName([&](std::string_view name, EntryType type) {
-        if (isProtectedOutputName(name)) {
-            found = true;
-            return false;
-        }
-        if (type == EntryType::symlink) links.emplace_back(name);
-        else if (type == EntryType::directory) subdirectories.emplace_back(name);
-        return true;
-    });
-    if (found) return true;
-    for (const auto& name : links) {
-        const auto resolved = platform::resolveSymlinks(path / name);
-        if (isProtectedOutputName(Paths::lastComponent(resolved))) return true;
-        std::error_code error;
-        if (auto target = DirectoryHandle::open(resolved, true, error); target && treeHoldsProtectedOutput(*target))
-            return true;
-    }
-    for (const auto& name : subdirectories) {
-        std::error_code error;
-        if (auto child = directory.openChild(name, error); child && containsProtectedArtifact(*child, path / name))
-            return true;
-    }
-    return false;
+// A link inside a build folder counts when its resolved path has a protected output's
+// name or leads to a folder that holds one; that second search follows no further links.
+bool linkLeadsToProtectedOutput(const std::filesystem::path& link) {
+    const auto resolved = platform::resolveSymlinks(link);
+    if (isProtectedOutputName(Paths::lastComponent(resolved))) return true;
+    std::error_code error;
+    auto target = DirectoryHandle::open(resolved, true, error);
+    return target && treeHoldsProtectedOutput(std::move(*target));
 }
+
+// A "build" folder that is not a build output to offer: it is a Python package (it holds
+// __init__.py, so it is source), or it holds a protected output at any depth.
+bool isKeptBuildFolder(DirectoryHandle folder, std::string path) {
+    return TreeWalk::run(std::move(folder), std::move(path),
+                         [](const WalkedDirectory& directory, std::string_view name, EntryType type) {
+                             const bool kept = isProtectedOutputName(name) ||
+                                               (directory.depth() == 0 && name == "__init__.py") ||
+                                               (type == EntryType::symlink &&
+                                                linkLeadsToProtectedOutput(directory.pathOf(name)));
+                             return kept ? WalkStep::stop : WalkStep::enter;
+                         });
+}
+
+// Folders a Python environment or package manager installed: a folder holding pyvenv.cfg
+// (a virtual environment) and site-packages / dist-packages folders. Inside them a folder
+// named like a build output belongs to an installed package; only __pycache__ is offered.
+bool isInstalledPackagesName(std::string_view name) { return name == "site-packages" || name == "dist-packages"; }
+bool offeredAmongInstalledPackages(std::string_view name) { return name == "__pycache__"; }
 
 // One scan: walks the roots depth first, in listing order, and collects accepted folders
 // by kind in the order found.
@@ -149,9 +101,6 @@ class ProjectWalk {
 public:
     ProjectWalk(const PerProjectCleaner& cleaner, std::stop_token stop) : cleaner_(cleaner), stop_(std::move(stop)) {
         for (const auto& spec : cleaner.specs()) specsByName_.emplace(spec.dirName, &spec);
-        // Only a kind that asks for siblings needs the names of a folder's other entries.
-        for (const auto& spec : cleaner.specs())
-            if (!spec.requiresSibling.empty()) needsSiblingNames_ = true;
     }
 
     void walkRoot(const std::filesystem::path& root) {
@@ -159,7 +108,12 @@ public:
         std::error_code error;
         // The root was named by the user and may itself be a link; nothing below it is followed.
         auto top = DirectoryHandle::open(root, true, error);
-        if (top) walk(*top, root, /*belowRoot=*/false);
+        if (!top) return;
+        folders_.assign(1, {});
+        TreeWalk::run(std::move(*top), root.string(),
+                      [this](const WalkedDirectory& directory, std::string_view name, EntryType type) {
+                          return visit(directory, name, type);
+                      });
     }
 
     bool stopped() const { return stop_.stop_requested(); }
@@ -171,43 +125,66 @@ public:
     std::vector<Kind>& kinds() { return kinds_; }
 
 private:
-    void walk(const DirectoryHandle& directory, const std::filesystem::path& path, bool belowRoot) {
-        if (stopped()) return;
-        const Listing listing = Listing::of(directory, needsSiblingNames_);
-        if (belowRoot && isCacheTagged(directory, listing)) {
-            // A tagged cache is never entered, whether or not it is accepted.
-            if (!cleaner_.isRecent(directory.childModificationTime("."))) accept(*cleaner_.cacheTagged(), path);
-            return;
+    // What the walk knows of a folder it is in, by depth below the root: reset when the
+    // folder is entered and completed by a look at its names when its first entry is
+    // visited. The walk visits a folder's entries right after entering it, so the state of
+    // a depth is that folder's until the next folder at that depth is entered.
+    struct Folder {
+        bool amongInstalledPackages = false;  // inherited, or given by the folder's name
+        bool lookedInside = false;
+        bool cacheTagged = false;
+    };
+
+    WalkStep visit(const WalkedDirectory& directory, std::string_view name, EntryType type) {
+        if (stopped()) return WalkStep::stop;
+        const Folder folder = lookInside(directory);  // a copy: entering below may move folders_
+        // A tagged cache is never entered, whether or not it is accepted.
+        if (folder.cacheTagged) return WalkStep::leave;
+        if (type != EntryType::directory) return WalkStep::next;
+        const auto found = specsByName_.find(name);
+        if (found == specsByName_.end()) {
+            const std::size_t depth = directory.depth() + 1;
+            const bool amongInstalled = folder.amongInstalledPackages || isInstalledPackagesName(name);
+            if (folders_.size() <= depth) folders_.resize(depth + 1);
+            folders_[depth] = {.amongInstalledPackages = amongInstalled};
+            return WalkStep::enter;
         }
-        for (const auto& name : listing.subdirectories) {
-            if (stopped()) return;
-            const auto found = specsByName_.find(name);
-            if (found == specsByName_.end()) {
-                std::error_code error;
-                if (auto child = directory.openChild(name, error)) walk(*child, path / name, /*belowRoot=*/true);
-                continue;
-            }
-            // An artefact folder is never entered, whether or not it is accepted.
-            if (accepts(*found->second, directory, name, listing, path)) accept(*found->second, path / name);
-        }
+        // An artefact folder is never entered, whether or not it is accepted.
+        const auto& spec = *found->second;
+        if ((!folder.amongInstalledPackages || offeredAmongInstalledPackages(name)) && accepts(spec, directory, name))
+            accept(spec, directory.pathOf(name));
+        return WalkStep::next;
     }
 
-    bool accepts(const PerProjectCleaner::ArtifactSpec& spec, const DirectoryHandle& parent, const std::string& name,
-                 const Listing& siblings, const std::filesystem::path& parentPath) const {
-        if (cleaner_.isRecent(parent.childModificationTime(name))) return false;
-        if (!spec.requiresSibling.empty() && !hasRequiredSiblings(spec.requiresSibling, siblings)) return false;
+    const Folder& lookInside(const WalkedDirectory& directory) {
+        Folder& folder = folders_[directory.depth()];
+        if (folder.lookedInside) return folder;
+        folder.lookedInside = true;
+        if (directory.anyName([](std::string_view name) { return name == "pyvenv.cfg"; }))
+            folder.amongInstalledPackages = true;
+        if (directory.depth() > 0 && !folder.amongInstalledPackages && isCacheTagged(directory)) {
+            folder.cacheTagged = true;
+            if (!cleaner_.isRecent(directory.handle().childModificationTime(".")))
+                accept(*cleaner_.cacheTagged(), directory.path());
+        }
+        return folder;
+    }
+
+    bool isCacheTagged(const WalkedDirectory& directory) const {
+        if (!cleaner_.cacheTagged() || !directory.anyName([](std::string_view name) { return name == cacheTagName; }))
+            return false;
+        return directory.handle().childFileStart(cacheTagName, cacheTagSignature.size()) == cacheTagSignature;
+    }
+
+    bool accepts(const PerProjectCleaner::ArtifactSpec& spec, const WalkedDirectory& parent, std::string_view name) const {
+        if (cleaner_.isRecent(parent.handle().childModificationTime(name))) return false;
+        if (!spec.requiresSibling.empty() && !hasRequiredSiblings(spec.requiresSibling, parent)) return false;
         if (name == "build") {
             std::error_code error;
-            auto folder = parent.openChild(name, error);
-            if (folder && containsProtectedArtifact(*folder, parentPath / name)) return false;
+            auto folder = parent.handle().openChild(name, error);
+            if (folder && isKeptBuildFolder(std::move(*folder), parent.pathOf(name))) return false;
         }
         return true;
-    }
-
-    bool isCacheTagged(const DirectoryHandle& directory, const Listing& listing) const {
-        if (!cleaner_.cacheTagged() || !listing.hasCacheTagFile) return false;
-        const auto start = directory.childFileStart(cacheTagName, cacheTagSignature.size());
-        return start == cacheTagSignature;
     }
 
     void accept(const PerProjectCleaner::ArtifactSpec& spec, std::filesystem::path folder) {
@@ -219,7 +196,7 @@ private:
     const PerProjectCleaner& cleaner_;
     std::stop_token stop_;
     std::unordered_map<std::string_view, const PerProjectCleaner::ArtifactSpec*> specsByName_;
-    bool needsSiblingNames_ = false;
+    std::vector<Folder> folders_;  // by depth below the root being walked
     std::unordered_map<std::string_view, std::size_t> kindIndex_;
     std::vector<Kind> kinds_;
 };

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <stop_token>
@@ -12,6 +14,7 @@
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PerProjectCleaner.h"
+#include "support/DeepTree.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -258,6 +261,70 @@ TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
     EXPECT_EQ(pathsOf(targets, "per-project-build"),
               (std::set<fs::path>{root / "two-hops/build", root / "plain/build", root / "lookalike/build"}));
     EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
+}
+
+TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    writeFile(root / "api/pyproject.toml", 100);
+    const fs::path venv = root / "api/env";  // `python3 -m venv env`
+    writeFile(venv / "pyvenv.cfg", 100);
+    const fs::path sitePackages = venv / "lib/python3.11/site-packages";
+    writeFile(sitePackages / "pip/_internal/operations/build/__init__.py", 4096);
+    writeFile(sitePackages / "pip/_internal/operations/build/wheel.py", 4096);
+    writeFile(sitePackages / "pip/__pycache__/__init__.cpython-311.pyc", 4096);
+    writeFile(venv / "lib/python3.11/node_modules/x.js", 4096);  // a venv's own folders are not walked either
+    // A system interpreter's packages, outside any environment.
+    writeFile(root / "sysroot/usr/lib/python3/dist-packages/tool/build/helpers.py", 4096);
+    writeFile(root / "vendor/site-packages/bindings/.build/debug.o", 4096);
+    // A project's own package that happens to be named "build", and a real build output.
+    writeFile(root / "api/src/build/__init__.py", 100);
+    writeFile(root / "api/src/build/steps.py", 4096);
+    writeFile(root / "api/build/lib/api/__init__.py", 4096);  // a package inside the output is still output
+    writeFile(root / "api/__pycache__/main.cpython-311.pyc", 4096);
+
+    const auto targets = makeCleaner({root}).scan();
+    EXPECT_EQ(idsOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-build"), std::set<fs::path>{root / "api/build"});
+    EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"),
+              (std::set<fs::path>{sitePackages / "pip/__pycache__", root / "api/__pycache__"}));
+}
+
+// Runs `work` on a thread whose stack is `bytes` long: a walk that went one call deeper
+// per folder level would overflow it long before the bottom of a chain of thousands.
+void runOnStackOf(std::size_t bytes, std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, bytes);
+    pthread_t thread;
+    const auto start = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST(PerProjectCleaner, ChainsOfThousandsOfFoldersAreWalkedToTheBottomOnASmallStack) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const fs::path bottom = testing::makeFolderChain(root / "app", 2100);
+    testing::writeDeepFile(bottom / "node_modules/pkg/index.js", 4096);
+    // The searches inside build folders go deep too: one finds an archive at the bottom of
+    // its own chain, the other at the bottom of a chain a link leads to.
+    testing::writeDeepFile(testing::makeFolderChain(root / "android/build", 500) / "app.aab", 4096);
+    testing::writeDeepFile(testing::makeFolderChain(temp / "exports", 1000) / "App.xcarchive/Info.plist", 4096);
+    fs::create_directory_symlink(temp / "exports", makeDirectory(root / "ios/build") / "exports");
+
+    std::vector<CleanTarget> targets;
+    runOnStackOf(128 * 1024, [&] { targets = makeCleaner({root}).scan(); });
+    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-node_modules"});
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{bottom / "node_modules"});
+    const auto* modules = findTarget(targets, "per-project-node_modules");
+    ASSERT_NE(modules, nullptr);
+    EXPECT_EQ(modules->sizeBytes, testing::deepAllocatedBytesBelow(bottom / "node_modules"));
+    EXPECT_EQ(modules->notes, "");
 }
 
 TEST(PerProjectCleaner, RecentlyModifiedFoldersAreKeptForKeepRecentDays) {

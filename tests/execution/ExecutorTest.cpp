@@ -8,6 +8,7 @@
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/Executor.h"
 #include "kelvo/L10n.h"
+#include "support/DeepTree.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -233,14 +234,22 @@ TEST_F(ExecutorTest, LinksAsTargetsAreNeverRemovedNorFollowed) {
 }
 
 TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTarget) {
-    const path target = writeFile(home / "real/sub/target/file", 100).parent_path();
-    fs::create_directory_symlink(home / "real", home / "via");
-    const auto report = executor().execute({pathTarget("chain", Family::devMisc, {home / "via/sub/target"})});
-    EXPECT_EQ(texts(report.skipped),
-              std::vector<std::string>{"chain: " + L10n::t("exec.skip.symlinkAncestor", (home / "real/sub").string())});
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_TRUE(fs::exists(target / "file"));
-    EXPECT_TRUE(fs::is_symlink(home / "via"));
+    // Below a short path, and below one longer than PATH_MAX that the system cannot resolve.
+    for (const path& base : {home, testing::makeFolderChain(home / "deep", 22, std::string(200, 'n'))}) {
+        const path file = testing::writeDeepFile(base / "real/sub/target/file", 100);
+        testing::makeDeepSymlink("real", base / "via");
+        for (const bool dryRun : {true, false}) {
+            Executor run = executor();
+            run.dryRun = dryRun;
+            const auto report = run.execute({pathTarget("chain", Family::devMisc, {base / "via/sub/target"})});
+            const std::string reason = L10n::t("exec.skip.symlinkAncestor", (base / "real/sub").string());
+            EXPECT_EQ(texts(report.skipped), std::vector<std::string>{"chain: " + reason})
+                << base.native().size() << " bytes of path";
+            EXPECT_TRUE(report.deleted.empty());
+        }
+        EXPECT_TRUE(testing::deepExists(file));
+        EXPECT_TRUE(testing::deepExists(base / "via"));
+    }
 }
 
 TEST_F(ExecutorTest, UnsafeReasonNamesEachKindOfLink) {

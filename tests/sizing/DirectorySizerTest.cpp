@@ -7,6 +7,7 @@
 
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/WorkerPool.h"
+#include "support/DeepTree.h"
 #include "support/TempDir.h"
 #include "support/Unprivileged.h"
 
@@ -126,6 +127,21 @@ TEST_F(DirectorySizerMeasure, MissingPathAndDanglingLinkAreZeroWithoutError) {
     std::filesystem::create_symlink(root / "missing", root / "dangling");
     expectBoth(root / "dangling", {0, false});
     EXPECT_EQ(DirectorySizer().size(root / "dangling"), 0);
+}
+
+TEST_F(DirectorySizerMeasure, PathsLongerThanPathMaxAreMeasuredAndNeverGuessedEmpty) {
+    // 22 folders of 200 characters: some 4.4 KB of path.
+    const path bottom = testing::makeFolderChain(root / "real", 22, std::string(200, 'n'));
+    ASSERT_GT(bottom.native().size(), 4400u);
+    testing::writeDeepFile(bottom / "tree/a/blob", 30000);
+    testing::writeDeepFile(bottom / "tree/b", 5000);
+    testing::writeDeepFile(bottom / "single/file", 9000);
+    expectBoth(bottom / "tree", {testing::deepAllocatedBytesBelow(bottom / "tree"), false});
+    expectBoth(bottom / "single/file", {testing::deepAllocatedBytesBelow(bottom / "single"), false});
+    expectBoth(bottom / "missing", {0, false});
+    // A link on the way down such a path is not followed: what lies behind it is unknown, not empty.
+    std::filesystem::create_directory_symlink(root / "real", root / "via");
+    expectBoth(root / "via" / bottom.lexically_relative(root / "real") / "tree", {0, true});
 }
 
 TEST_F(DirectorySizerMeasure, NamesThatAreNotUtf8) {

@@ -3,8 +3,10 @@
 // entry below a directory (the top directory itself not counted). Symbolic links inside
 // the tree are never followed; hidden entries count; a hard link counts once per name.
 // Parts that cannot be read are skipped and reported through hadErrors, so the bytes are
-// then a lower bound; entries removed while the walk runs are simply not counted. A
-// measurement never throws.
+// then a lower bound; entries removed while the walk runs are simply not counted. Only a
+// missing path (or a dangling link) measures 0 without an error; a path longer than
+// PATH_MAX is opened one component at a time, never re-resolved whole. A measurement
+// never throws.
 //
 // A sizer built on a pool splits big trees across the pool's idle workers; given a memo,
 // a path measured once is not walked again during the same scan. A stop request makes

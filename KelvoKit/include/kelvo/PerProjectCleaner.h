@@ -1,10 +1,14 @@
 #pragma once
 // Build artefacts inside the user's own projects ("node_modules", "build", "__pycache__",
-// ...). Every root is walked without depth limit, hidden and package folders included;
+// ...). Every root is walked without depth limit, hidden and package folders included,
+// past PATH_MAX too, with memory that grows with the width of the tree, not its depth;
 // a folder whose exact name is one of the specs' dirName is a candidate and is never
 // entered, accepted or not. A candidate is accepted unless it was modified less than
 // keepRecentDays before `now` (an unreadable date does not reject it), its parent lacks
-// the required siblings, or, for "build" only, it holds an Android bundle or Xcode archive.
+// the required siblings, or, for "build" only, it holds an Android bundle or Xcode archive
+// at any depth or is itself a Python package (it holds __init__.py: source, not output).
+// Installed packages are source too: inside a Python environment (a folder holding
+// pyvenv.cfg) or a site-packages / dist-packages folder nothing but __pycache__ is offered.
 // Symbolic links are neither entered nor offered. Each kind found yields one target,
 // "per-project-<dirName>", with all its folders in the order found and their summed size;
 // a kind measuring 0 bytes yields none. Missing or unreadable roots contribute nothing.

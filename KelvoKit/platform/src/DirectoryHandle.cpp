@@ -6,11 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "StatusFields.h"
 
@@ -22,6 +24,14 @@ namespace kelvo::platform {
 namespace {
 
 constexpr int directoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+// A directory passed through on the way down is only pinned: like a path lookup, that needs
+// search permission and no read permission. Where O_PATH does not exist, a read-only
+// descriptor stands in.
+#if defined(O_PATH)
+constexpr int passFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+#else
+constexpr int passFlags = directoryFlags | O_NOFOLLOW;
+#endif
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
 
@@ -52,6 +62,17 @@ bool isDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
+// The error of an openat(O_NOFOLLOW | O_DIRECTORY) that failed: a link under the name is
+// reported as a link (ELOOP), whatever the system said (Linux says ENOTDIR).
+std::error_code openError(int directoryFd, const char* name) {
+    const std::error_code error = lastError();
+    struct stat status {};
+    if (error == std::errc::not_a_directory && ::fstatat(directoryFd, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISLNK(status.st_mode))
+        return std::make_error_code(std::errc::too_many_symbolic_link_levels);
+    return error;
+}
+
 // The type a directory records for an entry; where it records none, the entry's own status.
 EntryType entryType(int directoryFd, const char* name, unsigned char recordedType) {
     if (auto type = entryTypeFromRecord(recordedType)) return *type;
@@ -77,12 +98,56 @@ std::optional<DirectoryHandle> DirectoryHandle::open(const std::filesystem::path
                                                      std::error_code& error) {
     raiseOpenFileLimit();
     const int fd = ::open(path.c_str(), directoryFlags | (followFinalLink ? 0 : O_NOFOLLOW));
-    if (fd < 0) {
+    if (fd >= 0) {
+        error.clear();
+        return DirectoryHandle(fd);
+    }
+    error = lastError();
+    if (error != std::errc::filename_too_long || !path.is_absolute()) return std::nullopt;
+    const int root = ::open("/", passFlags);
+    if (root < 0) {
         error = lastError();
         return std::nullopt;
     }
+    return DirectoryHandle(root).openBelow(path.native(), error);
+}
+
+std::optional<DirectoryHandle> DirectoryHandle::openBelow(std::string_view relative, std::error_code& error) const {
+    std::vector<std::string_view> components;
+    for (std::size_t start = 0; start <= relative.size();) {
+        const auto slash = std::min(relative.find('/', start), relative.size());
+        const auto component = relative.substr(start, slash - start);
+        if (component == "..") {
+            error = std::make_error_code(std::errc::invalid_argument);
+            return std::nullopt;
+        }
+        if (!component.empty() && component != ".") components.push_back(component);
+        start = slash + 1;
+    }
+    std::optional<DirectoryHandle> current;  // owns every descriptor opened on the way
+    for (std::size_t index = 0; index < components.size(); ++index) {
+        const bool last = index + 1 == components.size();
+        const int flags = last ? directoryFlags | O_NOFOLLOW : passFlags;
+        const int from = current ? current->fd_ : fd_;
+        char name[NAME_MAX + 1];
+        if ((error = copyName(components[index], name))) return std::nullopt;
+        const int fd = ::openat(from, name, flags);
+        if (fd < 0) {
+            error = openError(from, name);
+            return std::nullopt;
+        }
+        current = DirectoryHandle(fd);
+    }
+    if (!current) {
+        const int fd = ::openat(fd_, ".", directoryFlags);
+        if (fd < 0) {
+            error = lastError();
+            return std::nullopt;
+        }
+        current = DirectoryHandle(fd);
+    }
     error.clear();
-    return DirectoryHandle(fd);
+    return current;
 }
 
 std::optional<DirectoryHandle> DirectoryHandle::openChild(std::string_view name, std::error_code& error) const {

@@ -5,20 +5,39 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 
 #include "StatusFields.h"
 #include "kelvo/Paths.h"
+#include "kelvo/platform/DirectoryHandle.h"
 
 namespace kelvo::platform {
 namespace {
 
-std::optional<struct stat> statOf(const std::filesystem::path& path, bool followLinks) {
+// The status of the item at the path; when it cannot be read, nothing and the reason. A
+// path too long for the system is read relative to its parent, opened one component at a
+// time (see DirectoryHandle::open).
+std::optional<struct stat> statOf(const std::filesystem::path& path, bool followLinks, std::error_code& error) {
     struct stat status {};
-    const int result = followLinks ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
-    if (result != 0) return std::nullopt;
+    int result = followLinks ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
+    if (result != 0 && errno == ENAMETOOLONG && path.is_absolute() && path.has_relative_path()) {
+        const auto parent = DirectoryHandle::open(path.parent_path(), true, error);
+        if (!parent) return std::nullopt;
+        result = ::fstatat(parent->fd(), path.filename().c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW);
+    }
+    if (result != 0) {
+        error = {errno, std::generic_category()};
+        return std::nullopt;
+    }
+    error.clear();
     return status;
+}
+
+std::optional<struct stat> statOf(const std::filesystem::path& path, bool followLinks) {
+    std::error_code error;
+    return statOf(path, followLinks, error);
 }
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
@@ -36,9 +55,19 @@ std::error_code writeAll(int fd, const std::string& content) {
     return {};
 }
 
+// As many links as the system follows in one path before it gives up (ELOOP).
+constexpr int maxLinkHops = 40;
+
 }  // namespace
 
 bool exists(const std::filesystem::path& path) { return statOf(path, true).has_value(); }
+
+std::optional<bool> isPresent(const std::filesystem::path& path) {
+    std::error_code error;
+    if (statOf(path, false, error)) return true;
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) return false;
+    return std::nullopt;
+}
 
 bool isDirectory(const std::filesystem::path& path) {
     const auto status = statOf(path, true);
@@ -92,13 +121,9 @@ std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
 }
 
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) {
-        error = {errno, std::generic_category()};
-        return std::nullopt;
-    }
-    error.clear();
-    return static_cast<unsigned>(status.st_uid);
+    const auto status = statOf(path, false, error);
+    if (!status) return std::nullopt;
+    return static_cast<unsigned>(status->st_uid);
 }
 
 std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
@@ -121,21 +146,44 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
         const auto workingDirectory = std::filesystem::current_path(error);
         if (!error) absolute = workingDirectory / path;
     }
-    absolute = Paths::standardized(absolute);
-    // realpath() of the longest existing prefix, then the rest as written.
-    std::filesystem::path existing = absolute;
-    std::vector<std::filesystem::path> missing;
-    while (true) {
+    std::string text = Paths::standardized(absolute).native();
+    for (int hop = 0; hop < maxLinkHops; ++hop) {
+        // realpath() of the longest prefix that exists and is short enough for the system.
+        std::size_t end = text.size();
         char resolved[PATH_MAX];
-        if (::realpath(existing.c_str(), resolved)) {
-            std::filesystem::path result = resolved;
-            for (auto it = missing.rbegin(); it != missing.rend(); ++it) result /= *it;
-            return Paths::standardized(result);
+        while (end >= PATH_MAX || !::realpath(end == 0 ? "/" : text.substr(0, end).c_str(), resolved)) {
+            if (end == 0) return text;
+            end = text.rfind('/', end - 1);
         }
-        if (!existing.has_relative_path()) return absolute;
-        missing.push_back(existing.filename());
-        existing = existing.parent_path();
+        // The rest either does not exist (appended as written) or was too long for the
+        // system: then it is followed here, one component at a time.
+        std::string result = resolved;
+        std::error_code error;
+        std::optional<DirectoryHandle> directory;
+        if (end < text.size()) directory = DirectoryHandle::open(result, true, error);
+        while (directory && end < text.size()) {
+            const auto next = std::min(text.find('/', end + 1), text.size());
+            const std::string name = text.substr(end + 1, next - end - 1);
+            struct stat status {};
+            if (::fstatat(directory->fd(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) break;
+            if (S_ISLNK(status.st_mode)) {
+                std::string target(PATH_MAX, '\0');
+                const ssize_t length = ::readlinkat(directory->fd(), name.c_str(), target.data(), target.size());
+                if (length <= 0) break;
+                target.resize(static_cast<std::size_t>(length));
+                if (target.front() != '/') target = result + "/" + target;
+                text = Paths::standardized(target + text.substr(next)).native();
+                end = std::string::npos;  // resolve the new text from the start
+                break;
+            }
+            if (!S_ISDIR(status.st_mode)) break;
+            directory = directory->openChild(name, error);
+            result += "/" + name;
+            end = next;
+        }
+        if (end != std::string::npos) return Paths::standardized(result + text.substr(end));
     }
+    return text;  // a loop of links
 }
 
 namespace {

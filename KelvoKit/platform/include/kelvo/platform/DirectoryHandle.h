@@ -19,11 +19,19 @@ namespace kelvo::platform {
 class DirectoryHandle {
 public:
     // Opens a directory by path. With followFinalLink false, a link as the last component
-    // is refused (ELOOP/ENOTDIR); links earlier in the path are resolved by the system.
+    // is refused (ELOOP/ENOTDIR); links earlier in the path are resolved by the system. An
+    // absolute path too long for the system to resolve (past PATH_MAX) is opened from "/"
+    // by openBelow instead: then no link is followed, the last one neither (ELOOP).
     static std::optional<DirectoryHandle> open(const std::filesystem::path& path, bool followFinalLink,
                                                std::error_code& error);
     // Opens a subdirectory by name, never through a link.
     std::optional<DirectoryHandle> openChild(std::string_view name, std::error_code& error) const;
+    // Opens a directory below this one by a relative path of any length, one component at
+    // a time, never through a link: a link anywhere on the way, the last component
+    // included, fails with ELOOP. Empty and "." components are passed over (an empty path
+    // opens this directory again); ".." is refused (EINVAL). Only the last component needs
+    // read permission, the others search permission, as for a path the system resolves.
+    std::optional<DirectoryHandle> openBelow(std::string_view relative, std::error_code& error) const;
 
     DirectoryHandle(DirectoryHandle&& other) noexcept;
     DirectoryHandle& operator=(DirectoryHandle&& other) noexcept;

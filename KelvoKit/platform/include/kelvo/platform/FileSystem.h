@@ -2,6 +2,11 @@
 // Path-based file-system questions and small writes. Every OS failure comes back as a
 // value (nothing, false, an error_code); nothing here throws. Removal of trees is not
 // here: it lives in DirectoryHandle, which never re-resolves path strings.
+//
+// The status questions (existence, type, dates, sizes, permission bits) answer for paths
+// longer than PATH_MAX too: the item is read relative to its parent, opened as
+// DirectoryHandle::open opens a long path; a link it may not follow there makes the item
+// unreadable.
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -25,6 +30,10 @@ struct ListedEntry {
 bool exists(const std::filesystem::path& path);
 // A directory is at the path, links followed.
 bool isDirectory(const std::filesystem::path& path);
+// Whether anything stands at the path, a dangling link included (links not followed);
+// nothing when that cannot be told because the status is unreadable for another reason
+// than absence (no search permission on the way, a link met past PATH_MAX).
+std::optional<bool> isPresent(const std::filesystem::path& path);
 // Whether the item itself is a symbolic link; nothing when it cannot be read (e.g. missing).
 std::optional<bool> isSymbolicLink(const std::filesystem::path& path);
 // Direct entries of a directory ("." and ".." left out), in the order the system gives;
@@ -41,8 +50,9 @@ std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bi
 // read (no_such_file_or_directory when nothing is there).
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
 
-// Resolves symbolic links along the path as far as it exists; the components that do not
-// exist are appended as written. The result is absolute and standardised.
+// Resolves symbolic links along the path as far as it exists, past PATH_MAX too; the
+// components that do not exist are appended as written. The result is absolute and
+// standardised.
 std::filesystem::path resolveSymlinks(const std::filesystem::path& path);
 // The target of one symbolic link as written; nothing when it is not a readable link.
 std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path);
