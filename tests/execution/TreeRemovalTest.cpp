@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 
@@ -117,6 +118,54 @@ TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
     ASSERT_TRUE(moved);
     EXPECT_EQ(listing(outside), before + "moved/\n");
     EXPECT_TRUE(fs::is_directory(tree / "l0"));
+}
+
+TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
+    TempDir root;
+    const path tree = root / "tree";
+    const path deep = writeFile(tree / "a/b/c/file", 10);
+    writeFile(tree / "other", 10);
+    // The top folder has been read to its end by the time the walk is this deep.
+    bool added = false;
+    const auto addLateFile = [&] {
+        if (added || present(deep)) return;
+        writeFile(tree / "late", 10);
+        added = true;
+    };
+
+    EXPECT_FALSE(removeTree(tree, {.sharing = everyStep(addLateFile)}));
+    ASSERT_TRUE(added);
+    EXPECT_FALSE(present(tree));
+}
+
+TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
+    // Hard links on a memory file system when there is one: names are what counts here.
+    std::string pattern = (fs::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0
+                               ? path("/dev/shm")
+                               : fs::temp_directory_path()).string() + "/kelvo-wide-XXXXXX";
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    const path root = pattern;
+    const path wide = makeDirectory(root / "wide");
+    const path sibling = writeFile(root / "sibling", 10);
+    writeFile(wide / "original", 10);
+    const int fd = ::open(wide.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    constexpr int names = 400'000;
+    int made = 0;
+    for (; made < names; ++made) {
+        if (made % 100'000 == 0) writeFile(wide / ("sub" + std::to_string(made)) / "file", 10);
+        if (::linkat(fd, "original", fd, ("n" + std::to_string(made)).c_str(), 0) != 0) break;
+    }
+    ::close(fd);
+
+    if (made == names) {
+        EXPECT_FALSE(removeTree(wide));
+        EXPECT_FALSE(present(wide));
+    }
+    EXPECT_TRUE(fs::exists(sibling));
+    std::error_code error;
+    fs::remove_all(root, error);
+    ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
 }
 
 TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {

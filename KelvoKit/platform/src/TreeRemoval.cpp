@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -116,6 +117,8 @@ constexpr std::size_t openLevelsPerWalk = SIZE_MAX;
 // listing that skipped entries while others were removed, entries added meanwhile).
 constexpr int passesPerDirectory = 3;
 constexpr std::size_t listingBufferSize = 64 * 1024;
+// A huge directory is read and emptied this many entries at a time.
+constexpr std::size_t entriesPerListing = 128 * 1024;
 
 bool isDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
@@ -136,26 +139,31 @@ struct Node {
     int passes = 1;        // touched only by the one that lets go last
 };
 
-// The subdirectories of one listing buffer, still to be entered: names packed in one
-// string with their terminating zeros, each with the listing position just after it.
-class PendingDirectories {
+// Names read from a directory, packed in one string with their terminating zeros, each
+// with its inode and the listing position just after it.
+class ListedNames {
 public:
     void clear() {
         characters_.clear();
         entries_.clear();
     }
-    void add(const char* name, std::int64_t positionAfter) {
-        entries_.push_back({characters_.size(), positionAfter});
+    void add(const char* name, ino_t inode, std::int64_t positionAfter) {
+        entries_.push_back({characters_.size(), inode, positionAfter});
         characters_.append(name);
         characters_.push_back('\0');
     }
     std::size_t size() const { return entries_.size(); }
     const char* name(std::size_t index) const { return characters_.data() + entries_[index].start; }
     std::int64_t positionAfter(std::size_t index) const { return entries_[index].positionAfter; }
+    void sortByInode() {
+        std::sort(entries_.begin(), entries_.end(),
+                  [](const Entry& left, const Entry& right) { return left.inode < right.inode; });
+    }
 
 private:
     struct Entry {
         std::size_t start;
+        ino_t inode;
         std::int64_t positionAfter;
     };
     std::string characters_;
@@ -166,15 +174,15 @@ private:
 struct Frame {
     std::shared_ptr<Node> node;
     Descriptor fd;  // closed while the walk is deeper than its open levels allow
-    PendingDirectories pending;
+    ListedNames pending;  // subdirectories of the last listing, in listing order
     std::size_t next = 0;
-    std::int64_t batchStart = 0;  // listing position `pending` was read from
-    std::int64_t position = 0;    // listing position after the last buffer read
+    std::int64_t listingStart = 0;  // listing position the last listing started from
+    std::int64_t position = 0;    // listing position after the last listing
     bool listed = false;          // the listing reached its end
 
     // Where to read on after reopening: just after the last subdirectory taken. Files of
-    // the buffer are gone already; subdirectories not taken yet are read again.
-    std::int64_t resumePosition() const { return next > 0 ? pending.positionAfter(next - 1) : batchStart; }
+    // the listing are gone already; subdirectories not taken yet are read again.
+    std::int64_t resumePosition() const { return next > 0 ? pending.positionAfter(next - 1) : listingStart; }
 };
 
 struct Opened {
@@ -307,8 +315,6 @@ public:
         return node;
     }
 
-    const std::shared_ptr<Node>& base() const { return base_; }
-
 private:
     TreeRemovalOptions options_;
     Descriptor baseFd_;
@@ -350,12 +356,15 @@ public:
         const WorkSharing& sharing = removal_.sharing();
         const bool sharesWork = sharing.enabled();
         while (!frames_.empty()) {
-            if (sharesWork && sharing.hasIdleWorker()) handOffShallowest();
+            // Every idle thread gets a subtree at once: each hand-off queues a task, which
+            // makes one idle thread fewer.
+            while (sharesWork && sharing.hasIdleWorker() && handOffShallowest()) {
+            }
             Frame& top = frames_.back();
             if (top.next < top.pending.size()) {
                 take(frames_.size() - 1, false);
             } else if (!top.listed) {
-                readBuffer(top);
+                readListing(top);
             } else {
                 finishTop();
             }
@@ -370,7 +379,7 @@ private:
         if (++open_ <= openLevelsPerWalk) return;
         // Open frames are always the deepest ones: close the shallowest of them.
         Frame& oldest = frames_[frames_.size() - open_];
-        oldest.batchStart = oldest.position = oldest.resumePosition();
+        oldest.listingStart = oldest.position = oldest.resumePosition();
         oldest.pending.clear();
         oldest.next = 0;
         oldest.listed = false;
@@ -399,56 +408,66 @@ private:
     }
 
     // Gives an idle thread the pending subdirectory nearest the top: likely the most work.
-    void handOffShallowest() {
+    // False when there is none.
+    bool handOffShallowest() {
         for (std::size_t index = frames_.size() - open_; index < frames_.size(); ++index) {
             if (frames_[index].next < frames_[index].pending.size()) {
                 take(index, true);
-                return;
+                return true;
             }
         }
+        return false;
     }
 
-    // Reads one listing buffer of the top directory: files, links and the like go at once,
-    // subdirectories are kept to be taken one by one.
-    void readBuffer(Frame& frame) {
+    // Reads the top directory on, up to entriesPerListing entries. Files, links and the
+    // like go at once, in inode order: on ext4 and its kind the inode table is then
+    // written front to back rather than all over, which is most of what a huge folder
+    // costs. Subdirectories are kept, in listing order, to be taken one by one.
+    void readListing(Frame& frame) {
         frame.pending.clear();
         frame.next = 0;
-        frame.batchStart = frame.position;
-        const int error = forEachEntry(frame, [&](const char* name, unsigned char type, std::int64_t positionAfter) {
-            removeListed(frame, name, type, positionAfter);
+        frame.listingStart = frame.position;
+        files_.clear();
+        const int error = forEachEntry(frame, [&](const char* name, unsigned char type, ino_t inode,
+                                                  std::int64_t positionAfter) {
+            if (type == DT_UNKNOWN) type = typeOf(*frame.node, frame.fd.get(), name);
+            if (type == DT_DIR) {
+                frame.pending.add(name, inode, positionAfter);
+            } else if (type != DT_UNKNOWN) {
+                files_.add(name, inode, positionAfter);
+            }
         });
         if (error != 0) {
             removal_.keep(*frame.node, error);
             frame.listed = true;
         }
+        files_.sortByInode();
+        for (std::size_t index = 0; index < files_.size(); ++index) {
+            const int unlinkError = removal_.unlinkIn(*frame.node, frame.fd.get(), files_.name(index), 0);
+            if (unlinkError == 0 || unlinkError == ENOENT) continue;
+            // Linux says EISDIR when a directory took the name meanwhile: handle it as one.
+            if (unlinkError == EISDIR) {
+                frame.pending.add(files_.name(index), 0, files_.positionAfter(index));
+            } else {
+                removal_.keep(*frame.node, unlinkError);
+            }
+        }
     }
 
-    void removeListed(Frame& frame, const char* name, unsigned char type, std::int64_t positionAfter) {
-        Node& directory = *frame.node;
-        const int fd = frame.fd.get();
-        if (type == DT_UNKNOWN) {
-            struct stat status {};
-            if (const int error = removal_.statIn(directory, fd, name, status)) {
-                if (error != ENOENT) removal_.keep(directory, error);
-                return;
-            }
-            type = S_ISDIR(status.st_mode) ? DT_DIR : DT_REG;
+    // The type of an entry the directory does not record: DT_DIR or DT_REG for anything
+    // else, DT_UNKNOWN when it is gone or cannot be looked at (and then stays).
+    unsigned char typeOf(Node& directory, int fd, const char* name) {
+        struct stat status {};
+        if (const int error = removal_.statIn(directory, fd, name, status)) {
+            if (error != ENOENT) removal_.keep(directory, error);
+            return DT_UNKNOWN;
         }
-        if (type != DT_DIR) {
-            const int error = removal_.unlinkIn(directory, fd, name, 0);
-            if (error == 0 || error == ENOENT) return;
-            // Linux says EISDIR when a directory took the name meanwhile: handle it as one.
-            if (error != EISDIR) {
-                removal_.keep(directory, error);
-                return;
-            }
-        }
-        frame.pending.add(name, positionAfter);
+        return S_ISDIR(status.st_mode) ? DT_DIR : DT_REG;
     }
 
 #if defined(__linux__)
-    // One getdents64 call with a large buffer: few system calls even for a directory of a
-    // million entries, and the position of every entry to go on from after reopening.
+    // getdents64 with a large buffer: few system calls even for a directory of a million
+    // entries, and the position of every entry to go on from after reopening.
     template <class OnEntry>
     int forEachEntry(Frame& frame, OnEntry&& onEntry) {
         struct Record {
@@ -458,17 +477,20 @@ private:
             unsigned char type;
             char name[1];
         };
-        long count;
-        do {
-            count = ::syscall(SYS_getdents64, frame.fd.get(), buffer_.get(), listingBufferSize);
-        } while (count < 0 && errno == EINTR);
-        if (count < 0) return errno;
-        if (count == 0) frame.listed = true;
-        for (long offset = 0; offset < count;) {
-            const auto* record = reinterpret_cast<const Record*>(buffer_.get() + offset);
-            offset += record->length;
-            frame.position = record->offset;
-            if (!isDotOrDotDot(record->name)) onEntry(record->name, record->type, record->offset);
+        for (std::size_t seen = 0; seen < entriesPerListing;) {
+            const long count = ::syscall(SYS_getdents64, frame.fd.get(), buffer_.get(), listingBufferSize);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return errno;
+            if (count == 0) {
+                frame.listed = true;
+                break;
+            }
+            for (long offset = 0; offset < count; ++seen) {
+                const auto* record = reinterpret_cast<const Record*>(buffer_.get() + offset);
+                offset += record->length;
+                frame.position = record->offset;
+                if (!isDotOrDotDot(record->name)) onEntry(record->name, record->type, record->inode, record->offset);
+            }
         }
         return 0;
     }
@@ -490,6 +512,7 @@ private:
         struct Listed {
             std::string name;
             unsigned char type;
+            ino_t inode;
         };
         std::vector<Listed> entries;
         int error = 0;
@@ -500,10 +523,10 @@ private:
                 error = errno;
                 break;
             }
-            if (!isDotOrDotDot(entry->d_name)) entries.push_back({entry->d_name, entry->d_type});
+            if (!isDotOrDotDot(entry->d_name)) entries.push_back({entry->d_name, entry->d_type, entry->d_ino});
         }
         ::closedir(directory);
-        for (const auto& entry : entries) onEntry(entry.name.c_str(), entry.type, 0);
+        for (const auto& entry : entries) onEntry(entry.name.c_str(), entry.type, entry.inode, 0);
         return error;
     }
 #endif
@@ -555,7 +578,7 @@ private:
     bool reopen(Frame& frame, int childFd, int& error) {
         Descriptor fd = openParent(childFd, *frame.node, error);
         if (!fd.valid()) return false;
-        if (::lseek(fd.get(), frame.batchStart, SEEK_SET) < 0) {
+        if (::lseek(fd.get(), frame.listingStart, SEEK_SET) < 0) {
             error = errno;
             return false;
         }
@@ -574,6 +597,7 @@ private:
 
     Removal& removal_;
     std::unique_ptr<char[]> buffer_;
+    ListedNames files_;  // the files of the listing being emptied
     std::vector<Frame> frames_;
     std::size_t open_ = 0;  // the open frames are the last open_ of frames_
 };
