@@ -18,17 +18,24 @@ shared_dir() {
   return 1
 }
 
-# Builds the fake home at scale 1.0 and prints its path. Its ages are relative to the day it
-# was made (caches 40 days old, one node_modules a day old), so a home older than a day is
-# made again rather than reused.
+# fake_home [macos|linux]: builds the fake home of that layout (macOS by default) at SCALE
+# (1.0) and prints its path. Its ages are relative to the day it was made (caches 40 days
+# old, one node_modules a day old), so a home older than a day is made again rather than
+# reused.
 fake_home() {
-  local home=$out_dir/fake-home manifest=$out_dir/fake-home.manifest.json
+  local layout=${1:-macos} name=fake-home
+  [ "$layout" = linux ] && name=fake-linux-home
+  local home=$out_dir/$name manifest=$out_dir/$name.manifest.json
   if [ -d "$home" ] && [ -z "$(find "$manifest" -mmin -1440 2>/dev/null)" ]; then
     chmod -R u+rwx "$home" && rm -rf "$home" "$manifest"
   fi
   if [ ! -d "$home" ]; then
     mkdir -p "$out_dir"
-    python3 "$(shared_dir)/bench/make_fake_home.py" "$home" --scale "${SCALE:-1.0}" >&2
+    if [ "$layout" = linux ]; then
+      python3 "$bench_dir/make_linux_home.py" "$home" --shared "$(shared_dir)" --scale "${SCALE:-1.0}" >&2
+    else
+      python3 "$(shared_dir)/bench/make_fake_home.py" "$home" --scale "${SCALE:-1.0}" >&2
+    fi
   fi
   echo "$home"
 }

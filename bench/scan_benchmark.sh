@@ -2,6 +2,9 @@
 # Compares, in one run, `kelvo scan` of the fake home (HOME pointing at it, an empty
 # temporary folder) with `du -sl` of the same home: warm cache (median of alternating runs)
 # and, where the page cache can be dropped, cold. Prints the ratio and kelvo's peak memory.
+# LAYOUT=macos (default) scans the macOS-layout home with the macOS catalog, LAYOUT=linux
+# the Linux-layout home with the Linux catalog; kelvo runs with no other variable than
+# HOME, TMPDIR and PATH, so the machine's XDG or tool variables cannot move the catalog.
 # Targets on 2 cores, warm: the scan at most 0.6 x du's wall time, peak memory under 64 MiB.
 # Exits 1 when a target is missed. RUNS (default 5) and COLD_RUNS (default 3) set the rounds.
 set -euo pipefail
@@ -10,17 +13,19 @@ source "$here/lib.sh"
 
 if [ ! -x /usr/bin/time ]; then "$repo_dir/scripts/install-deps.sh"; fi
 
-home=$(fake_home)
+layout=${LAYOUT:-macos}
+home=$(fake_home "$layout")
 kelvo=$(kelvo_binary)
 runs=${RUNS:-5}
 cold_runs=${COLD_RUNS:-3}
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-kelvo_scan() { HOME="$home" TMPDIR="$scratch" "$kelvo" scan --json >/dev/null; }
+kelvo_run() { env -i HOME="$home" TMPDIR="$scratch" PATH="$PATH" "$kelvo" --catalog "$layout" scan --json; }
+kelvo_scan() { kelvo_run >/dev/null; }
 du_home() { du -sl "$home" >/dev/null 2>&1 || true; }
 
-echo "fake home: $home ($(HOME="$home" TMPDIR="$scratch" "$kelvo" scan --json | grep -c '"id"') targets offered)"
+echo "fake $layout home: $home ($(kelvo_run | grep -c '"id"') targets offered)"
 
 read -r kelvo_ms du_ms < <(alternating_medians warm "$runs" kelvo_scan du_home)
 echo "warm cache: kelvo scan $kelvo_ms ms, du -sl $du_ms ms; kelvo/du $(ratio "$kelvo_ms" "$du_ms") (target <= 0.6)"
@@ -33,7 +38,7 @@ else
   echo "cold cache: skipped (cannot drop the page cache on this machine)"
 fi
 
-peak_kib=$(peak_memory_kib env HOME="$home" TMPDIR="$scratch" "$kelvo" scan --json)
+peak_kib=$(peak_memory_kib env -i HOME="$home" TMPDIR="$scratch" PATH="$PATH" "$kelvo" --catalog "$layout" scan --json)
 echo "kelvo scan peak memory: $((peak_kib / 1024)) MiB ($peak_kib KiB; target < 64 MiB)"
 verdict "peak memory" "$peak_kib" $((64 * 1024 - 1))
 

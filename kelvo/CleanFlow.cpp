@@ -9,6 +9,7 @@
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/Reporter.h"
+#include "kelvo/SafetyGuard.h"
 #include "kelvo/platform/Terminal.h"
 
 namespace kelvo::tool {
@@ -30,6 +31,12 @@ void addCleanOptions(CLI::App& command, CleanRequest& request) {
     command.add_flag("--dry-run", request.dryRun, "Show what would be removed and remove nothing");
     command.add_flag("--yes,-y", request.yes, "Do not ask for confirmation");
     command.add_flag("--force", request.force, "Clean even while the family's programs are running");
+}
+
+bool printRefusal(const Environment& env) {
+    const auto reason = SafetyGuard::refusalFor(env);
+    if (reason) fmt::print(stderr, "{}\n", *reason);
+    return reason.has_value();
 }
 
 int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& request, const std::set<Family>& families,

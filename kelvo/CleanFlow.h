@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
+#include "kelvo/Environment.h"
 #include "kelvo/ExecutionReport.h"
 
 namespace kelvo::tool {
@@ -22,6 +23,10 @@ struct CleanRequest {
 
 // Adds --id, --family, --dry-run, --yes and --force to a command.
 void addCleanOptions(CLI::App& command, CleanRequest& request);
+
+// When no clean may run in this environment (SafetyGuard::refusalFor), prints why on
+// standard error and returns true.
+bool printRefusal(const Environment& env);
 
 using CleanFunction = std::function<ExecutionReport(const std::vector<CleanTarget>&, bool dryRun, bool force)>;
 

@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "kelvo/Config.h"
+#include "kelvo/Environment.h"
 #include "kelvo/L10n.h"
-#include "kelvo/platform/UserSession.h"
 
 namespace kelvo::tool {
 
@@ -13,7 +13,7 @@ void registerConfigCommand(CLI::App& app) {
     config->require_subcommand(1);
     auto* show = config->add_subcommand("show", "Print the effective configuration and the file's path");
     show->callback([] {
-        const auto home = platform::homeDirectory();
+        const auto home = Environment::liveHome();
         const auto path = Config::filePath(home);
         const bool present = Config::exists(home);
         fmt::print("{}\n", L10n::t(present ? "cli.config.file" : "cli.config.noFile", path.string()));

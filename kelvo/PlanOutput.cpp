@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 
+#include "Commands.h"
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Reporter.h"
@@ -25,6 +26,9 @@ const char* levelColour(Level level) {
         default: return "31";
     }
 }
+
+// The family's name under the catalog this run uses.
+std::string familyName(Family family) { return displayName(family, catalogProfile()); }
 
 std::string levelText(Level level) { return L10n::t("level." + std::string(rawValue(level))); }
 std::string costText(RegenCost cost) { return L10n::t("regenCost." + std::string(rawValue(cost))); }
@@ -64,35 +68,40 @@ void printPlan(const PlanSelection& plan) {
     }
     const auto summary = Reporter::summarize(plan.targets);
     for (const auto& [family, members] : grouped(plan.targets)) {
-        fmt::print("{}  {}\n", paint(displayName(family), "1"), Format::bytes(summary.byFamily.at(family)));
+        fmt::print("{}  {}\n", paint(familyName(family), "1"), Format::bytes(summary.byFamily.at(family)));
         for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id));
         fmt::print("\n");
     }
     fmt::print("{}\n", paint(L10n::t("cli.plan.byFamily"), "1"));
     for (Family family : allFamilies())
         if (summary.byFamily.contains(family))
-            fmt::print("  {:<40} {:>11}\n", displayName(family), Format::bytes(summary.byFamily.at(family)));
+            fmt::print("  {:<40} {:>11}\n", familyName(family), Format::bytes(summary.byFamily.at(family)));
     fmt::print("{}\n", paint(L10n::t("cli.plan.byLevel"), "1"));
     for (Level level : {Level::safe, Level::moderate, Level::aggressive})
         if (summary.byLevel.contains(level))
             fmt::print("  {:<40} {:>11}\n", levelText(level), Format::bytes(summary.byLevel.at(level)));
     fmt::print("{}\n", L10n::t("cli.plan.total", Format::bytes(summary.totalBytes)));
     const auto chosen = plan.selectedTargets();
-    fmt::print("{}\n", L10n::t("cli.plan.chosen", static_cast<std::int64_t>(chosen.size()), Format::bytes(totalOf(chosen))));
+    const auto count = static_cast<std::int64_t>(chosen.size());
+    fmt::print("{}\n", L10n::plural("cli.plan.chosen", count, count, Format::bytes(totalOf(chosen))));
 }
 
 void printChosen(const PlanSelection& plan) {
     const auto chosen = plan.selectedTargets();
-    fmt::print("{}\n", L10n::t("cli.clean.willRemove", static_cast<std::int64_t>(chosen.size()), Format::bytes(totalOf(chosen))));
+    const auto count = static_cast<std::int64_t>(chosen.size());
+    fmt::print("{}\n", L10n::plural("cli.clean.willRemove", count, count, Format::bytes(totalOf(chosen))));
     for (const auto& [family, members] : grouped(chosen)) {
-        fmt::print("{}\n", paint(displayName(family), "1"));
+        fmt::print("{}\n", paint(familyName(family), "1"));
         for (const auto& target : members) printTargetLine(target, true);
     }
 }
 
 void printReport(const ExecutionReport& report, bool dryRun) {
     if (dryRun) fmt::print("{}\n", paint(L10n::t("cli.report.dryRun"), "1"));
-    fmt::print("{}\n", L10n::t("cli.report.freed", Format::bytes(report.freedBytes), report.freedBytes));
+    // Below 1 KB the formatted size is already the exact count.
+    fmt::print("{}\n", report.freedBytes < 1024 ? L10n::t("cli.report.freed", Format::bytes(report.freedBytes))
+                                                 : L10n::t("cli.report.freedExact", Format::bytes(report.freedBytes),
+                                                           report.freedBytes));
     const auto list = [](const char* key, const std::vector<std::string>& ids) {
         if (ids.empty()) return;
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(ids.size())));
@@ -119,9 +128,10 @@ ProgressLine::~ProgressLine() {
 std::function<void(const ScanProgress&)> ProgressLine::callback() {
     if (!enabled_) return {};
     return [](const ScanProgress& progress) {
+        const auto total = static_cast<std::int64_t>(progress.cleanersTotal);
         fmt::print(stderr, "\r\033[K{}",
-                   L10n::t("cli.scan.progress", static_cast<std::int64_t>(progress.cleanersFinished),
-                           static_cast<std::int64_t>(progress.cleanersTotal), Format::bytes(progress.bytesFound)));
+                   L10n::plural("cli.scan.progress", total, static_cast<std::int64_t>(progress.cleanersFinished), total,
+                                Format::bytes(progress.bytesFound)));
         std::fflush(stderr);
     };
 }

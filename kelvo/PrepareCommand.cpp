@@ -2,8 +2,6 @@
 // unused for six months and old simulator runtimes.
 #include <fmt/format.h>
 
-#include <chrono>
-
 #include "CleanFlow.h"
 #include "Commands.h"
 #include "PlanOutput.h"
@@ -18,16 +16,8 @@ namespace {
 
 constexpr int unusedForMonths = 6;
 
-PrepareService liveService() {
-    return PrepareService{Environment::live(),
-                          std::make_shared<LiveProcessProbe>(),
-                          &Executor::shell,
-                          unusedForMonths,
-                          std::chrono::system_clock::now(),
-                          std::make_shared<LiveAppMetadata>(),
-                          &SimRuntimeLister::live,
-                          std::nullopt};
-}
+// Everything else left out is the live one.
+PrepareService liveService() { return PrepareService{.env = liveEnvironment(), .olderThanMonths = unusedForMonths}; }
 
 std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
     ProgressLine progress;
@@ -61,6 +51,7 @@ void registerPrepareCommand(CLI::App& app) {
         const auto families = parseFamilies(request.familyNames);
         if (!families) return setExitStatus(usageErrorStatus);
         const auto service = liveService();
+        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
         const auto targets = scanWithProgress(service);
         setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
             return service.clean(chosen, dryRun, force);

@@ -15,9 +15,9 @@ namespace {
 
 // The live service; families named on the command line replace the configured choice.
 CleanService liveService(const std::set<Family>& families) {
-    Environment env = Environment::live();
+    Environment env = liveEnvironment();
     if (!families.empty()) env.enabledFamilies = families;
-    return CleanService{env, std::make_shared<LiveProcessProbe>()};
+    return CleanService{.env = env};
 }
 
 std::vector<CleanTarget> scanWithProgress(const CleanService& service) {
@@ -39,10 +39,14 @@ void registerScanCommand(CLI::App& app) {
         const auto service = liveService(*families);
         const auto targets = Reporter::largestFirst(json ? service.scan().value_or(std::vector<CleanTarget>{})
                                                          : scanWithProgress(service));
+        const auto notes = service.catalogNotes();
         if (json) {
-            fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+            ScanPlanJSON plan(targets);
+            plan.notes = notes;
+            fmt::print("{}\n", plan.encoded());
         } else {
             printPlan(PlanSelection(targets));
+            for (const auto& note : notes) fmt::print("{}\n", note);
         }
         setExitStatus(0);
     });
@@ -57,6 +61,7 @@ void registerCleanCommand(CLI::App& app) {
         if (!families) return setExitStatus(usageErrorStatus);
         // Ids may name targets of any family, so only a family-only request narrows the scan.
         const auto service = liveService(request.ids.empty() ? *families : std::set<Family>{});
+        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
         const auto targets = scanWithProgress(service);
         setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
             return service.clean(chosen, dryRun, force);

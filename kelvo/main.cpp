@@ -1,15 +1,43 @@
 // The kelvo command-line tool: a thin front end that turns the library's results into text.
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <optional>
 
 #include "Commands.h"
+#include "kelvo/KelvoKit.h"
 #include "kelvo/L10n.h"
+
+namespace {
+
+// A word left over where a subcommand was required: the innermost command given, and the
+// word it does not know ("bogus" in `kelvo bogus` or `kelvo config bogus`).
+std::optional<std::string> unknownSubcommandMessage(const CLI::App& app) {
+    // Options fall through to the parent (the global --catalog), so the word may have been
+    // handed up: take the innermost level that kept one.
+    const CLI::App* level = &app;
+    std::vector<std::string> leftOver = app.remaining();
+    while (!level->get_subcommands().empty()) {
+        level = level->get_subcommands().front();
+        if (auto kept = level->remaining(); !kept.empty()) leftOver = std::move(kept);
+    }
+    if (leftOver.empty() || leftOver.front().starts_with('-')) return std::nullopt;
+    std::vector<std::string> known;
+    for (const auto* command : level->get_subcommands({})) known.push_back(command->get_name());
+    return kelvo::L10n::t("cli.command.unknown", leftOver.front(), fmt::format("{}", fmt::join(known, ", ")));
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     // Load the text catalogs now, so a broken installation stops at once with its message.
     kelvo::L10n::bundle();
 
     CLI::App app{"Kelvo: finds and removes the disk space that developer tool chains waste."};
+    app.set_version_flag("--version", fmt::format("kelvo {}", kelvo::KelvoKit::version()));
     app.require_subcommand(1);
+    kelvo::tool::registerCatalogOption(app);
     kelvo::tool::registerScanCommand(app);
     kelvo::tool::registerCleanCommand(app);
     kelvo::tool::registerPrepareCommand(app);
@@ -18,6 +46,12 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        // CLI11 reports a word it does not know as a missing subcommand; say what it is.
+        if (dynamic_cast<const CLI::RequiredError*>(&error))
+            if (const auto unknown = unknownSubcommandMessage(app)) {
+                fmt::print(stderr, "{}\n", *unknown);
+                return kelvo::tool::usageErrorStatus;
+            }
         const int status = app.exit(error);
         return status == 0 ? 0 : kelvo::tool::usageErrorStatus;
     }

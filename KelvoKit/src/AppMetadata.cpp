@@ -38,6 +38,11 @@ std::optional<TimePoint> modifiedLast(const std::filesystem::path& bundle) {
 
 }  // namespace
 
+std::shared_ptr<const AppMetadata> liveAppMetadata() {
+    static const auto live = std::make_shared<const LiveAppMetadata>();
+    return live;
+}
+
 std::optional<TimePoint> LiveAppMetadata::lastUsed(const std::filesystem::path& bundle) const {
     if (auto date = spotlightLastUsed(bundle)) return date;
     return modifiedLast(bundle);

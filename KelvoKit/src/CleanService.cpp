@@ -15,6 +15,8 @@ std::optional<std::vector<CleanTarget>> CleanService::scan(const ScanOptions& op
     return Scanner(enabledCleaners()).scan(options);
 }
 
+std::vector<std::string> CleanService::catalogNotes() const { return CleanerRegistry::build(env).notes; }
+
 std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {
     const auto targets = Scanner(CleanerRegistry::makeCleaners(env)).scan(options);
     if (!targets) return std::nullopt;
@@ -24,13 +26,13 @@ std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& 
 }
 
 SafetyGuard CleanService::guard() const {
-    std::vector<std::filesystem::path> roots{env.home, env.tmpDir};
-    if (env.flutterBinCache) roots.push_back(env.flutterBinCache->parent_path());
-    return SafetyGuard{env.home, std::move(roots), CleanerRegistry::protectedPaths(env), env.resolvedExtraExclusions()};
+    return SafetyGuard{env.home, CleanerRegistry::allowedRoots(env), CleanerRegistry::protectedPaths(env),
+                       env.resolvedExtraExclusions()};
 }
 
 ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
-    const Executor executor{guard(), dryRun, force, probe, runCommand};
+    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
+    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
     return executor.execute(targets);
 }
 

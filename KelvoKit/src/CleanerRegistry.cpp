@@ -1,10 +1,15 @@
 #include "kelvo/CleanerRegistry.h"
 
+#include <algorithm>
 #include <chrono>
+#include <map>
+#include <optional>
+#include <set>
 
 #include "kelvo/CommandCleaner.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PathCleaner.h"
+#include "kelvo/Paths.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "kelvo/VersionedDirCleaner.h"
 
@@ -67,6 +72,108 @@ std::vector<Spec> artifactSpecs() {
     };
 }
 
+// The kinds of the Linux profile: the same 35, "_build" also beside an OCaml project, then
+// the build folders of tool chains that live mostly on Linux. Left out on purpose: .bundle
+// (Bundler settings), .vercel and .netlify (project links), .swiftpm, .idea,
+// .ipynb_checkpoints (notebook backups), .devenv (service state), vendor (committed in
+// Go projects), and result and bazel-* (links).
+std::vector<Spec> linuxArtifactSpecs() {
+    std::vector<Spec> specs = artifactSpecs();
+    for (auto& spec : specs)
+        if (spec.dirName == "_build") spec.requiresSibling = {"mix.exs|rebar.config|dune-project"};
+    const std::vector<std::string> cmakeProject{"CMakeLists.txt"};
+    const std::vector<std::string> pythonProject{"pyproject.toml|requirements.txt|setup.py|setup.cfg|Pipfile"};
+    const std::vector<std::string> mixProject{"mix.exs"};
+    const std::vector<std::string> nodeProject{"package.json"};
+    const std::vector<Spec> added{
+        {"target", safe, regenerable, rebuild, {"Cargo.toml|pom.xml|build.sbt"}},
+        {"cmake-build-debug", safe, regenerable, rebuild, cmakeProject},
+        {"cmake-build-release", safe, regenerable, rebuild, cmakeProject},
+        {"cmake-build-relwithdebinfo", safe, regenerable, rebuild, cmakeProject},
+        {"cmake-build-minsizerel", safe, regenerable, rebuild, cmakeProject},
+        {"CMakeFiles", moderate, regenerable, rebuild, {"CMakeCache.txt"}},
+        {"zig-out", moderate, regenerable, rebuild, {"build.zig"}},
+        {".nox", moderate, regenerable, redownload, {"noxfile.py"}},
+        {".venv", moderate, regenerable, redownload, pythonProject},
+        {"venv", moderate, regenerable, redownload, pythonProject},
+        {"__pypackages__", moderate, regenerable, redownload, {"pyproject.toml"}},
+        {".pixi", moderate, regenerable, redownload, {"pixi.toml|pyproject.toml"}},
+        {".pytype", safe, regenerable, rebuild, {}},
+        {".pyre", safe, regenerable, rebuild, {}},
+        // Keeps the examples that made tests fail.
+        {".hypothesis", moderate, regenerable, rebuild, {}},
+        {"dist-newstyle", safe, regenerable, rebuild, {"cabal.project|*.cabal"}},
+        {".stack-work", safe, regenerable, rebuild, {"stack.yaml"}},
+        {"elm-stuff", safe, regenerable, redownload, {"elm.json"}},
+        {"deps", safe, regenerable, redownload, mixProject},
+        {".elixir_ls", safe, regenerable, reindex, mixProject},
+        {".lexical", safe, regenerable, reindex, mixProject},
+        {"_opam", aggressive, regenerable, redownload, {"dune-project|*.opam"}},
+        {".cpcache", safe, regenerable, rebuild, {"deps.edn"}},
+        {".shadow-cljs", safe, regenerable, rebuild, {"shadow-cljs.edn"}},
+        {".godot", safe, regenerable, rebuild, {"project.godot"}},
+        {".import", safe, regenerable, rebuild, {"project.godot"}},
+        {".cxx", safe, regenerable, rebuild, {"build.gradle|build.gradle.kts"}},
+        {".kotlin", safe, regenerable, rebuild, {"settings.gradle.kts|settings.gradle|build.gradle.kts"}},
+        {".terragrunt-cache", safe, regenerable, redownload, {"terragrunt.hcl"}},
+        {".direnv", safe, regenerable, redownload, {".envrc"}},
+        {".pio", safe, regenerable, redownload, {"platformio.ini"}},
+        {"nimcache", safe, regenerable, rebuild, {"*.nimble"}},
+        {".docusaurus", safe, regenerable, rebuild, nodeProject},
+        {".nyc_output", safe, regenerable, rebuild, nodeProject},
+        {".swc", safe, regenerable, rebuild, nodeProject},
+        {"storybook-static", safe, regenerable, rebuild, nodeProject},
+        {".ccls-cache", safe, regenerable, reindex, {}},
+    };
+    specs.insert(specs.end(), added.begin(), added.end());
+    return specs;
+}
+
+// Folders below a project root that tag themselves as caches (Cargo, Meson, pytest, ...).
+Spec cacheTaggedSpec() { return {"CACHEDIR.TAG", safe, regenerable, rebuild, {}}; }
+
+// A folder of the Linux catalog, and the location variable that put it there, if one did.
+struct Place {
+    std::filesystem::path path;
+    std::string variable;
+};
+
+// Places resolved the way the tools resolve them: the tool's own variable first, then the
+// XDG base folder, then the default under home.
+class Places {
+public:
+    explicit Places(const Environment& env) : env_(env) {}
+
+    Place home(const std::string& relative) const { return {env_.home / relative, {}}; }
+    Place cache(const std::string& relative) const { return based("XDG_CACHE_HOME", env_.cacheHome(), relative); }
+    Place data(const std::string& relative) const { return based("XDG_DATA_HOME", env_.dataHome(), relative); }
+    Place config(const std::string& relative) const { return based("XDG_CONFIG_HOME", env_.configHome(), relative); }
+    Place state(const std::string& relative) const { return based("XDG_STATE_HOME", env_.stateHome(), relative); }
+    // The variable's folder joined with `relative` when the variable is set, else `fallback`.
+    Place tool(const std::string& variable, const std::string& relative, Place fallback) const {
+        if (auto value = env_.locationVariable(variable)) return {joined(*value, relative), variable};
+        return fallback;
+    }
+    // The same for several places kept under one variable's folder.
+    std::vector<Place> toolEach(const std::string& variable, const std::vector<std::string>& relatives,
+                                const std::vector<Place>& fallbacks) const {
+        if (!env_.locationVariable(variable)) return fallbacks;
+        std::vector<Place> places;
+        for (const auto& relative : relatives) places.push_back(tool(variable, relative, {}));
+        return places;
+    }
+
+private:
+    static std::filesystem::path joined(const std::filesystem::path& base, const std::string& relative) {
+        return relative.empty() ? base : base / relative;
+    }
+    Place based(const char* variable, const std::filesystem::path& base, const std::string& relative) const {
+        return {joined(base, relative), env_.locationVariable(variable) ? variable : std::string()};
+    }
+
+    const Environment& env_;
+};
+
 // Appends entries in catalog order; every display name is looked up as "cleaner.<id>".
 class CatalogBuilder {
 public:
@@ -97,19 +204,68 @@ public:
     }
     void add(std::shared_ptr<const Cleaner> cleaner) { cleaners_.push_back(std::move(cleaner)); }
 
+    // Entries of absolute places. A place that is not strictly inside an allowed root is
+    // left out (the guard would refuse it) and, when a variable put it there, noted; an
+    // entry left without places is not offered.
+    void paths(const std::string& id, Family family, const std::vector<Place>& places, Level level, RegenCost cost,
+               Reversibility reversibility = regenerable) {
+        std::vector<std::string> relativePaths;
+        for (const auto& place : places)
+            if (admits(id, place)) relativePaths.push_back(place.path.relative_path().string());
+        if (relativePaths.empty()) return;
+        cleaners_.push_back(std::make_shared<PathCleaner>(id, nameOf(id), family, "/", std::move(relativePaths), level,
+                                                          reversibility, cost));
+    }
+    void versionedAt(const std::string& id, Family family, const Place& parent, std::vector<std::string> prefixes,
+                     Level level, RegenCost cost) {
+        if (admits(id, parent)) versioned(id, family, parent.path, std::move(prefixes), level, cost);
+    }
+    void command(const std::string& id, Family family, std::string commandLine, Level level, RegenCost cost,
+                 Reversibility reversibility) {
+        cleaners_.push_back(std::make_shared<CommandCleaner>(id, nameOf(id), family, std::move(commandLine), level,
+                                                             reversibility, cost, 0));
+    }
+
     CleanerList take() { return std::move(cleaners_); }
+
+    // One note per variable that moved places out of reach, naming the entries it cost.
+    std::vector<std::string> notes() const {
+        std::vector<std::string> texts;
+        for (const auto& [variable, refused] : refused_) {
+            std::string ids;
+            for (const auto& id : refused.ids) ids += (ids.empty() ? "" : ", ") + id;
+            texts.push_back(L10n::t("catalog.note.outsideAllowedRoots", variable, refused.value, ids));
+        }
+        return texts;
+    }
 
 private:
     static std::string nameOf(const std::string& id) { return L10n::t("cleaner." + id); }
 
+    bool admits(const std::string& id, const Place& place) {
+        const std::string path = Paths::standardized(place.path).string();
+        for (const auto& root : CleanerRegistry::allowedRoots(env_))
+            if (Paths::isInside(path, Paths::standardized(root).string())) return true;
+        if (!place.variable.empty()) {
+            auto& refused = refused_[place.variable];
+            refused.value = env_.locationVariables.at(place.variable);
+            if (std::find(refused.ids.begin(), refused.ids.end(), id) == refused.ids.end()) refused.ids.push_back(id);
+        }
+        return false;
+    }
+
+    struct Refused {
+        std::string value;
+        std::vector<std::string> ids;
+    };
+
     const Environment& env_;
     CleanerList cleaners_;
+    std::map<std::string, Refused> refused_;
 };
 
-}  // namespace
-
-CleanerList CleanerRegistry::makeCleaners(const Environment& env) {
-    CatalogBuilder c(env);
+// The macOS profile: the catalog as it has always been, 103 entries (102 without Flutter).
+void addMacosEntries(CatalogBuilder& c, const Environment& env) {
     using F = Family;
 
     c.path("derived-data", F::xcodeCore, {"Library/Developer/Xcode/DerivedData"}, safe, rebuild);
@@ -260,10 +416,253 @@ CleanerList CleanerRegistry::makeCleaners(const Environment& env) {
 
     c.path("unity-bee", F::gameEngines, {"Library/Unity/cache/bee"}, moderate, rebuild);
     c.path("unity-upm", F::gameEngines, {"Library/Caches/Unity/upm"}, safe, redownload);
+}
 
-    c.add(std::make_shared<PerProjectCleaner>(env.resolvedProjectRoots(), artifactSpecs(), env.keepRecentDays,
-                                              std::chrono::system_clock::now()));
-    return c.take();
+// The Linux profile. Entries whose tool exists on Linux keep their id and family with the
+// places the tool uses there; those without a Linux counterpart (Xcode, the simulators,
+// Carthage, the Xamarin Mac caches, ~/Library logs and crash reports) are not here. No
+// entry runs a command that needs root. Where a tool shares a folder with other users
+// (the temporary folder), only the user's own entries are removed.
+void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at) {
+    using F = Family;
+
+    c.paths("cocoapods-repos", F::cocoapods, {at.home(".cocoapods/repos")}, moderate, redownload);
+
+    c.paths("pub-cache", F::flutterDart, {at.tool("PUB_CACHE", "", at.home(".pub-cache"))}, moderate, redownload);
+    c.paths("dart-analysis-cache", F::flutterDart, {at.home(".dartServer")}, safe, reindex);
+    if (env.flutterBinCache)
+        c.paths("flutter-sdk-cache", F::flutterDart, {{*env.flutterBinCache, {}}}, aggressive, redownload);
+
+    const auto gradle = [&](const std::string& relative) {
+        return at.tool("GRADLE_USER_HOME", relative, at.home(".gradle/" + relative));
+    };
+    c.paths("gradle-caches", F::androidGradle, {gradle("caches")}, moderate, redownload);
+    c.paths("gradle-wrapper", F::androidGradle, {gradle("wrapper/dists")}, moderate, redownload);
+    c.paths("gradle-daemon", F::androidGradle, {gradle("daemon")}, safe, rebuild);
+    c.paths("gradle-jdks", F::androidGradle, {gradle("jdks")}, moderate, redownload);
+    c.paths("android-cache", F::androidGradle, {at.home(".android/cache")}, safe, rebuild);
+    c.paths("android-build-cache", F::androidGradle, {at.home(".android/build-cache")}, safe, rebuild);
+    c.paths("maven-repo", F::androidGradle, {at.home(".m2/repository")}, moderate, redownload);
+    c.paths("maven-wrapper", F::androidGradle, {at.home(".m2/wrapper/dists")}, moderate, redownload);
+    c.paths("konan", F::androidGradle, {at.tool("KONAN_DATA_DIR", "", at.home(".konan"))}, aggressive, redownload);
+    c.versionedAt("android-ndk", F::androidGradle, at.tool("ANDROID_HOME", "ndk", at.home("Android/Sdk/ndk")), {},
+                  aggressive, redownload);
+    c.versionedAt("android-system-images", F::androidGradle,
+                  at.tool("ANDROID_HOME", "system-images", at.home("Android/Sdk/system-images")), {}, aggressive,
+                  redownload);
+
+    const auto npmCache = at.tool("npm_config_cache", "", at.tool("NPM_CONFIG_CACHE", "", at.home(".npm")));
+    c.paths("npm-cache", F::jsPackages, {{npmCache.path / "_cacache", npmCache.variable}}, safe, redownload);
+    c.paths("yarn-cache-xdg", F::jsPackages, {at.tool("YARN_CACHE_FOLDER", "", at.cache("yarn"))}, safe, redownload);
+    c.paths("yarn-berry-cache", F::jsPackages, {at.tool("YARN_GLOBAL_FOLDER", "cache", at.home(".yarn/berry/cache"))},
+            safe, redownload);
+    c.command("bun-cache", F::jsPackages, "bun pm cache rm", safe, redownload);
+    // The store is hard-linked into every project's node_modules: only pnpm may prune it.
+    c.command("pnpm-store-prune", F::jsPackages, "pnpm store prune", moderate, redownload);
+    c.paths("pnpm-metadata-cache", F::jsPackages, {at.cache("pnpm")}, safe, redownload);
+    // location_data holds the scripts' localStorage: every other child is a download.
+    c.paths("deno-cache", F::jsPackages,
+            at.toolEach("DENO_DIR", {"deps", "gen", "npm", "registries", "remote"},
+                        {at.cache("deno/deps"), at.cache("deno/gen"), at.cache("deno/npm"),
+                         at.cache("deno/registries"), at.cache("deno/remote")}),
+            safe, redownload);
+    c.paths("cypress-cache", F::jsPackages, {at.tool("CYPRESS_CACHE_FOLDER", "", at.cache("Cypress"))}, safe,
+            redownload);
+    c.paths("electron-cache", F::jsPackages, {at.tool("ELECTRON_CACHE", "", at.cache("electron"))}, safe, redownload);
+    c.paths("electron-builder-cache", F::jsPackages,
+            {at.tool("ELECTRON_BUILDER_CACHE", "", at.cache("electron-builder"))}, safe, redownload);
+    c.paths("node-gyp-cache", F::jsPackages, {at.cache("node-gyp"), at.home(".node-gyp"), at.home(".electron-gyp")},
+            safe, redownload);
+    c.paths("corepack-cache", F::jsPackages, {at.tool("COREPACK_HOME", "", at.cache("node/corepack"))}, safe,
+            redownload);
+    c.paths("node-sass-cache", F::jsPackages, {at.home(".npm/node-sass")}, safe, redownload);
+    c.paths("selenium-cache", F::jsPackages, {at.cache("selenium")}, safe, redownload);
+
+    c.paths("homebrew-cache", F::devMisc, {at.tool("HOMEBREW_CACHE", "", at.cache("Homebrew"))}, safe, redownload);
+    c.command("brew-cleanup", F::devMisc, "brew cleanup -s", safe, redownload);
+    c.paths("pip-cache", F::devMisc, {at.tool("PIP_CACHE_DIR", "", at.cache("pip"))}, safe, redownload);
+    c.paths("swiftpm-cache", F::devMisc, {at.cache("org.swift.swiftpm")}, moderate, redownload);
+    c.paths("go-build", F::devMisc, {at.tool("GOCACHE", "", at.cache("go-build"))}, safe, rebuild);
+    c.paths("go-mod", F::devMisc, {at.tool("GOMODCACHE", "", at.tool("GOPATH", "pkg/mod", at.home("go/pkg/mod")))},
+            moderate, redownload);
+    c.paths("go-tool-caches", F::devMisc, {at.cache("gopls"), at.cache("golangci-lint")}, safe, rebuild);
+    const auto cargo = [&](const std::string& relative) {
+        return at.tool("CARGO_HOME", relative, at.home(".cargo/" + relative));
+    };
+    c.paths("cargo-registry", F::devMisc, {cargo("registry")}, moderate, redownload);
+    c.paths("cargo-git", F::devMisc, {cargo("git")}, moderate, redownload);
+    c.paths("rustup-downloads", F::devMisc,
+            at.toolEach("RUSTUP_HOME", {"downloads", "tmp"}, {at.home(".rustup/downloads"), at.home(".rustup/tmp")}),
+            safe, redownload);
+    c.paths("rubygems", F::devMisc, at.toolEach("GEM_HOME", {""}, {at.home(".gem"), at.data("gem")}), moderate,
+            redownload);
+    // The XDG cache only: CCACHE_DIR and the legacy ~/.ccache also hold ccache.conf.
+    c.paths("ccache", F::devMisc, {at.cache("ccache")}, safe, rebuild);
+    c.paths("sccache", F::devMisc, {at.tool("SCCACHE_DIR", "", at.cache("sccache"))}, safe, rebuild);
+    c.command("conan-cache-clean", F::devMisc, "conan cache clean \"*\"", safe, rebuild);
+    c.paths("vcpkg-archives", F::devMisc, {at.tool("VCPKG_DEFAULT_BINARY_CACHE", "", at.cache("vcpkg/archives"))}, safe,
+            rebuild);
+    c.paths("bazelisk-cache", F::devMisc, {at.tool("BAZELISK_HOME", "", at.cache("bazelisk"))}, safe, redownload);
+    c.paths("uv-cache", F::devMisc, {at.tool("UV_CACHE_DIR", "", at.cache("uv"))}, safe, redownload);
+    c.paths("puppeteer-cache", F::devMisc, {at.tool("PUPPETEER_CACHE_DIR", "", at.home(".cache/puppeteer"))}, safe,
+            redownload);
+    c.paths("playwright-cache", F::devMisc,
+            at.toolEach("PLAYWRIGHT_BROWSERS_PATH", {""}, {at.cache("ms-playwright"), at.cache("ms-playwright-go")}),
+            safe, redownload);
+    c.paths("huggingface-cache", F::devMisc, {at.tool("HF_HOME", "", at.cache("huggingface"))}, aggressive,
+            redownload);
+    c.paths("terraform-plugin-cache", F::devMisc,
+            {at.tool("TF_PLUGIN_CACHE_DIR", "", at.home(".terraform.d/plugin-cache"))}, moderate, redownload);
+    c.paths("vagrant-tmp", F::devMisc, {at.tool("VAGRANT_HOME", "tmp", at.home(".vagrant.d/tmp"))}, safe, redownload);
+    c.paths("minikube-cache", F::devMisc, {at.home(".minikube/cache")}, moderate, redownload);
+    c.command("nix-gc", F::devMisc, "nix-collect-garbage", moderate, redownload);
+    c.paths("nix-user-cache", F::devMisc, {at.cache("nix")}, safe, redownload);
+    c.paths("helm-kube-caches", F::devMisc, {at.tool("HELM_CACHE_HOME", "", at.cache("helm")), at.home(".kube/cache")},
+            safe, redownload);
+
+    c.versionedAt("jetbrains-caches", F::macosGeneral, at.cache("JetBrains"), {}, safe, rebuild);
+    c.versionedAt("androidstudio-caches", F::macosGeneral, at.cache("Google"), {"AndroidStudio"}, safe, rebuild);
+    const std::vector<std::string> electronCaches{"Cache", "CachedData", "Code Cache", "GPUCache", "DawnGraphiteCache",
+                                                  "DawnWebGPUCache"};
+    std::vector<Place> vscodeCaches;
+    for (const char* editor : {"Code", "Code - Insiders", "VSCodium", "Windsurf"})
+        for (const auto& cache : electronCaches) vscodeCaches.push_back(at.config(std::string(editor) + "/" + cache));
+    for (const auto& cache : electronCaches)
+        vscodeCaches.push_back(at.home(".var/app/com.visualstudio.code/config/Code/" + cache));
+    c.paths("vscode-caches", F::macosGeneral, vscodeCaches, safe, rebuild);
+    std::vector<Place> cursorCaches;
+    for (const auto& cache : electronCaches) cursorCaches.push_back(at.config("Cursor/" + cache));
+    c.paths("cursor-caches", F::macosGeneral, cursorCaches, safe, rebuild);
+    c.versioned("tmpdir-scratch", F::macosGeneral, env.tmpDir,
+                {"metro-", "react-native-", "haste-map-", "flutter_tools."}, safe, rebuild);
+    // What the user threw away but may still take back: offered, never preselected.
+    c.paths("trash", F::macosGeneral, {at.data("Trash/files"), at.data("Trash/info"), at.data("Trash/expunged")}, safe,
+            rebuild, Reversibility::userData);
+    c.paths("thumbnails", F::macosGeneral, {at.cache("thumbnails"), at.home(".thumbnails")}, safe, rebuild);
+    c.paths("vscode-extra", F::macosGeneral,
+            {at.config("Code/Service Worker/CacheStorage"), at.config("Code/CachedExtensionVSIXs"),
+             at.config("Code/CachedProfilesData"), at.config("Code/logs"), at.config("Code/Crashpad")},
+            safe, rebuild);
+    c.paths("cursor-extra", F::macosGeneral,
+            {at.config("Cursor/Service Worker/CacheStorage"), at.config("Cursor/logs")}, safe, rebuild);
+    c.paths("zed-caches", F::macosGeneral, {at.cache("zed"), at.data("zed/logs")}, safe, rebuild);
+    c.paths("zed-downloads", F::macosGeneral,
+            {at.data("zed/languages"), at.data("zed/node"), at.data("zed/prettier"), at.data("zed/copilot"),
+             at.data("zed/remote_servers")},
+            moderate, redownload);
+    c.paths("fleet-caches", F::macosGeneral, {at.cache("JetBrains/Fleet")}, safe, reindex);
+    // Never the swap, undo or shada files next to these: they are the user's.
+    c.paths("nvim-caches", F::macosGeneral, {at.cache("nvim"), at.state("nvim/log"), at.state("nvim/lsp.log")}, safe,
+            rebuild);
+    c.paths("nvim-plugin-downloads", F::macosGeneral, {at.data("nvim/mason"), at.data("nvim/lazy")}, moderate,
+            redownload);
+    // --user: the system installation needs an administrator.
+    c.command("flatpak-unused", F::macosGeneral, "flatpak uninstall --user --unused -y --noninteractive", moderate,
+              redownload);
+
+    c.command("docker-prune", F::docker, "docker system prune -f", aggressive, redownload);
+    c.command("docker-builder-prune", F::docker, "docker builder prune -f", aggressive, redownload);
+    c.command("podman-image-prune", F::docker, "podman image prune -f", moderate, redownload);
+    // Also removes stopped toolbox and distrobox containers, with whatever their users kept in them.
+    c.command("podman-system-prune", F::docker, "podman system prune -f", aggressive, redownload,
+              Reversibility::userData);
+
+    c.paths("nuget-http-cache", F::dotNet, {at.data("NuGet/v3-cache"), at.data("NuGet/http-cache")}, safe, redownload);
+    c.paths("nuget-plugins-cache", F::dotNet, {at.data("NuGet/plugins-cache")}, safe, rebuild);
+    c.paths("nuget-packages", F::dotNet, {at.tool("NUGET_PACKAGES", "", at.home(".nuget/packages"))}, moderate,
+            redownload);
+    c.paths("dotnet-toolresolver", F::dotNet, {at.home(".dotnet/toolResolverCache")}, safe, rebuild);
+    c.paths("xamarin-android-sdk", F::dotNet, {at.data("Xamarin")}, moderate, redownload);
+    c.command("dotnet-workload-clean", F::dotNet, "dotnet workload clean", safe, redownload);
+
+    // The temporary folder may be shared: the executor runs this only when every entry it
+    // names is the user's own.
+    c.command("metro-cache", F::reactNative,
+              "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* "
+              "\"$TMPDIR\"/react-native-packager-cache-* \"$TMPDIR\"/haste-map-*",
+              safe, rebuild);
+    c.command("watchman-state", F::reactNative, "watchman watch-del-all; watchman shutdown-server", safe, rebuild);
+
+    c.paths("coursier-v1", F::jvm, {at.tool("COURSIER_CACHE", "", at.cache("coursier/v1"))}, safe, redownload);
+    c.paths("coursier-legacy", F::jvm, {at.home(".coursier/cache")}, safe, redownload);
+    c.paths("coursier-jvm", F::jvm, {at.cache("coursier/jvm"), at.cache("coursier/arc")}, aggressive, redownload);
+    c.paths("ivy2-cache", F::jvm, {at.home(".ivy2/cache")}, safe, redownload);
+    c.paths("sbt-boot", F::jvm, {at.home(".sbt/boot")}, safe, redownload);
+    c.paths("scala-cli-cache", F::jvm, {at.cache("scalacli")}, moderate, redownload);
+    c.paths("ammonite-cache", F::jvm, {at.home(".ammonite/cache")}, safe, rebuild);
+    c.paths("kotlin-daemon", F::jvm, {at.data("kotlin/daemon")}, safe, rebuild);
+
+    c.paths("poetry-cache", F::python,
+            at.toolEach("POETRY_CACHE_DIR", {"cache", "artifacts"},
+                        {at.cache("pypoetry/cache"), at.cache("pypoetry/artifacts")}),
+            safe, redownload);
+    c.paths("poetry-venvs", F::python, {at.tool("POETRY_CACHE_DIR", "virtualenvs", at.cache("pypoetry/virtualenvs"))},
+            moderate, redownload);
+    c.command("conda-clean", F::python, "conda clean --all --yes", safe, redownload);
+    c.command("mamba-clean", F::python, "mamba clean --all --yes", safe, redownload);
+    c.paths("pipenv-cache", F::python, {at.tool("PIPENV_CACHE_DIR", "", at.cache("pipenv"))}, safe, redownload);
+    // The environments of `pipx run`; never venvs/, where the installed applications live.
+    c.paths("pipx-run-cache", F::python,
+            {at.tool("PIPX_HOME", ".cache", at.cache("pipx")), at.home(".local/pipx/.cache")}, safe, redownload);
+    c.command("pre-commit-gc", F::python, "pre-commit gc", safe, redownload);
+
+    const auto stack = [&](const std::string& relative) {
+        return at.tool("STACK_ROOT", relative, at.home(".stack/" + relative));
+    };
+    c.paths("stack-snapshots", F::otherLangs, {stack("snapshots")}, moderate, rebuild);
+    c.paths("stack-programs", F::otherLangs, {stack("programs")}, moderate, redownload);
+    c.paths("cabal-packages", F::otherLangs, {at.cache("cabal/packages"), at.home(".cabal/packages")}, safe,
+            redownload);
+    c.paths("cabal-store", F::otherLangs, {at.state("cabal/store"), at.home(".cabal/store")}, moderate, rebuild);
+    c.paths("hex-packages", F::otherLangs, {at.home(".hex/packages")}, safe, redownload);
+    c.paths("rebar3-cache", F::otherLangs, {at.cache("rebar3")}, safe, redownload);
+    c.paths("zig-cache-global", F::otherLangs, {at.tool("ZIG_GLOBAL_CACHE_DIR", "", at.cache("zig"))}, safe, rebuild);
+    c.paths("nim-cache", F::otherLangs, {at.cache("nim")}, safe, rebuild);
+    c.paths("composer-cache", F::otherLangs,
+            {at.tool("COMPOSER_CACHE_DIR", "", at.tool("COMPOSER_HOME", "cache", at.cache("composer"))),
+             at.home(".composer/cache")},
+            safe, redownload);
+    c.paths("bundler-cache", F::otherLangs, {at.tool("BUNDLE_USER_CACHE", "", at.home(".bundle/cache"))}, safe,
+            redownload);
+    c.command("ghcup-gc", F::otherLangs, "ghcup gc --cache --tmpdirs", safe, redownload);
+    c.command("opam-clean", F::otherLangs, "opam clean", safe, redownload);
+
+    c.paths("unity-bee", F::gameEngines, {at.config("unity3d/cache/bee")}, moderate, rebuild);
+    c.paths("unity-upm", F::gameEngines,
+            at.toolEach("UPM_CACHE_ROOT", {"npm", "packages"},
+                        {at.config("unity3d/cache/npm"), at.config("unity3d/cache/packages")}),
+            safe, redownload);
+    c.paths("godot-cache", F::gameEngines, {at.cache("godot")}, safe, rebuild);
+}
+}  // namespace
+
+CleanerRegistry::BuiltCatalog CleanerRegistry::build(const Environment& env) {
+    CatalogBuilder c(env);
+    const bool isLinux = env.catalog == CatalogProfile::linux;
+    if (isLinux) addLinuxEntries(c, env, Places(env));
+    else addMacosEntries(c, env);
+    c.add(std::make_shared<PerProjectCleaner>(
+        env.resolvedProjectRoots(), isLinux ? linuxArtifactSpecs() : artifactSpecs(), env.keepRecentDays,
+        std::chrono::system_clock::now(), isLinux ? std::optional<Spec>(cacheTaggedSpec()) : std::nullopt));
+    auto notes = c.notes();
+    return {c.take(), std::move(notes)};
+}
+
+CleanerList CleanerRegistry::makeCleaners(const Environment& env) { return build(env).cleaners; }
+
+std::vector<std::filesystem::path> CleanerRegistry::allowedRoots(const Environment& env) {
+    std::vector<std::filesystem::path> roots{env.home, env.tmpDir};
+    if (env.flutterBinCache) roots.push_back(env.flutterBinCache->parent_path());
+    return roots;
+}
+
+std::vector<Family> CleanerRegistry::familiesWithDetectors(const Environment& env) {
+    std::set<Family> present;
+    for (const auto& cleaner : makeCleaners(env)) present.insert(cleaner->family());
+    std::vector<Family> families;
+    for (Family family : cleanDomainFamilies())
+        if (present.contains(family)) families.push_back(family);
+    return families;
 }
 
 std::vector<std::filesystem::path> CleanerRegistry::protectedPaths(const Environment& env) {

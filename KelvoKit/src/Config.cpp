@@ -1,5 +1,6 @@
 #include "kelvo/Config.h"
 
+#include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
 
@@ -17,6 +18,24 @@ std::optional<std::vector<std::string>> stringList(const nlohmann::json& value) 
         list.push_back(element.get<std::string>());
     }
     return list;
+}
+
+// A JSON number with an integral value inside the signed 64-bit range, however it is
+// written: 7, 7.0 and 1e1 are whole numbers, 7.5 and "7" are not.
+std::optional<std::int64_t> wholeNumber(const nlohmann::json& value) {
+    if (value.is_number_unsigned()) {
+        const auto number = value.get<std::uint64_t>();
+        if (number > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
+        return static_cast<std::int64_t>(number);
+    }
+    if (value.is_number_integer()) return value.get<std::int64_t>();
+    if (!value.is_number_float()) return std::nullopt;
+    const double number = value.get<double>();
+    // -2^63 is exact in a double and fits; 2^63 is the first value that does not.
+    constexpr double limit = 9223372036854775808.0;
+    if (!std::isfinite(number) || std::trunc(number) != number || number < -limit || number >= limit)
+        return std::nullopt;
+    return static_cast<std::int64_t>(number);
 }
 
 }  // namespace
@@ -42,15 +61,12 @@ std::optional<Config> Config::decode(const std::string& text) {
     Config config;
     auto rootList = stringList(*roots);
     auto exclusionList = stringList(*exclusions);
-    if (!rootList || !exclusionList || !level->is_string() || !keepRecent->is_number_integer()) return std::nullopt;
-    // A count beyond the signed 64-bit range does not fit the field: the file is invalid.
-    if (keepRecent->is_number_unsigned() &&
-        keepRecent->get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-        return std::nullopt;
+    const auto days = wholeNumber(*keepRecent);
+    if (!rootList || !exclusionList || !level->is_string() || !days) return std::nullopt;
     config.projectRoots = std::move(*rootList);
     config.extraExclusions = std::move(*exclusionList);
     config.defaultLevel = level->get<std::string>();
-    config.keepRecentDays = keepRecent->get<std::int64_t>();
+    config.keepRecentDays = *days;
     if (const auto families = json.find("enabledFamilies"); families != json.end() && !families->is_null()) {
         auto familyList = stringList(*families);
         if (!familyList) return std::nullopt;
@@ -60,7 +76,7 @@ std::optional<Config> Config::decode(const std::string& text) {
 }
 
 Config Config::load(const std::filesystem::path& home) {
-    const auto text = platform::readFile(filePath(home));
+    const auto text = platform::readRegularFile(filePath(home), maximumFileBytes);
     if (!text) return defaults();
     return decode(*text).value_or(defaults());
 }

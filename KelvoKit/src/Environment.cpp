@@ -13,16 +13,19 @@ namespace {
 
 // Length of the white-space or line-break character at text[i], 0 when there is none:
 // the ASCII ones and the Unicode spaces and separators a pasted path may carry (U+0085,
-// U+00A0, U+1680, U+2000-U+200A, U+2028, U+2029, U+202F, U+205F, U+3000).
+// U+00A0, U+1680, U+2000-U+200A, U+2028, U+2029, U+202F, U+205F, U+3000). Only whole,
+// valid sequences count: text cut inside one, or invalid bytes, stay as they are.
 std::size_t blankLength(std::string_view text, std::size_t i) {
+    // Bytes past the end read as 0, which no multi-byte sequence holds.
     const auto byte = [&](std::size_t k) { return i + k < text.size() ? static_cast<unsigned char>(text[i + k]) : 0; };
     const unsigned char lead = byte(0);
     if (lead == ' ' || (lead >= '\t' && lead <= '\r')) return 1;
     if (lead == 0xC2 && (byte(1) == 0x85 || byte(1) == 0xA0)) return 2;
     if (lead == 0xE1 && byte(1) == 0x9A && byte(2) == 0x80) return 3;
-    // E2 80 is always followed by a continuation byte (0x80 or more) in valid text.
     const unsigned char third = byte(2);
-    if (lead == 0xE2 && byte(1) == 0x80 && (third <= 0x8A || third == 0xA8 || third == 0xA9 || third == 0xAF)) return 3;
+    if (lead == 0xE2 && byte(1) == 0x80 &&
+        ((third >= 0x80 && third <= 0x8A) || third == 0xA8 || third == 0xA9 || third == 0xAF))
+        return 3;
     if (lead == 0xE2 && byte(1) == 0x81 && byte(2) == 0x9F) return 3;
     if (lead == 0xE3 && byte(1) == 0x80 && byte(2) == 0x80) return 3;
     return 0;
@@ -66,10 +69,15 @@ Environment Environment::fromConfig(const std::filesystem::path& home, const std
     return env;
 }
 
-Environment Environment::live() {
-    const auto home = platform::homeDirectory();
+std::filesystem::path Environment::liveHome() { return platform::homeDirectory().value_or("/"); }
+
+Environment Environment::live(CatalogProfile catalog) {
+    const auto home = liveHome();
     Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home));
     env.flutterBinCache = findFlutterBinCache();
+    env.catalog = catalog;
+    for (const auto& name : locationVariableNames())
+        if (auto value = platform::environmentVariable(name)) env.locationVariables.emplace(name, std::move(*value));
     return env;
 }
 
@@ -86,6 +94,8 @@ std::optional<std::filesystem::path> Environment::findFlutterBinCache() {
 }
 
 std::optional<std::filesystem::path> Environment::expand(const std::string& text, const std::filesystem::path& home) {
+    // No file name holds a NUL; the system would read such a path only up to it.
+    if (text.find('\0') != std::string::npos) return std::nullopt;
     const std::string path = trimmed(text);
     if (path.empty()) return std::nullopt;
     if (path == "~") return home;
@@ -100,10 +110,14 @@ std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
     std::vector<std::filesystem::path> roots;
     for (const auto& entry : projectRoots) {
         auto expanded = expand(entry, home);
-        if (!expanded || Paths::standardized(*expanded) == standardHome) continue;
+        if (!expanded || Paths::same(Paths::standardized(*expanded).string(), standardHome.string())) continue;
         roots.push_back(std::move(*expanded));
     }
     return roots;
+}
+
+ShellVariables Environment::shellVariables() const {
+    return {{"HOME", home.string()}, {"TMPDIR", tmpDir.string()}};
 }
 
 std::vector<std::filesystem::path> Environment::resolvedExtraExclusions() const {
@@ -111,6 +125,49 @@ std::vector<std::filesystem::path> Environment::resolvedExtraExclusions() const 
     for (const auto& entry : extraExclusions)
         if (auto expanded = expand(entry, home)) exclusions.push_back(std::move(*expanded));
     return exclusions;
+}
+
+const std::vector<std::string>& Environment::locationVariableNames() {
+    static const std::vector<std::string> names{
+        "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME",
+        // JavaScript
+        "npm_config_cache", "NPM_CONFIG_CACHE", "YARN_CACHE_FOLDER", "YARN_GLOBAL_FOLDER", "DENO_DIR",
+        "CYPRESS_CACHE_FOLDER", "ELECTRON_CACHE", "ELECTRON_BUILDER_CACHE", "COREPACK_HOME",
+        // Python
+        "PIP_CACHE_DIR", "PIPX_HOME", "UV_CACHE_DIR", "POETRY_CACHE_DIR", "PIPENV_CACHE_DIR",
+        // Rust, Go, C and C++, build tools, other languages
+        "CARGO_HOME", "RUSTUP_HOME", "GOCACHE", "GOMODCACHE", "GOPATH", "SCCACHE_DIR", "VCPKG_DEFAULT_BINARY_CACHE",
+        "BAZELISK_HOME", "HOMEBREW_CACHE", "PLAYWRIGHT_BROWSERS_PATH", "PUPPETEER_CACHE_DIR", "HF_HOME",
+        "HELM_CACHE_HOME", "TF_PLUGIN_CACHE_DIR", "VAGRANT_HOME", "GEM_HOME", "BUNDLE_USER_CACHE", "COMPOSER_CACHE_DIR",
+        "COMPOSER_HOME", "STACK_ROOT", "ZIG_GLOBAL_CACHE_DIR", "PUB_CACHE",
+        // JVM, Android, .NET, game engines
+        "GRADLE_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
+        // Flatpak installations
+        "FLATPAK_USER_DIR", "FLATPAK_SYSTEM_DIR", "FLATPAK_CONFIG_DIR",
+    };
+    return names;
+}
+
+std::optional<std::filesystem::path> Environment::locationVariable(std::string_view name) const {
+    const auto found = locationVariables.find(name);
+    if (found == locationVariables.end() || !found->second.starts_with('/')) return std::nullopt;
+    return Paths::standardized(found->second);
+}
+
+std::filesystem::path Environment::cacheHome() const {
+    return locationVariable("XDG_CACHE_HOME").value_or(home / ".cache");
+}
+
+std::filesystem::path Environment::dataHome() const {
+    return locationVariable("XDG_DATA_HOME").value_or(home / ".local/share");
+}
+
+std::filesystem::path Environment::configHome() const {
+    return locationVariable("XDG_CONFIG_HOME").value_or(home / ".config");
+}
+
+std::filesystem::path Environment::stateHome() const {
+    return locationVariable("XDG_STATE_HOME").value_or(home / ".local/state");
 }
 
 }  // namespace kelvo

@@ -9,6 +9,8 @@
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/RemovalChecks.h"
+#include "kelvo/ShellCommand.h"
 #include "kelvo/WorkerPool.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
@@ -33,11 +35,6 @@ std::string bundleName(const path& bundle) {
 std::optional<std::string> bundleIDAfter(const std::string& id, const std::string& prefix) {
     if (!id.starts_with(prefix)) return std::nullopt;
     return id.substr(prefix.size());
-}
-
-const ProcessProbe& probeOrLive(const std::shared_ptr<const ProcessProbe>& probe) {
-    static const LiveProcessProbe live;
-    return probe ? *probe : live;
 }
 
 void skip(ExecutionReport& report, const CleanTarget& target, std::string reason) {
@@ -144,7 +141,7 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
 }  // namespace
 
 ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const {
-    const ProcessProbe& processes = probeOrLive(probe);
+    const ProcessProbe& processes = *probe;
     // One report per target, joined in target order once every removal has finished.
     std::vector<ExecutionReport> reports(targets.size());
     RunningRemovals removals(pool);
@@ -171,13 +168,17 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         }
 
         if (target.kind.isCommand()) {
+            if (auto reason = commandRefusal(target.kind.commandLine())) {
+                skip(report, target, std::move(*reason));
+                continue;
+            }
             if (dryRun) {
                 report.deleted.push_back(target.id);
                 report.freedBytes += target.sizeBytes;
                 continue;
             }
             removals.waitForAll();
-            const int status = runCommand ? runCommand(target.kind.commandLine()) : -1;
+            const int status = runCommand(target.kind.commandLine(), shellVariables);
             if (status == 127) {
                 report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
             } else if (status != 0) {
@@ -193,12 +194,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         const auto& paths = target.kind.pathList();
         bool refused = false;
         for (const auto& location : paths) {
-            if (!safety.isDeletable(location)) {
-                skip(report, target, L10n::t("exec.skip.protectedPath", location.string()));
-                refused = true;
-                break;
-            }
-            if (auto reason = unsafeToDeleteReason(location)) {
+            if (auto reason = pathRefusal(location)) {
                 skip(report, target, std::move(*reason));
                 refused = true;
                 break;
@@ -222,7 +218,17 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
     return whole;
 }
 
-int Executor::shell(const std::string& commandLine) { return platform::runShell(commandLine); }
+CommandFunction liveCommandRunner() { return &Executor::shell; }
+
+ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason) {
+    ExecutionReport report;
+    for (const auto& target : targets) skip(report, target, reason);
+    return report;
+}
+
+int Executor::shell(const std::string& commandLine, const ShellVariables& variables) {
+    return platform::runShell(commandLine, variables);
+}
 
 RemovalOutcome Executor::removeResiliently(const path& location, WorkerPool* pool) {
     const path standard = Paths::standardized(location);
@@ -247,7 +253,7 @@ std::error_code Executor::removeItemMakingWritable(const path& location, WorkerP
 
 std::optional<std::string> Executor::runningBundle(const CleanTarget& target) const {
     if (target.kind.isCommand()) return std::nullopt;
-    const ProcessProbe& processes = probeOrLive(probe);
+    const ProcessProbe& processes = *probe;
     for (const auto& bundle : target.kind.pathList()) {
         if (!isAppBundle(bundle)) continue;
         const std::string name = bundleName(bundle);
@@ -280,14 +286,27 @@ std::optional<std::string> Executor::protectedAppReason(const CleanTarget& targe
 }
 
 std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) const {
+    if (auto reason = RemovalChecks::linkReason(location)) return reason;
     const path standard = Paths::standardized(location);
-    if (platform::isSymbolicLink(standard).value_or(false))
-        return L10n::t("exec.skip.symlinkFinal", standard.string());
-    const path parent = standard.parent_path();
-    const path resolved = Paths::standardized(platform::resolveSymlinks(parent));
-    if (resolved.string() != parent.string()) return L10n::t("exec.skip.symlinkAncestor", resolved.string());
-    const path candidate = resolved / standard.filename();
+    const path candidate = Paths::standardized(platform::resolveSymlinks(standard.parent_path())) / standard.filename();
     if (!safety.isDeletable(candidate)) return L10n::t("exec.skip.resolvedUnsafe", candidate.string());
+    return RemovalChecks::ownerReason(standard);
+}
+
+std::optional<std::string> Executor::pathRefusal(const path& location) const {
+    if (!safety.isDeletable(location)) return L10n::t("exec.skip.protectedPath", location.string());
+    return unsafeToDeleteReason(location);
+}
+
+std::optional<std::string> Executor::commandRefusal(const std::string& commandLine) const {
+    const ShellCommand command = ShellCommand::read(commandLine, shellVariables);
+    if (command.refusal) return command.refusal;
+    for (const auto& place : command.places) {
+        // A pattern's folder must be a place to remove in, whatever it matches now.
+        if (!safety.isDeletable(place.path)) return L10n::t("exec.skip.protectedPath", place.path.string());
+        for (const auto& match : ShellCommand::matches(place))
+            if (auto reason = pathRefusal(match)) return reason;
+    }
     return std::nullopt;
 }
 

@@ -103,6 +103,12 @@ std::vector<std::string> acceptedFamilyNames() {
 
 std::string displayName(Family family) { return L10n::t("family." + std::string(rawValue(family))); }
 
+std::string displayName(Family family, CatalogProfile profile) {
+    const std::string key = "family." + std::string(rawValue(profile)) + "." + std::string(rawValue(family));
+    std::string text = L10n::t(key);
+    return text != key ? text : displayName(family);
+}
+
 std::string_view iconName(Family family) { return rowOf(family).icon; }
 
 const std::vector<std::string>& guardedProcesses(Family family) {

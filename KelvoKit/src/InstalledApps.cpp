@@ -12,19 +12,25 @@ std::vector<std::filesystem::path> InstalledApps::standardAppDirs(const std::fil
 }
 
 std::vector<AppInfo> InstalledApps::scan(const std::vector<std::filesystem::path>& appDirs) {
-    std::vector<AppInfo> apps;
+    return inventory(appDirs).apps;
+}
+
+AppInventory InstalledApps::inventory(const std::vector<std::filesystem::path>& appDirs) {
+    AppInventory found;
     for (const auto& directory : appDirs) {
         const auto entries = platform::listDirectory(directory, true);
         if (!entries) continue;
         for (const auto& entry : *entries) {
             const std::filesystem::path bundle = directory / entry.name;
             if (Paths::extensionOf(bundle) != "app") continue;
-            auto bundleID = infoPlistString(bundle, "CFBundleIdentifier");
-            if (!bundleID) continue;
-            apps.push_back({bundle, std::move(*bundleID), entry.name.substr(0, entry.name.size() - 4)});
+            std::string name = entry.name.substr(0, entry.name.size() - 4);
+            if (auto bundleID = infoPlistString(bundle, "CFBundleIdentifier"))
+                found.apps.push_back({bundle, std::move(*bundleID), std::move(name)});
+            else
+                found.unidentifiedNames.push_back(std::move(name));
         }
     }
-    return apps;
+    return found;
 }
 
 std::optional<std::string> InstalledApps::infoPlistString(const std::filesystem::path& bundle, const std::string& key) {

@@ -98,13 +98,28 @@ std::string L10n::currentLanguage() {
     return "en";
 }
 
-std::string L10n::t(std::string_view key) {
-    static const std::string language = currentLanguage();
-    const auto& catalogs = bundle().catalogs;
+namespace {
+
+const std::string* lookUp(std::string_view key) {
+    static const std::string language = L10n::currentLanguage();
+    const auto& catalogs = L10n::bundle().catalogs;
     const auto catalog = catalogs.find(language);
-    if (catalog == catalogs.end()) return std::string(key);
+    if (catalog == catalogs.end()) return nullptr;
     const auto text = catalog->second.texts.find(key);
-    return text == catalog->second.texts.end() ? std::string(key) : text->second;
+    return text == catalog->second.texts.end() ? nullptr : &text->second;
+}
+
+}  // namespace
+
+std::string L10n::t(std::string_view key) {
+    const auto* text = lookUp(key);
+    return text ? *text : std::string(key);
+}
+
+std::string L10n::plural(std::string_view key, std::int64_t count, const std::vector<FormatArgument>& arguments) {
+    if (count == 1)
+        if (const auto* singular = lookUp(std::string(key) + ".one")) return formatText(*singular, arguments);
+    return t(key, arguments);
 }
 
 std::string L10n::t(std::string_view key, const std::vector<FormatArgument>& arguments) {

@@ -30,7 +30,6 @@ OldSimRuntimeDetector::OldSimRuntimeDetector(RuntimeLister lister, int olderThan
 std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
     std::optional<std::chrono::system_clock::time_point> cutOff;
     if (now_) cutOff = PrepareRegistry::monthsBefore(*now_, olderThanMonths_);
-    if (!lister_) return {};
 
     std::vector<CleanTarget> targets;
     for (const auto& runtime : lister_()) {

@@ -31,17 +31,36 @@ std::string lastNonEmptyPiece(const std::string& text) {
     return last;
 }
 
+// Lower case without blanks, "-" and "_", so "Foo Bar", "foo-bar" and "FooBar" meet.
+std::string matchKey(std::string_view text) {
+    std::string key;
+    for (const char c : platform::lowercased(text))
+        if (c != ' ' && c != '-' && c != '_') key += c;
+    return key;
+}
+
 }  // namespace
 
 OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,
                                                    std::set<std::string> protectedBundleIDs,
-                                                   std::set<std::string> protectedNames)
+                                                   std::set<std::string> protectedNames,
+                                                   const std::vector<std::string>& unidentifiedAppNames)
     : home_(std::move(home)),
       installedBundleIDs_(std::move(installedBundleIDs)),
       protectedBundleIDs_(std::move(protectedBundleIDs)),
       protectedNames_(std::move(protectedNames)) {
     for (const auto& bundleID : protectedBundleIDs_)
         if (auto prefix = PrepareRegistry::brandPrefix(bundleID)) protectedBrandPrefixes_.insert(std::move(*prefix));
+    for (const auto& name : unidentifiedAppNames)
+        if (auto key = matchKey(name); !key.empty()) unidentifiedAppKeys_.insert(std::move(key));
+}
+
+bool OrphanedLeftoverDetector::mayBelongToUnidentifiedApp(const std::string& bundleID) const {
+    // Dots around both sides make a match cover whole pieces only.
+    const std::string pieces = "." + matchKey(bundleID) + ".";
+    for (const auto& key : unidentifiedAppKeys_)
+        if (pieces.find("." + key + ".") != std::string::npos) return true;
+    return false;
 }
 
 bool OrphanedLeftoverDetector::isProtected(const std::string& bundleID) const {
@@ -78,7 +97,7 @@ std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& conte
     // Cheap string rules first; only identifiers that pass them touch the file system again.
     for (const auto& bundleID : collectCandidateBundleIDs()) {
         if (context.stop.stop_requested()) return {};
-        if (isProtected(bundleID)) continue;
+        if (isProtected(bundleID) || mayBelongToUnidentifiedApp(bundleID)) continue;
         if (!AppData::isOrphanBundleID(bundleID, installedBundleIDs_)) continue;
         auto locations = AppData::leftoverPaths(bundleID, home_);
         if (locations.empty()) continue;
@@ -94,7 +113,7 @@ std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& conte
             .reversibility = Reversibility::regenerable,
             .regenCost = RegenCost::redownload,
             .level = Level::moderate,
-            .notes = "App no instalada; datos sobrantes.",
+            .notes = leftoverNote,
         });
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.

@@ -27,15 +27,21 @@ std::vector<CleanTarget> PathCleaner::scan(const ScanContext& context) const {
 
     std::int64_t total = 0;
     bool partial = false;
+    bool holdsLink = false;
     for (const auto& path : present) {
         if (context.stop.stop_requested()) return {};
+        // Never measured through: the executor does not remove through a link either.
+        if (platform::isSymbolicLink(path).value_or(false)) {
+            holdsLink = true;
+            continue;
+        }
         const Measurement measurement = context.sizer.measure(path);
         total += measurement.bytes;
         partial = partial || measurement.hadErrors;
     }
     // A walk cut short by the stop request reports a partial size that must not be shown.
     if (context.stop.stop_requested()) return {};
-    if (total < 1) return {};
+    if (total < 1 && !holdsLink) return {};
 
     return {CleanTarget{
         .id = id_,

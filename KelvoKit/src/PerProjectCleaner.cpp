@@ -17,6 +17,11 @@ using platform::EntryType;
 
 constexpr double secondsPerDay = 86400.0;
 
+// The Cache Directory Tagging convention: a file of this name whose first bytes are the
+// signature marks its folder as a cache that can be regenerated.
+constexpr std::string_view cacheTagName = "CACHEDIR.TAG";
+constexpr std::string_view cacheTagSignature = "Signature: 8a477f597d28d172789f06886806bc55";
+
 // Outputs a "build" folder may hold that cannot be rebuilt from the project: signed
 // Android bundles and Xcode archives.
 bool isProtectedOutputName(std::string_view name) {
@@ -31,6 +36,7 @@ struct Listing {
     std::string names;
     std::vector<std::string> subdirectories;
     bool failed = false;
+    bool hasCacheTagFile = false;
 
     static Listing of(const DirectoryHandle& directory, bool keepNames) {
         Listing listing;
@@ -40,6 +46,7 @@ struct Listing {
                 listing.names.push_back('\0');
             }
             if (type == EntryType::directory) listing.subdirectories.emplace_back(name);
+            if (type == EntryType::file && name == cacheTagName) listing.hasCacheTagFile = true;
             return true;
         }));
         return listing;
@@ -152,7 +159,7 @@ public:
         std::error_code error;
         // The root was named by the user and may itself be a link; nothing below it is followed.
         auto top = DirectoryHandle::open(root, true, error);
-        if (top) walk(*top, root);
+        if (top) walk(*top, root, /*belowRoot=*/false);
     }
 
     bool stopped() const { return stop_.stop_requested(); }
@@ -164,15 +171,20 @@ public:
     std::vector<Kind>& kinds() { return kinds_; }
 
 private:
-    void walk(const DirectoryHandle& directory, const std::filesystem::path& path) {
+    void walk(const DirectoryHandle& directory, const std::filesystem::path& path, bool belowRoot) {
         if (stopped()) return;
         const Listing listing = Listing::of(directory, needsSiblingNames_);
+        if (belowRoot && isCacheTagged(directory, listing)) {
+            // A tagged cache is never entered, whether or not it is accepted.
+            if (!cleaner_.isRecent(directory.childModificationTime("."))) accept(*cleaner_.cacheTagged(), path);
+            return;
+        }
         for (const auto& name : listing.subdirectories) {
             if (stopped()) return;
             const auto found = specsByName_.find(name);
             if (found == specsByName_.end()) {
                 std::error_code error;
-                if (auto child = directory.openChild(name, error)) walk(*child, path / name);
+                if (auto child = directory.openChild(name, error)) walk(*child, path / name, /*belowRoot=*/true);
                 continue;
             }
             // An artefact folder is never entered, whether or not it is accepted.
@@ -192,6 +204,12 @@ private:
         return true;
     }
 
+    bool isCacheTagged(const DirectoryHandle& directory, const Listing& listing) const {
+        if (!cleaner_.cacheTagged() || !listing.hasCacheTagFile) return false;
+        const auto start = directory.childFileStart(cacheTagName, cacheTagSignature.size());
+        return start == cacheTagSignature;
+    }
+
     void accept(const PerProjectCleaner::ArtifactSpec& spec, std::filesystem::path folder) {
         auto [position, inserted] = kindIndex_.emplace(spec.dirName, kinds_.size());
         if (inserted) kinds_.push_back({&spec, {}});
@@ -209,8 +227,13 @@ private:
 }  // namespace
 
 PerProjectCleaner::PerProjectCleaner(std::vector<std::filesystem::path> roots, std::vector<ArtifactSpec> specs,
-                                     std::int64_t keepRecentDays, Clock::time_point now)
-    : roots_(std::move(roots)), specs_(std::move(specs)), keepRecentDays_(keepRecentDays), now_(now) {}
+                                     std::int64_t keepRecentDays, Clock::time_point now,
+                                     std::optional<ArtifactSpec> cacheTagged)
+    : roots_(std::move(roots)),
+      specs_(std::move(specs)),
+      cacheTagged_(std::move(cacheTagged)),
+      keepRecentDays_(keepRecentDays),
+      now_(now) {}
 
 bool PerProjectCleaner::isRecent(std::optional<Clock::time_point> modified) const {
     if (!modified) return false;

@@ -5,8 +5,10 @@
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/Environment.h"
 #include "kelvo/InstalledApps.h"
+#include "kelvo/InstalledPackages.h"
 #include "kelvo/OldSimRuntimeDetector.h"
 #include "kelvo/OrphanedLeftoverDetector.h"
+#include "kelvo/PackageLeftoverDetector.h"
 #include "kelvo/UnusedAppDetector.h"
 #include "kelvo/platform/TextCase.h"
 
@@ -34,6 +36,22 @@ const std::set<std::string>& protectedBrandPrefixes() {
         return result;
     }();
     return prefixes;
+}
+
+std::shared_ptr<const Cleaner> linuxLeftoverDetector(const Environment& env, const std::filesystem::path& systemRoot) {
+    const auto flatpakInstallations = InstalledPackages::flatpakInstallations(
+        env.locationVariable("FLATPAK_USER_DIR").value_or(env.dataHome() / "flatpak"),
+        env.locationVariable("FLATPAK_SYSTEM_DIR").value_or(systemRoot / "var/lib/flatpak"),
+        env.locationVariable("FLATPAK_CONFIG_DIR").value_or(systemRoot / "etc/flatpak"));
+    auto flatpakIDs = flatpakInstallations ? InstalledPackages::flatpakAppIDs(*flatpakInstallations) : std::nullopt;
+    auto snaps = InstalledPackages::snapNames({systemRoot / "snap", systemRoot / "var/lib/snapd/snap"},
+                                              systemRoot / "var/lib/snapd/snaps");
+    std::vector<PackageLeftoverDetector::Source> sources{
+        {env.home / ".var/app", "", std::move(flatpakIDs), &PrepareRegistry::isProtectedBundleID},
+        {env.home / "snap", "snap:", std::move(snaps),
+         [](const std::string& name) { return PrepareRegistry::isProtectedName(name); }},
+    };
+    return std::make_shared<PackageLeftoverDetector>(std::move(sources));
 }
 
 }  // namespace
@@ -106,16 +124,18 @@ std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const 
 
 CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThanMonths,
                                            std::chrono::system_clock::time_point now,
-                                           std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                                           MetadataDependency metadata, RuntimeLister simLister,
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                                           std::shared_ptr<const ProcessProbe> probe) {
+                                           ProbeDependency probe,
+                                           const std::filesystem::path& systemRoot) {
+    if (env.catalog == CatalogProfile::linux) return {linuxLeftoverDetector(env, systemRoot)};
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
+    auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;
-    for (auto& app : InstalledApps::scan(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home))))
-        installed.insert(std::move(app.bundleID));
+    for (auto& app : inventory.apps) installed.insert(std::move(app.bundleID));
     return {
         std::make_shared<OrphanedLeftoverDetector>(env.home, std::move(installed), protectedBundleIDs(),
-                                                   protectedNames()),
+                                                   protectedNames(), inventory.unidentifiedNames),
         std::make_shared<UnusedAppDetector>(userAppDirs(env), env.home, olderThanMonths, now, std::move(metadata),
                                             std::move(probe), protectedBundleIDs(), protectedNames()),
         std::make_shared<OldSimRuntimeDetector>(std::move(simLister), olderThanMonths, now),

@@ -5,7 +5,8 @@
 namespace kelvo {
 
 CleanerList PrepareService::preparers() const {
-    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe);
+    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe,
+                                          systemRoot);
 }
 
 std::optional<std::vector<CleanTarget>> PrepareService::scan(const ScanOptions& options) const {
@@ -20,7 +21,8 @@ SafetyGuard PrepareService::guard() const {
 }
 
 ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
-    const Executor executor{guard(), dryRun, force, probe, runCommand};
+    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
+    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
     return executor.execute(targets);
 }
 

@@ -20,9 +20,9 @@ std::string PrepareSummary::line(const std::vector<CleanTarget>& targets) {
     }
 
     std::vector<std::string> parts;
-    if (leftovers > 0) parts.push_back(L10n::t("prepare.summary.leftovers", leftovers));
-    if (apps > 0) parts.push_back(L10n::t("prepare.summary.apps", apps));
-    if (runtimes > 0) parts.push_back(L10n::t("prepare.summary.runtimes", runtimes));
+    if (leftovers > 0) parts.push_back(L10n::plural("prepare.summary.leftovers", leftovers, leftovers));
+    if (apps > 0) parts.push_back(L10n::plural("prepare.summary.apps", apps, apps));
+    if (runtimes > 0) parts.push_back(L10n::plural("prepare.summary.runtimes", runtimes, runtimes));
 
     std::string line = L10n::t("prepare.summary.willFree", Format::bytes(total));
     if (!parts.empty()) {

@@ -38,6 +38,11 @@ bool LiveProcessProbe::isRunningUnder(const std::string& pathFragment) const {
     return false;
 }
 
+std::shared_ptr<const ProcessProbe> liveProcessProbe() {
+    static const auto live = std::make_shared<const LiveProcessProbe>();
+    return live;
+}
+
 StubProcessProbe::StubProcessProbe(const std::vector<std::string>& running, std::vector<std::string> runningPathFragments)
     : running(running.begin(), running.end()), runningPathFragments(std::move(runningPathFragments)) {}
 

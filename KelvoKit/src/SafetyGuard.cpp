@@ -1,5 +1,6 @@
 #include "kelvo/SafetyGuard.h"
 
+#include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/platform/FileSystem.h"
 
@@ -10,15 +11,25 @@ std::string SafetyGuard::normalForm(const std::filesystem::path& path) {
     return Paths::standardized(platform::resolveSymlinks(path)).string();
 }
 
+bool SafetyGuard::anchorsRemoval(const std::filesystem::path& folder) {
+    return folder.is_absolute() && normalForm(folder) != "/";
+}
+
+std::optional<std::string> SafetyGuard::refusalFor(const Environment& env) {
+    if (!anchorsRemoval(env.home)) return L10n::t("exec.refuse.home", env.home.string());
+    if (!anchorsRemoval(env.tmpDir)) return L10n::t("exec.refuse.tmpDir", env.tmpDir.string());
+    return std::nullopt;
+}
+
 bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
     const std::string candidate = normalForm(path);
-    if (candidate.empty()) return false;
+    if (candidate.empty() || !anchorsRemoval(home)) return false;
 
     bool insideRoot = false;
     for (const auto& root : allowedRoots) {
         const std::string normalRoot = normalForm(root);
         // A root is never deletable itself, but another root may still contain it.
-        if (normalRoot.empty() || normalRoot == candidate) continue;
+        if (normalRoot.empty() || Paths::same(normalRoot, candidate)) continue;
         if (Paths::isInside(candidate, normalRoot)) {
             insideRoot = true;
             break;
@@ -26,7 +37,7 @@ bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
     }
     if (!insideRoot) return false;
 
-    if (candidate == normalForm(home)) return false;
+    if (Paths::same(candidate, normalForm(home))) return false;
 
     // Protected paths and exclusions refuse themselves, everything inside them and every
     // folder that holds them (removing ~/Library would take ~/Library/.../Archives along).
@@ -34,7 +45,7 @@ bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
         for (const auto& entry : *list) {
             const std::string normalEntry = normalForm(entry);
             if (normalEntry.empty()) continue;
-            if (candidate == normalEntry || Paths::isInside(candidate, normalEntry) ||
+            if (Paths::same(candidate, normalEntry) || Paths::isInside(candidate, normalEntry) ||
                 Paths::isInside(normalEntry, candidate))
                 return false;
         }

@@ -37,12 +37,13 @@ std::string ScanPlanJSON::encoded() const {
             {"notes", target.notes},
         });
     }
-    const nlohmann::json document = {
+    nlohmann::json document = {
         {"totalBytes", totalBytes},
         {"byFamily", byFamily.empty() ? nlohmann::json::object() : nlohmann::json(byFamily)},
         {"byLevel", byLevel.empty() ? nlohmann::json::object() : nlohmann::json(byLevel)},
         {"targets", targetArray},
     };
+    if (!notes.empty()) document["notes"] = notes;
     return JsonLayout::pretty(document);
 }
 

@@ -4,21 +4,25 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
+#include "kelvo/RemovalChecks.h"
 #include "kelvo/WorkerPool.h"
 
 namespace kelvo {
 namespace {
 
-// Every path offered by a path target, by standardised path string, with the ids that offer it.
+// The text by which paths are matched against each other here.
+std::string keyOf(const std::filesystem::path& path) { return Paths::comparable(Paths::standardized(path).string()); }
+
+// Every path offered by a path target, by key, with the ids that offer it.
 using PathOwners = std::unordered_map<std::string, std::vector<const std::string*>>;
 
 PathOwners ownersOf(const std::vector<CleanTarget>& targets) {
     PathOwners owners;
     for (const auto& target : targets) {
         if (!target.kind.isPath()) continue;
-        for (const auto& url : target.kind.pathList())
-            owners[Paths::standardized(url).string()].push_back(&target.id);
+        for (const auto& url : target.kind.pathList()) owners[keyOf(url)].push_back(&target.id);
     }
     return owners;
 }
@@ -35,17 +39,15 @@ bool isCovered(const std::string& path, const std::string& id, const PathOwners&
             for (const auto* owner : ancestor->second)
                 if (*owner != id) return true;
     }
-    if (path.size() > 1 && path.front() == '/')
-        if (const auto root = owners.find("/"); root != owners.end())
-            for (const auto* owner : root->second)
-                if (*owner != id) return true;
+    // Nothing lies inside "/": a target offering the root covers no other.
     return false;
 }
 
-}  // namespace
-
-std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer) {
-    const PathOwners owners = ownersOf(targets);
+// Each path target keeps the paths `keep` admits; one that lost some is re-measured, one
+// left with nothing (no path, or no byte) is dropped. Commands pass through.
+template <typename Keep>
+std::vector<CleanTarget> keepingPaths(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer,
+                                      Keep&& keep) {
     std::vector<CleanTarget> result;
     result.reserve(targets.size());
     for (const auto& target : targets) {
@@ -56,7 +58,7 @@ std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets,
         const auto& urls = target.kind.pathList();
         std::vector<std::filesystem::path> kept;
         for (const auto& url : urls)
-            if (!isCovered(Paths::standardized(url).string(), target.id, owners)) kept.push_back(url);
+            if (keep(target, url)) kept.push_back(url);
         if (kept.size() == urls.size()) {
             result.push_back(target);
             continue;
@@ -77,6 +79,36 @@ std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets,
         result.push_back(std::move(narrowed));
     }
     return result;
+}
+
+}  // namespace
+
+std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer) {
+    const PathOwners owners = ownersOf(targets);
+    return keepingPaths(targets, sizer, [&](const CleanTarget& target, const std::filesystem::path& url) {
+        return !isCovered(keyOf(url), target.id, owners);
+    });
+}
+
+std::vector<CleanTarget> Scanner::ownPathsOnly(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer) {
+    return keepingPaths(targets, sizer, [](const CleanTarget&, const std::filesystem::path& url) {
+        return !RemovalChecks::ownerReason(url);
+    });
+}
+
+std::vector<CleanTarget> Scanner::markLinks(std::vector<CleanTarget> targets) {
+    for (auto& target : targets) {
+        if (!target.kind.isPath()) continue;
+        for (const auto& url : target.kind.pathList()) {
+            const auto reason = RemovalChecks::linkReason(url);
+            if (!reason) continue;
+            target.blockedByLink = true;
+            const std::string note = L10n::t("cleaner.note.link", *reason);
+            target.notes = target.notes.empty() ? note : note + " " + target.notes;
+            break;
+        }
+    }
+    return targets;
 }
 
 std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options) const {
@@ -113,9 +145,9 @@ std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options
     std::vector<CleanTarget> accumulated;
     for (auto& list : results)
         for (auto& target : list) accumulated.push_back(std::move(target));
-    auto deduplicated = dedup(accumulated, sizer);
+    auto offered = markLinks(dedup(ownPathsOnly(accumulated, sizer), sizer));
     if (options.stop.stop_requested()) return std::nullopt;
-    return deduplicated;
+    return offered;
 }
 
 }  // namespace kelvo

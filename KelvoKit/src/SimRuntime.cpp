@@ -81,6 +81,8 @@ std::string displayName(const std::string& identifier, const Json& runtime) {
 
 }  // namespace
 
+RuntimeListing liveRuntimeLister() { return &SimRuntimeLister::live; }
+
 std::vector<SimRuntime> SimRuntimeLister::live() {
     const auto outcome = platform::runProgram("/usr/bin/xcrun", {"simctl", "runtime", "list", "-j"}, true);
     if (!outcome || outcome->exitStatus != 0) return {};

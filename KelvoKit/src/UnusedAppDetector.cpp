@@ -11,8 +11,8 @@
 namespace kelvo {
 
 UnusedAppDetector::UnusedAppDetector(std::vector<std::filesystem::path> appDirs, std::filesystem::path home,
-                                     int olderThanMonths, TimePoint now, std::shared_ptr<const AppMetadata> metadata,
-                                     std::shared_ptr<const ProcessProbe> probe, std::set<std::string> protectedBundleIDs,
+                                     int olderThanMonths, TimePoint now, MetadataDependency metadata,
+                                     ProbeDependency probe, std::set<std::string> protectedBundleIDs,
                                      std::set<std::string> protectedNames)
     : appDirs_(std::move(appDirs)),
       home_(std::move(home)),

@@ -31,6 +31,7 @@ Environment environment(bool withFlutter) {
     env.tmpDir = "/var/tmp/dev-scratch";
     env.projectRoots = {"~/workspace", "~", "/srv/code", "clients"};
     env.keepRecentDays = 9;
+    env.catalog = CatalogProfile::macos;
     if (withFlutter) env.flutterBinCache = fs::path("/opt/flutter/bin/cache");
     return env;
 }

@@ -76,6 +76,20 @@ TEST_F(PathCleanerScan, ADanglingLinkIsMissingAndMeasuresZero) {
     EXPECT_EQ(sizer.measure(home / "never-there"), (Measurement{0, false}));
 }
 
+TEST_F(PathCleanerScan, APathThatIsALinkStaysInTheTargetUnmeasured) {
+    const path elsewhere = writeFile(home / "elsewhere/brew/bottle", 50000).parent_path();
+    std::filesystem::create_directory_symlink(elsewhere, home / "linked");
+    const path real = writeFile(home / "real/blob", 4096).parent_path();
+    const auto both = cleaner({"linked", "real"}).scan();
+    ASSERT_EQ(both.size(), 1u);
+    EXPECT_EQ(both[0].kind, CleanKind::paths({home / "linked", real}));
+    EXPECT_EQ(both[0].sizeBytes, testing::allocatedBytesBelow(real));
+    // Offered on its own too, at nothing, so that the scan can say why it is not cleaned.
+    const auto alone = cleaner({"linked"}).scan();
+    ASSERT_EQ(alone.size(), 1u);
+    EXPECT_EQ(alone[0].sizeBytes, 0);
+}
+
 TEST_F(PathCleanerScan, HardLinksCountOncePerNameAndInnerLinksAreNotFollowed) {
     const path file = writeFile(home / "cache/original", 8192);
     std::filesystem::create_hard_link(file, home / "cache/second-name");

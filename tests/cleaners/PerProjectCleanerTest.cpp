@@ -34,6 +34,7 @@ std::vector<Spec> catalogSpecs() {
     Environment env;
     env.home = "/nonexistent-home";
     env.tmpDir = "/nonexistent-tmp";
+    env.catalog = CatalogProfile::macos;
     const auto cleaners = CleanerRegistry::makeCleaners(env);
     const auto* perProject = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
     if (!perProject) throw std::logic_error("the catalog's last entry is not the per-project cleaner");

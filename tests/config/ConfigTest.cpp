@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <limits>
+#include <tuple>
 
 #include "kelvo/Config.h"
 #include "kelvo/Environment.h"
@@ -55,6 +60,64 @@ TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
         write(text);
         EXPECT_EQ(load(), Config::defaults()) << text;
     }
+}
+
+TEST_F(ConfigFile, KeepRecentDaysIsAWholeNumberHoweverItIsWritten) {
+    const std::string others = R"("projectRoots": ["~/code"], "extraExclusions": [], "defaultLevel": "safe")";
+    constexpr auto lowest = std::numeric_limits<std::int64_t>::min();
+    constexpr auto highest = std::numeric_limits<std::int64_t>::max();
+    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> cases{
+        {"7", 7}, {"7.0", 7}, {"1e1", 10}, {"70E-1", 7}, {"-2.0", -2}, {"-0.0", 0},
+        {"9223372036854775807", highest}, {"-9223372036854775808", lowest}, {"-9.223372036854775808e18", lowest},
+        // Not whole numbers, or beyond the signed 64-bit range: the defaults, whole.
+        {"7.5", std::nullopt}, {"\"7\"", std::nullopt}, {"1e-1", std::nullopt}, {"9.223372036854775808e18", std::nullopt},
+        {"1e300", std::nullopt}, {"-1e19", std::nullopt}, {"true", std::nullopt}, {"null", std::nullopt},
+    };
+    for (const auto& [written, days] : cases) {
+        write("{" + others + R"(, "keepRecentDays": )" + written + "}");
+        const Config config = load();
+        if (days) {
+            EXPECT_EQ(config.keepRecentDays, *days) << written;
+            EXPECT_EQ(config.defaultLevel, "safe") << written;
+        } else {
+            EXPECT_EQ(config, Config::defaults()) << written;
+        }
+    }
+}
+
+TEST(ConfigFileKind, OnlyARegularFileOfAtMostOneMebibyteIsRead) {
+    const std::string valid = R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 9})";
+    const auto padded = [&](std::size_t size) { return valid + std::string(size - valid.size(), ' '); };
+    using Make = std::function<void(const std::filesystem::path& file, const std::filesystem::path& elsewhere)>;
+    const std::vector<std::tuple<std::string, Make, bool>> cases{
+        {"regular file", [&](auto& file, auto&) { testing::writeText(file, valid); }, true},
+        {"link to a regular file",
+         [&](auto& file, auto& elsewhere) { std::filesystem::create_symlink(testing::writeText(elsewhere, valid), file); }, true},
+        {"exactly 1 MiB", [&](auto& file, auto&) { testing::writeText(file, padded(Config::maximumFileBytes)); }, true},
+        {"1 MiB and a byte", [&](auto& file, auto&) { testing::writeText(file, padded(Config::maximumFileBytes + 1)); }, false},
+        {"FIFO", [](auto& file, auto&) { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); }, false},
+        {"link to /dev/zero", [](auto& file, auto&) { std::filesystem::create_symlink("/dev/zero", file); }, false},
+        {"directory", [](auto& file, auto&) { std::filesystem::create_directories(file); }, false},
+    };
+    for (const auto& [what, make, readable] : cases) {
+        testing::TempDir home;
+        std::filesystem::create_directories(Config::filePath(home.path()).parent_path());
+        make(Config::filePath(home.path()), home / "elsewhere.json");
+        const Config config = Config::load(home.path());
+        EXPECT_EQ(config.keepRecentDays, readable ? 9 : Config::defaults().keepRecentDays) << what;
+        EXPECT_EQ(config == Config::defaults(), !readable) << what;
+    }
+}
+
+TEST(ConfigFileKind, ConfiguredPathsHoldingANulCharacterAreDropped) {
+    testing::TempDir home;
+    testing::writeText(Config::filePath(home.path()),
+                       R"({"projectRoots": ["~/\u0000", "~/code\u0000/x", "/srv\u0000", "~/code"],
+                           "extraExclusions": ["~/code/keep\u0000", "~/code/keep"],
+                           "defaultLevel": "safe", "keepRecentDays": 3})");
+    const auto env = Environment::fromConfig(home.path(), "/tmp", Config::load(home.path()));
+    EXPECT_EQ(env.resolvedProjectRoots(), std::vector<std::filesystem::path>{home / "code"});
+    EXPECT_EQ(env.resolvedExtraExclusions(), std::vector<std::filesystem::path>{home / "code/keep"});
 }
 
 TEST_F(ConfigFile, NullFamiliesAreAbsentAndAnEmptyListEnablesNothing) {

@@ -8,6 +8,7 @@
 #include "kelvo/Environment.h"
 #include "kelvo/Paths.h"
 #include "support/TempDir.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -38,11 +39,25 @@ TEST(EnvironmentExpand, TildeSlashAndRelativeForms) {
     EXPECT_EQ(Environment::expand("~/a/../b", home)->string(), "/home/dev/a/../b");
 }
 
+TEST(EnvironmentExpand, TextCutInsideACharacterIsKeptAsWritten) {
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"\xE2\x80", "/home/dev/\xE2\x80"},
+             {"\xE2\x80" "A", "/home/dev/\xE2\x80" "A"},
+             {"~/x\xE2", "/home/dev/x\xE2"},
+             {"\xE2\x80\xAF~/dev\xE2\x80\xA8", "/home/dev/dev"},  // whole U+202F and U+2028 are still blanks
+         })
+        EXPECT_EQ(expanded(text), expected) << ::testing::PrintToString(text);
+}
+
 TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRoot) {
     Environment environment;
     environment.home = home;
     environment.projectRoots = {"~", "~/", "a", "", "~/x/..", "/home/dev/.", "~nobody", "a", "/srv/code"};
     EXPECT_EQ(environment.resolvedProjectRoots(), (std::vector<path>{"/home/dev/a", "/home/dev/a", "/srv/code"}));
+    // A home spelled with a decomposed accent is the same folder as the one-character spelling.
+    environment.home = "/home/caf\xC3\xA9";
+    environment.projectRoots = {"/home/cafe\xCC\x81", "/home/cafe\xCC\x81/a"};
+    EXPECT_EQ(environment.resolvedProjectRoots(), std::vector<path>{"/home/cafe\xCC\x81/a"});
 }
 
 TEST(EnvironmentRoots, ExclusionsKeepHome) {
@@ -108,6 +123,18 @@ TEST_F(LiveEnvironment, WithoutHomeUsesThePasswordDatabase) {
     EXPECT_EQ(environment.tmpDir, path("/tmp"));
     set("HOME", "");
     EXPECT_EQ(Environment::live().home, path(entry->pw_dir));
+}
+
+TEST_F(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
+    constexpr unsigned stranger = 64999;
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "only root can run as a user without a password entry";
+    if (::getpwuid(stranger)) GTEST_SKIP() << "uid " << stranger << " has a password entry on this machine";
+    const auto run = testing::runAsUnprivileged([] {
+        ::unsetenv("HOME");
+        return Environment::liveHome().string();
+    }, stranger);
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, "/");  // which SafetyGuard::refusalFor turns down
 }
 
 TEST_F(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePath) {

@@ -75,7 +75,7 @@ TEST(PrepareEndToEnd, OffersAndRemovesOnlyTheOldAppAndTheLeftoversOfAnUninstalle
                                                          {"PATH", testing::toolFolderWithOnlyRm(root.path()).string()},
                                                          {"LANG", "C"}};
 
-    const auto scan = testing::runTool({"prepare", "--json"}, environment);
+    const auto scan = testing::runTool({"--catalog", "macos", "prepare", "--json"}, environment);
     ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
     const auto document = nlohmann::json::parse(scan.standardOutput);
     std::set<std::string> ids;
@@ -83,8 +83,9 @@ TEST(PrepareEndToEnd, OffersAndRemovesOnlyTheOldAppAndTheLeftoversOfAnUninstalle
     EXPECT_EQ(ids, (std::set<std::string>{"app:com.example.OldTool", "leftover:com.gone.Editor"}));
 
     const std::string before = testing::listing(root.path());
-    const auto clean = testing::runTool(
-        {"prepare", "clean", "--yes", "--id", "app:com.example.OldTool", "--id", "leftover:com.gone.Editor"}, environment);
+    const auto clean = testing::runTool({"--catalog", "macos", "prepare", "clean", "--yes", "--id",
+                                         "app:com.example.OldTool", "--id", "leftover:com.gone.Editor"},
+                                        environment);
     ASSERT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;
     // Exactly those are gone: the listing equals the old one minus the removed items.
     std::string expected;

@@ -2,6 +2,7 @@
 // a clean removes and, above all, leaves alone.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include <map>
 #include <set>
@@ -13,6 +14,7 @@ namespace kelvo {
 namespace {
 
 using namespace std::chrono_literals;
+using std::filesystem::path;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -51,7 +53,7 @@ protected:
     }
 
     std::map<std::string, nlohmann::json> scanPlan() {
-        const auto result = testing::runTool({"scan", "--json"}, environment);
+        const auto result = testing::runTool({"--catalog", "macos", "scan", "--json"}, environment);
         EXPECT_EQ(result.exitStatus, 0) << result.standardError;
         const auto document = nlohmann::json::parse(result.standardOutput);
         std::map<std::string, nlohmann::json> byId;
@@ -89,14 +91,15 @@ TEST_F(FakeHome, ScanOffersExactlyWhatTheCatalogDefinesWithAllocatedSizes) {
 }
 
 TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
-    const auto limited = testing::runTool({"scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
+    const auto limited = testing::runTool(
+        {"--catalog", "macos", "scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
     ASSERT_EQ(limited.exitStatus, 0) << limited.standardError;
     const auto document = nlohmann::json::parse(limited.standardOutput);
     std::set<std::string> ids;
     for (const auto& target : document["targets"]) ids.insert(target["id"]);
     EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "per-project-node_modules", "per-project-bin"}));
 
-    const auto unknown = testing::runTool({"scan", "--family", "cobol"}, environment);
+    const auto unknown = testing::runTool({"--catalog", "macos", "scan", "--family", "cobol"}, environment);
     EXPECT_EQ(unknown.exitStatus, 2);
     EXPECT_NE(unknown.standardError.find("cobol"), std::string::npos);
     EXPECT_NE(unknown.standardError.find("xcode"), std::string::npos);  // the accepted names are listed
@@ -105,7 +108,7 @@ TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
 TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
     const auto plan = scanPlan();
     const std::string before = testing::listing(root.path());
-    const auto result = testing::runTool({"clean", "--yes"}, environment);
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
     ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
 
     // What was chosen is gone.
@@ -143,22 +146,114 @@ TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
 
 TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNothing) {
     const std::string before = testing::listing(root.path());
-    const auto refused = testing::runTool({"clean"}, environment);
+    const auto refused = testing::runTool({"--catalog", "macos", "clean"}, environment);
     EXPECT_EQ(refused.exitStatus, 2);
-    const auto unknown = testing::runTool({"clean", "--yes", "--id", "no-such-target"}, environment);
+    const auto unknown =
+        testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "no-such-target"}, environment);
     EXPECT_EQ(unknown.exitStatus, 2);
     EXPECT_NE(unknown.standardError.find("no-such-target"), std::string::npos);
-    const auto dryRun = testing::runTool({"clean", "--dry-run"}, environment);
+    const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, environment);
     EXPECT_EQ(dryRun.exitStatus, 0) << dryRun.standardError;
     EXPECT_EQ(testing::listing(root.path()), before);
 }
 
 TEST_F(FakeHome, CleanByIdRemovesOnlyThatTarget) {
-    const auto result = testing::runTool({"clean", "--yes", "--id", "konan"}, environment);
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
     ASSERT_EQ(result.exitStatus, 0) << result.standardError;
     EXPECT_FALSE(std::filesystem::exists(home / ".konan"));
     EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o"));
     EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache/content-v2/sha512/aa/bb/cc"));
+}
+
+TEST_F(FakeHome, ExclusionTypedComposedProtectsAProjectSpelledDecomposed) {
+    // The folder's é is e + U+0301 on disk; the exclusion was typed with the one character.
+    const path project = home / "workspace/cafe\xCC\x81";
+    writeFile(project / "package.json", 100);
+    const path kept = writeFile(project / "node_modules/dep/index.js", 4000);
+    testing::setModificationTime(project / "node_modules", std::chrono::system_clock::now() - 40 * 24h);
+    testing::writeText(home / ".config/kelvo/config.json",
+                       R"({"defaultLevel": "moderate", "extraExclusions": ["~/workspace/caf\u00e9"],)"
+                       R"( "keepRecentDays": 3, "projectRoots": ["~/workspace"]})");
+
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 1) << result.standardOutput << result.standardError;  // the project's kind is skipped
+    EXPECT_TRUE(std::filesystem::exists(kept));
+    EXPECT_FALSE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData"));  // the rest was cleaned
+}
+
+TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
+    const std::string before = testing::listing(root.path());
+    auto homeAtRoot = environment;
+    homeAtRoot["HOME"] = "/";
+    const auto clean = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "tmpdir-scratch/metro-abc"}, homeAtRoot);
+    EXPECT_EQ(clean.exitStatus, 2) << clean.standardOutput;
+    EXPECT_NE(clean.standardError.find("HOME"), std::string::npos) << clean.standardError;
+    const auto prepare = testing::runTool({"--catalog", "macos", "prepare", "clean", "--dry-run"}, homeAtRoot);
+    EXPECT_EQ(prepare.exitStatus, 2) << prepare.standardOutput;
+
+    auto tmpAtRoot = environment;
+    tmpAtRoot["TMPDIR"] = "/";
+    const auto tmpClean = testing::runTool({"--catalog", "macos", "clean", "--yes"}, tmpAtRoot);
+    EXPECT_EQ(tmpClean.exitStatus, 2) << tmpClean.standardOutput;
+    EXPECT_NE(tmpClean.standardError.find("TMPDIR"), std::string::npos) << tmpClean.standardError;
+    EXPECT_EQ(testing::listing(root.path()), before);
+
+    const auto scan = testing::runTool({"--catalog", "macos", "scan", "--json"}, tmpAtRoot);
+    EXPECT_EQ(scan.exitStatus, 0) << scan.standardError;
+    EXPECT_NE(scan.standardOutput.find("derived-data"), std::string::npos);
+}
+
+TEST_F(FakeHome, ACommandRunsWithTheResolvedTemporaryFolderWhenTMPDIRIsUnset) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "the canary must stand at the file-system root, where only root writes";
+    // Without TMPDIR the temporary folder is /tmp; "$TMPDIR"/haste-map-* must never become /haste-map-*.
+    const std::string name = "haste-map-kelvo-test-" + std::to_string(::getpid());
+    const path canary = writeFile(path("/") / name / "keep", 100).parent_path();
+    const path scratch = testing::makeDirectory(path("/tmp") / name);
+    auto withoutTmp = environment;
+    withoutTmp.erase("TMPDIR");
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--id", "metro-cache", "--yes"}, withoutTmp);
+    const bool canaryKept = std::filesystem::exists(canary / "keep");
+    std::filesystem::remove_all(canary);
+    std::filesystem::remove_all(scratch);
+    EXPECT_TRUE(canaryKept) << result.standardOutput << result.standardError;
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+    EXPECT_FALSE(std::filesystem::exists(scratch)) << "the command did not run in /tmp";
+}
+
+TEST_F(FakeHome, AnotherUsersEntryInTheTemporaryFolderIsNeitherOfferedNorRemoved) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    const path theirs = writeFile(tmp / "metro-theirs/cache.bin", 2000).parent_path();
+    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::lchown((theirs / "cache.bin").c_str(), 65534, 65534), 0);
+    const auto plan = scanPlan();
+    EXPECT_FALSE(plan.contains("tmpdir-scratch/metro-theirs"));
+    EXPECT_TRUE(plan.contains("tmpdir-scratch/metro-abc"));
+
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
+    EXPECT_TRUE(std::filesystem::exists(theirs / "cache.bin"));
+    EXPECT_FALSE(std::filesystem::exists(tmp / "metro-abc"));
+}
+
+TEST_F(FakeHome, ACatalogPathThatIsALinkIsShownUnchosenAndLeftAlone) {
+    const path brew = writeFile(root / "elsewhere/Homebrew/downloads/bottle.tar.gz", 30000).parent_path().parent_path();
+    testing::makeDirectory(home / "Library/Caches");
+    std::filesystem::create_directory_symlink(brew, home / "Library/Caches/Homebrew");
+    const auto plan = scanPlan();
+    ASSERT_TRUE(plan.contains("homebrew-cache"));
+    const auto& linked = plan.at("homebrew-cache");
+    EXPECT_EQ(linked["preselected"], false);
+    EXPECT_EQ(linked["sizeBytes"], 0);  // not measured through the link
+    EXPECT_NE(linked["notes"].get<std::string>().find((home / "Library/Caches/Homebrew").string()), std::string::npos);
+
+    // The dry run and the clean take exactly what the scan preselected, and none of it is refused.
+    const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, environment);
+    for (const auto& [id, target] : plan)
+        EXPECT_EQ(dryRun.standardOutput.find(id) != std::string::npos, target["preselected"] == true) << id;
+    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
+    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput;
+    EXPECT_TRUE(std::filesystem::is_symlink(home / "Library/Caches/Homebrew"));
+    EXPECT_TRUE(std::filesystem::exists(brew / "downloads/bottle.tar.gz"));
 }
 
 }  // namespace

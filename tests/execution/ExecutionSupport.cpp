@@ -59,12 +59,6 @@ std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
     return result;
 }
 
-void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group) {
-    ::lchown(root.c_str(), owner, group);
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
-        ::lchown(entry.path().c_str(), owner, group);
-}
-
 namespace {
 
 // One line per entry; ids and texts hold no tabs or line breaks.

@@ -27,12 +27,15 @@ CleanTarget pathTarget(const std::string& id, Family family, std::vector<std::fi
                        std::int64_t sizeBytes = 0);
 CleanTarget commandTarget(const std::string& id, Family family, const std::string& commandLine, std::int64_t sizeBytes);
 
-// Answers with a fixed status and remembers every command line it was given.
+// Answers with a fixed status and remembers every command line it was given, with the
+// variables it was to run with.
 struct RecordingRunner {
     int status = 0;
     std::shared_ptr<std::vector<std::string>> calls = std::make_shared<std::vector<std::string>>();
-    int operator()(const std::string& commandLine) const {
+    std::shared_ptr<std::vector<ShellVariables>> variables = std::make_shared<std::vector<ShellVariables>>();
+    int operator()(const std::string& commandLine, const ShellVariables& given) const {
         calls->push_back(commandLine);
+        variables->push_back(given);
         return status;
     }
 };
@@ -44,9 +47,6 @@ void writeAppBundle(const std::filesystem::path& bundle, const std::string& bund
 bool present(const std::filesystem::path& location);
 // Each report entry as "id: text", for readable comparisons.
 std::vector<std::string> texts(const std::vector<ReportEntry>& entries);
-
-// Changes the owner of a tree (links themselves, never their targets).
-void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
 
 // Runs `work` in a forked child that has dropped to uid/gid 65534 (when this process is
 // root; otherwise it keeps its own unprivileged identity) and hands the report back. An

@@ -124,7 +124,7 @@ TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
     std::vector<std::string> calls;
     const std::map<std::string, int> statuses{{"missing-tool clean", 127}, {"tool fail", 2}, {"tool crash", -1},
                                               {"tool clean", 0}};
-    const auto report = executor({}, {}, [&](const std::string& line) {
+    const auto report = executor({}, {}, [&](const std::string& line, const ShellVariables&) {
                             calls.push_back(line);
                             return statuses.at(line);
                         }).execute({
@@ -147,11 +147,11 @@ TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
     EXPECT_TRUE(report.skipped.empty());
 }
 
-TEST_F(ExecutorTest, ShellRunsTheLineAndReportsItsStatus) {
-    const path marker = tmp / "ran";
-    EXPECT_EQ(Executor::shell("touch '" + marker.string() + "' && exit 3"), 3);
-    EXPECT_TRUE(fs::exists(marker));
-    EXPECT_EQ(Executor::shell("no-such-tool-for-kelvo-tests 2>/dev/null"), 127);
+TEST_F(ExecutorTest, ShellRunsTheLineWithTheGivenVariablesAndReportsItsStatus) {
+    // Set over whatever this process has: the test's own TMPDIR is not the one given.
+    EXPECT_EQ(Executor::shell("touch \"$TMPDIR/ran\" && exit 3", {{"TMPDIR", tmp.string()}}), 3);
+    EXPECT_TRUE(fs::exists(tmp / "ran"));
+    EXPECT_EQ(Executor::shell("no-such-tool-for-kelvo-tests 2>/dev/null", {}), 127);
 }
 
 TEST_F(ExecutorTest, OneRefusedPathLeavesEveryPathOfTheTarget) {
@@ -225,7 +225,9 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideAreReportedAsOneAfterAnother) {
     const DirectorySizer sizer;
     const std::int64_t expected = sizer.measure(large).bytes + sizer.measure(small).bytes + sizer.measure(bulk).bytes;
     // The command stands for a tool working on what the targets before it left.
-    const auto runner = [&](const std::string&) { return present(large) || present(small) || present(bulk) ? 9 : 0; };
+    const auto runner = [&](const std::string&, const ShellVariables&) {
+        return present(large) || present(small) || present(bulk) ? 9 : 0;
+    };
 
     const auto report = executor({}, {}, runner).execute({
         pathTarget("large", Family::devMisc, {large}),
@@ -291,6 +293,60 @@ TEST_F(ExecutorTest, UnsafeReasonNamesEachKindOfLink) {
     fs::create_directory_symlink(outside, home / "cache/out");
     EXPECT_EQ(checks.unsafeToDeleteReason(home / "cache/out/x"),
               L10n::t("exec.skip.symlinkAncestor", outside.string()));
+}
+
+TEST_F(ExecutorTest, CommandsRunWithTheRunsVariablesOnlyWhenEveryPlaceTheyNamePasses) {
+    writeFile(tmp / "metro-cache/blob", 100);
+    makeDirectory(tmp / "haste-map-1");
+    fs::create_directory_symlink(makeDirectory(tmp / "link-0"), tmp / "link-1");
+    RecordingRunner runner;
+    auto checked = executor({}, {}, runner);
+    checked.shellVariables = {{"HOME", home.string()}, {"TMPDIR", tmp.string()}};
+    const std::string metro = "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/haste-map-*";
+    const std::vector<CleanTarget> targets{
+        commandTarget("metro", Family::reactNative, metro, 0),
+        commandTarget("outside", Family::devMisc, "rm -rf " + (outside / "x").string(), 0),
+        commandTarget("home", Family::devMisc, "rm -rf ~", 0),
+        commandTarget("linked", Family::devMisc, "rm -rf \"$TMPDIR\"/link-*", 0),
+        commandTarget("unread", Family::devMisc, "rm -rf build", 0),
+    };
+    const std::vector<std::string> refusals{
+        "outside: " + L10n::t("exec.skip.protectedPath", (outside / "x").string()),
+        "home: " + L10n::t("exec.skip.protectedPath", home.string()),
+        "linked: " + L10n::t("exec.skip.symlinkFinal", (tmp / "link-1").string()),
+        "unread: " + L10n::t("exec.skip.command.place", std::string("build")),
+    };
+    // A dry run refuses the same commands as a real run.
+    for (const bool dryRun : {true, false}) {
+        checked.dryRun = dryRun;
+        const auto report = checked.execute(targets);
+        EXPECT_EQ(report.deleted, std::vector<std::string>{"metro"}) << dryRun;
+        EXPECT_EQ(texts(report.skipped), refusals) << dryRun;
+    }
+    EXPECT_EQ(*runner.calls, std::vector<std::string>{metro});
+    EXPECT_EQ(*runner.variables, std::vector<ShellVariables>{checked.shellVariables});
+}
+
+TEST_F(ExecutorTest, PathsOfAnotherUserAreNeverRemoved) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    const path theirs = writeFile(tmp / "metro-theirs/cache", 100).parent_path();
+    testing::chownTree(theirs, testing::nobodyId, testing::nobodyId);
+    const path mine = writeFile(tmp / "metro-mine/cache", 100).parent_path();
+    RecordingRunner runner;
+    auto checked = executor({}, {}, runner);
+    checked.shellVariables = {{"TMPDIR", tmp.string()}};
+    const auto report = checked.execute({
+        pathTarget("theirs", Family::devMisc, {theirs}),
+        pathTarget("both", Family::devMisc, {mine, theirs}),
+        commandTarget("pattern", Family::devMisc, "rm -rf \"$TMPDIR\"/metro-*", 0),
+    });
+    const std::string reason = L10n::t("exec.skip.otherOwner", theirs.string());
+    EXPECT_EQ(texts(report.skipped),
+              (std::vector<std::string>{"theirs: " + reason, "both: " + reason, "pattern: " + reason}));
+    EXPECT_TRUE(report.deleted.empty());
+    EXPECT_TRUE(runner.calls->empty());
+    EXPECT_TRUE(fs::exists(theirs / "cache"));
+    EXPECT_TRUE(fs::exists(mine / "cache"));
 }
 
 TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {

@@ -37,7 +37,7 @@ protected:
         Executor result;
         result.safety = testing::guardFor(home, {home});
         result.probe = std::make_shared<StubProcessProbe>();
-        result.runCommand = [](const std::string&) { return 0; };
+        result.runCommand = [](const std::string&, const ShellVariables&) { return 0; };
         return result;
     }
 
@@ -57,13 +57,13 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     writeFile(first / "a/blob", 30000);
     writeFile(first / "b", 5000);
     const path second = home / "cache/second";
-    const path secondFile = writeFile(second / "held", 8000);
+    const path secondFile = writeFile(second / "locked/held", 8000);
     const path mixed = home / "cache/mixed";
     const path own = mixed / "own";
     writeFile(own / "blob", 20000);
     const path lockedFile = writeFile(mixed / "locked/held", 8000);
     handOver();
-    testing::chownTree(second, 0, 0);
+    testing::chownTree(second / "locked", 0, 0);
     testing::chownTree(mixed / "locked", 0, 0);
 
     const std::int64_t firstBytes = DirectorySizer().measure(first).bytes;
@@ -94,6 +94,20 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     EXPECT_TRUE(fs::exists(lockedFile));
     EXPECT_EQ(modeOf(second), 0755u);
     EXPECT_TRUE(fs::is_directory(home / "cache"));
+}
+
+TEST_F(UnprivilegedRemovalTest, APathWhoseOwnerCannotBeReadIsNeverCountedAsGone) {
+    const path item = writeFile(home / "cache/closed/item", 4000);
+    handOver();
+    fs::permissions(home / "cache/closed", fs::perms(0));
+    const auto run = testing::runUnprivileged(
+        [&] { return executor().execute({pathTarget("closed", Family::devMisc, {item})}); });
+    fs::permissions(home / "cache/closed", fs::perms(0755));
+    ASSERT_TRUE(run.report) << run.failure;
+    EXPECT_EQ(texts(run.report->skipped),
+              std::vector<std::string>{"closed: " + L10n::t("exec.skip.ownerUnknown", item.string())});
+    EXPECT_TRUE(run.report->deleted.empty());
+    EXPECT_TRUE(fs::exists(item));
 }
 
 TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {

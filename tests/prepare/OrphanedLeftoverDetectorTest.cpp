@@ -81,6 +81,24 @@ TEST(OrphanedLeftoverDetector, InstalledApplicationsAndTheirPartsAreNotOrphans) 
               (std::vector<std::string>{"leftover:com.gone.App", "leftover:com.inst.App", "leftover:com.inst.App.Agent"}));
 }
 
+TEST(OrphanedLeftoverDetector, BundlesWithoutAReadableIdentifierKeepWhatMayBeTheirs) {
+    TempDir home;
+    for (const std::string name : {
+             "com.vendor.FooBar",          // kept: the last piece is "Foo Bar", blanks and case aside
+             "com.foo-bar.helper",         // kept: a middle piece, "-" aside
+             "com.spotify.client",         // kept: the vendor piece
+             "com.x.tool.kit.agent",       // kept: a run of pieces is the dotted name "Tool.Kit"
+             "com.vendor.FooBarista",      // offered: a piece must match whole
+             "com.x.kit",                  // offered: "kit" alone is not "Tool.Kit"
+             "com.other.App",              // offered
+         })
+        writeFile(home / "Library/Caches" / name / "data", 4096);
+    const OrphanedLeftoverDetector detector(home.path(), {}, PrepareRegistry::protectedBundleIDs(),
+                                            PrepareRegistry::protectedNames(), {"Foo Bar", "Spotify", "Tool.Kit"});
+    EXPECT_EQ(idsOf(detector.scan()), (std::vector<std::string>{"leftover:com.other.App", "leftover:com.vendor.FooBarista",
+                                                                "leftover:com.x.kit"}));
+}
+
 TEST(OrphanedLeftoverDetector, NothingForLocationsThatOccupyNothing) {
     TempDir home;
     testing::makeDirectory(home / "Library/Caches/com.empty.App");

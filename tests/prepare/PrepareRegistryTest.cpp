@@ -22,6 +22,7 @@ Environment environmentAt(const std::filesystem::path& home) {
     Environment env;
     env.home = home;
     env.tmpDir = home / "tmp";
+    env.catalog = CatalogProfile::macos;
     return env;
 }
 

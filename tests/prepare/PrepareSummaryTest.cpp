@@ -21,8 +21,8 @@ CleanTarget runtime(std::int64_t bytes) {
 std::string willFree(std::int64_t bytes) { return L10n::t("prepare.summary.willFree", Format::bytes(bytes)); }
 
 TEST(PrepareSummary, LeftoverAndRuntimeOfUnknownSize) {
-    const std::string expected = willFree(1024) + " (" + L10n::t("prepare.summary.leftovers", std::int64_t{1}) +
-                                 " \u00B7 " + L10n::t("prepare.summary.runtimes", std::int64_t{1}) + ")" +
+    const std::string expected = willFree(1024) + " (" + L10n::t("prepare.summary.leftovers.one", std::int64_t{1}) +
+                                 " \u00B7 " + L10n::t("prepare.summary.runtimes.one", std::int64_t{1}) + ")" +
                                  L10n::t("prepare.summary.unknownCount", std::int64_t{1}) +
                                  L10n::t("prepare.summary.permanent");
     EXPECT_EQ(PrepareSummary::line({leftover(1024), runtime(0)}), expected);
@@ -40,7 +40,7 @@ TEST(PrepareSummary, UninstallSentenceBySingularAndPlural) {
               willFree(300) + " (" + L10n::t("prepare.summary.apps", std::int64_t{2}) + ")" + permanent +
                   L10n::t("prepare.summary.willUninstall.many", std::int64_t{2}));
     EXPECT_EQ(PrepareSummary::line({app(100)}),
-              willFree(100) + " (" + L10n::t("prepare.summary.apps", std::int64_t{1}) + ")" + permanent +
+              willFree(100) + " (" + L10n::t("prepare.summary.apps.one", std::int64_t{1}) + ")" + permanent +
                   L10n::t("prepare.summary.willUninstall.one"));
 }
 
@@ -51,7 +51,7 @@ TEST(PrepareSummary, PartsInFixedOrderAndTotalsOfEveryFamily) {
     CleanTarget other{.id = "derived-data", .family = Family::xcodeCore, .kind = CleanKind::command("true"), .sizeBytes = 0};
     const std::string expected =
         willFree(5000 + 2000 + 3000 + 4000 + 7) + " (" + L10n::t("prepare.summary.leftovers", std::int64_t{2}) + " \u00B7 " +
-        L10n::t("prepare.summary.apps", std::int64_t{1}) + " \u00B7 " + L10n::t("prepare.summary.runtimes", std::int64_t{1}) +
+        L10n::t("prepare.summary.apps.one", std::int64_t{1}) + " \u00B7 " + L10n::t("prepare.summary.runtimes.one", std::int64_t{1}) +
         ")" + L10n::t("prepare.summary.unknownCount", std::int64_t{1}) + L10n::t("prepare.summary.permanent") +
         L10n::t("prepare.summary.willUninstall.one");
     CleanTarget sizedOther = other;

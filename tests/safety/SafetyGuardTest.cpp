@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "kelvo/L10n.h"
 #include "kelvo/SafetyGuard.h"
 #include "support/TempDir.h"
 
@@ -164,6 +165,64 @@ TEST_F(SafetyGuardTest, ExclusionsRefuseThemselvesTheirContentAndTheirParents) {
     EXPECT_TRUE(guard.isDeletable(home / "Projects/other/build"));
     EXPECT_TRUE(guard.isDeletable(home / "Projects/keeper"));
     EXPECT_TRUE(cleanGuard().isDeletable(home / "Projects"));
+}
+
+TEST_F(SafetyGuardTest, CanonicallyEquivalentSpellingsNameOnePlace) {
+    // On disk the name is e + U+0301; the user typed the one-character é, or the reverse.
+    const std::string composed = "caf\xC3\xA9";
+    const std::string decomposed = "cafe\xCC\x81";
+    const path project = makeDirectory(home / "Projects" / decomposed / "node_modules");
+    EXPECT_FALSE(cleanGuard({home / "Projects" / composed}).isDeletable(project));
+    EXPECT_FALSE(cleanGuard({home / "Projects" / composed / "node_modules"}).isDeletable(home / "Projects"));
+    EXPECT_TRUE(cleanGuard({home / "Projects" / (composed + "2")}).isDeletable(project));
+
+    // Protected paths, the home and the roots are compared the same way.
+    const path spelledHome = makeDirectory(root / decomposed);
+    const path typedHome = root / composed;
+    const SafetyGuard guard{typedHome, {typedHome}, protectedPathsUnder(typedHome), {}};
+    EXPECT_FALSE(guard.isDeletable(spelledHome));
+    EXPECT_FALSE(guard.isDeletable(makeDirectory(spelledHome / ".android/avd")));
+    EXPECT_TRUE(guard.isDeletable(makeDirectory(spelledHome / ".android/cache")));
+}
+
+TEST_F(SafetyGuardTest, TheFileSystemRootIsNeverARootAndAHomeThereAnchorsNothing) {
+    const path cache = writeFile(home / "Library/Caches/x");
+    EXPECT_FALSE((SafetyGuard{home, {"/"}, {}, {}}.isDeletable(cache)));
+    std::filesystem::create_directory_symlink("/", root / "root-link");
+    for (const path& unusable : {path("/"), root / "root-link", path(""), path("relative/home")}) {
+        EXPECT_FALSE((SafetyGuard{unusable, {home, tmp}, {}, {}}.isDeletable(cache))) << unusable;
+        EXPECT_FALSE((SafetyGuard{unusable, {home, tmp}, {}, {}}.isDeletable(tmp / "y"))) << unusable;
+    }
+}
+
+TEST_F(SafetyGuardTest, AnEnvironmentWithoutAHomeOrTemporaryFolderOfItsOwnIsRefused) {
+    std::filesystem::create_directory_symlink("/", root / "root-link");
+    struct Case {
+        path home, tmp;
+        const char* key;  // nullptr: accepted
+    };
+    const Case cases[] = {
+        {home, tmp, nullptr},
+        {"/", tmp, "exec.refuse.home"},
+        {root / "root-link", tmp, "exec.refuse.home"},
+        {"", tmp, "exec.refuse.home"},
+        {"home", tmp, "exec.refuse.home"},
+        {home, "/", "exec.refuse.tmpDir"},
+        {home, "//", "exec.refuse.tmpDir"},
+        {home, root / "root-link/.", "exec.refuse.tmpDir"},
+    };
+    for (const auto& c : cases) {
+        Environment env;
+        env.home = c.home;
+        env.tmpDir = c.tmp;
+        const auto reason = SafetyGuard::refusalFor(env);
+        if (!c.key) {
+            EXPECT_FALSE(reason) << c.home << " " << c.tmp;
+            continue;
+        }
+        const path& named = std::string(c.key) == "exec.refuse.home" ? c.home : c.tmp;
+        EXPECT_EQ(reason, L10n::t(c.key, named.string())) << c.home << " " << c.tmp;
+    }
 }
 
 }  // namespace

@@ -28,6 +28,9 @@ TEST(PlanSelection, PreselectsRegenerableNonAggressiveAndEstimableTargets) {
     EXPECT_TRUE(PlanSelection::isPreselected(target("moderate", Level::moderate)));
     EXPECT_FALSE(PlanSelection::isPreselected(target("aggressive", Level::aggressive)));
     EXPECT_FALSE(PlanSelection::isPreselected(target("user", Level::safe, 10, false, Reversibility::userData)));
+    auto linked = target("linked", Level::safe);
+    linked.blockedByLink = true;
+    EXPECT_FALSE(PlanSelection::isPreselected(linked));
 }
 
 TEST(PlanSelection, ToggleIgnoresOutOfRangeAndSharesOneChoicePerId) {
@@ -105,6 +108,16 @@ TEST(ScanPlanJSON, TargetLayoutSortedKeysEscapedSlashesAndStableBytes) {
     EXPECT_EQ(decoded["byFamily"]["xcodeCore"], 4096);
     EXPECT_EQ(decoded["byLevel"]["aggressive"], 1);
     EXPECT_EQ(decoded["totalBytes"], 4097);
+}
+
+TEST(ScanPlanJSON, NotesAppearOnlyWhenThereAreSome) {
+    ScanPlanJSON plan({});
+    const std::string without = plan.encoded();
+    plan.notes = {"X points to /srv/x"};
+    const std::string with = plan.encoded();
+    EXPECT_EQ(without.find("notes"), std::string::npos);
+    EXPECT_EQ(nlohmann::json::parse(with)["notes"], nlohmann::json::array({"X points to /srv/x"}));
+    EXPECT_NE(with.find("\"notes\" : [\n    \"X points to \\/srv\\/x\"\n  ],\n  \"targets\""), std::string::npos) << with;
 }
 
 TEST(ScanPlanJSON, TotalsComeFromTheSummaryAsPassed) {

@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <condition_variable>
+#include <future>
+#include <mutex>
 #include <thread>
 
+#include "kelvo/L10n.h"
 #include "kelvo/Scanner.h"
 #include "kelvo/WorkerPool.h"
 #include "support/TempDir.h"
@@ -98,19 +103,40 @@ TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
     EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
 }
 
-// A cleaner with a fixed answer, for scans.
+TEST(ScannerDedup, CanonicallyEquivalentSpellingsAreOnePathAndNothingLiesInsideTheRoot) {
+    const std::string composed = "/x/caf\xC3\xA9";
+    const std::string decomposed = "/x/cafe\xCC\x81";
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("b", {decomposed}), pathTarget("a", {composed})})),
+              std::vector<std::string>{"a"});
+    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {"/"}), pathTarget("b", {"/x"})})),
+              (std::vector<std::string>{"a", "b"}));
+}
+
+// Tells the test when a cleaner has started, and counts the stop requests it saw.
+struct StopHandshake {
+    std::promise<void> started;
+    std::atomic<int> stopsSeen = 0;
+};
+
+// A cleaner with a fixed answer, for scans. With a handshake it behaves like a long walk
+// that checks for a stop request: it says it has started and runs until the scan is stopped.
 class FixedCleaner final : public Cleaner {
 public:
-    FixedCleaner(std::string id, std::vector<CleanTarget> targets, std::atomic<int>* stopsSeen = nullptr)
-        : id_(std::move(id)), targets_(std::move(targets)), stopsSeen_(stopsSeen) {}
+    FixedCleaner(std::string id, std::vector<CleanTarget> targets, StopHandshake* handshake = nullptr)
+        : id_(std::move(id)), targets_(std::move(targets)), handshake_(handshake) {}
     const std::string& id() const override { return id_; }
     const std::string& name() const override { return id_; }
     Family family() const override { return Family::devMisc; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override {
-        if (stopsSeen_) {
-            // Behaves like a long walk that checks for a stop request.
-            while (!context.stop.stop_requested()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            ++*stopsSeen_;
+        if (handshake_) {
+            handshake_->started.set_value();
+            std::mutex mutex;
+            std::condition_variable_any stopped;
+            std::unique_lock lock(mutex);
+            stopped.wait(lock, context.stop, [] { return false; });
+            ++handshake_->stopsSeen;
         }
         return targets_;
     }
@@ -118,7 +144,7 @@ public:
 private:
     std::string id_;
     std::vector<CleanTarget> targets_;
-    std::atomic<int>* stopsSeen_;
+    StopHandshake* handshake_;
 };
 
 TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
@@ -150,18 +176,54 @@ TEST(Scanner, EmptyCleanerListGivesNothing) {
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
-    std::atomic<int> stopsSeen = 0;
-    CleanerList cleaners{std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, &stopsSeen),
+    StopHandshake handshake;
+    CleanerList cleaners{std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, &handshake),
                          std::make_shared<FixedCleaner>("quick", std::vector<CleanTarget>{pathTarget("u", {"/q"})})};
     std::stop_source stop;
+    // The stop comes while the slow cleaner runs, never before the pool has started it.
     std::thread stopper([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        handshake.started.get_future().wait();
         stop.request_stop();
     });
     const auto result = Scanner(cleaners).scan({.stop = stop.get_token()});
     stopper.join();
     EXPECT_FALSE(result.has_value());
-    EXPECT_EQ(stopsSeen.load(), 1);
+    EXPECT_EQ(handshake.stopsSeen.load(), 1);
+}
+
+TEST(Scanner, NullCleanersAreLeftOut) {
+    const Scanner scanner({nullptr, std::make_shared<FixedCleaner>("c", std::vector<CleanTarget>{pathTarget("t", {"/p"})}), nullptr});
+    EXPECT_EQ(scanner.cleaners().size(), 1u);
+    const auto result = scanner.scan();
+    ASSERT_TRUE(result);
+    EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
+}
+
+TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    TempDir home;
+    const auto mine = testing::writeFile(home / "mine/file", 5000).parent_path();
+    const auto theirs = testing::writeFile(home / "theirs/file", 9000).parent_path();
+    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
+    std::filesystem::create_directory_symlink(mine, home / "link");
+    std::filesystem::create_directory_symlink(mine, home / "other-link");
+    CleanerList cleaners{std::make_shared<FixedCleaner>(
+        "c", std::vector<CleanTarget>{pathTarget("both", {mine, theirs}, 14000), pathTarget("foreign", {theirs}),
+                                      pathTarget("linked", {home / "link"}, 0, "partial"),
+                                      pathTarget("below-link", {home / "other-link/file"})})};
+
+    const auto result = Scanner(cleaners).scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
+    EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
+    EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));
+    EXPECT_FALSE((*result)[0].blockedByLink);
+    const std::string linkNote = L10n::t("cleaner.note.link", L10n::t("exec.skip.symlinkFinal", (home / "link").string()));
+    EXPECT_TRUE((*result)[1].blockedByLink);
+    EXPECT_EQ((*result)[1].notes, linkNote + " partial");
+    EXPECT_TRUE((*result)[2].blockedByLink);
+    EXPECT_NE((*result)[2].notes.find(mine.string()), std::string::npos) << (*result)[2].notes;
+    EXPECT_TRUE(std::filesystem::exists(theirs / "file"));
 }
 
 }  // namespace

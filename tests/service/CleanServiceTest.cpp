@@ -17,12 +17,13 @@ protected:
         env.home = home.path();
         env.tmpDir = tmp.path();
         env.projectRoots = {};
+        env.catalog = CatalogProfile::macos;
     }
 
     CleanService service() const {
         // No tool is available to command cleaners when PATH holds nothing; the catalog
         // asks /usr/bin/which, so keep the machine's tools out of these tests' results.
-        return CleanService{env, std::make_shared<StubProcessProbe>(), [](const std::string&) { return 0; }};
+        return CleanService{env, std::make_shared<StubProcessProbe>(), [](const std::string&, const ShellVariables&) { return 0; }};
     }
 
     TempDir home;

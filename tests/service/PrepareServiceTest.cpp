@@ -15,6 +15,7 @@ using testing::utc;
 
 struct CommandLog {
     std::vector<std::string> lines;
+    std::vector<ShellVariables> variables;
 };
 
 PrepareService serviceFor(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
@@ -23,11 +24,13 @@ PrepareService serviceFor(const std::filesystem::path& home, const std::filesyst
     Environment env;
     env.home = home;
     env.tmpDir = tmpDir;
+    env.catalog = CatalogProfile::macos;
     return PrepareService{
         env,
         std::make_shared<StubProcessProbe>(running),
-        [log](const std::string& line) {
+        [log](const std::string& line, const ShellVariables& variables) {
             log->lines.push_back(line);
+            log->variables.push_back(variables);
             return 0;
         },
         6,
@@ -69,6 +72,40 @@ TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
     // Both detectors claim the data; the scanner gives each shared path to the smaller id,
     // so the leftover target is left with nothing and dropped.
     EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
+}
+
+TEST(PrepareService, DataOfInstalledAppsIsKeptWhateverTheirInfoPlistEncodingOrWhenItCannotBeRead) {
+    TempDir root;
+    const auto home = root / "home";
+    const auto apps = home / "Applications";
+    // OpenStep text, UTF-16 XML and XML after a byte-order mark name their identifiers (the
+    // bundles are named otherwise); the fourth bundle's Info.plist cannot be read at all.
+    testing::writeText(apps / "First.app/Contents/Info.plist", "{ CFBundleIdentifier = com.x.Step; }");
+    const std::string xml = "<plist><dict><key>CFBundleIdentifier</key><string>com.x.Wide</string></dict></plist>";
+    std::string wide = "\xFF\xFE";
+    for (const char c : xml) wide += std::string{c, '\0'};
+    testing::writeText(apps / "Second.app/Contents/Info.plist", wide);
+    testing::writeText(apps / "Third.app/Contents/Info.plist",
+                       "\xEF\xBB\xBF<plist><dict><key>CFBundleIdentifier</key><string>com.x.Marked</string></dict></plist>");
+    testing::writeText(apps / "Mystery Editor.app/Contents/Info.plist", "this is not a property list");
+    std::vector<std::filesystem::path> kept;
+    for (const std::string id : {"com.x.Step", "com.x.Wide", "com.x.Marked", "com.vendor.MysteryEditor"})
+        kept.push_back(testing::writeFile(home / "Library/Caches" / id / "db", 4096));
+    const auto gone = testing::writeFile(home / "Library/Caches/com.gone.Old/db", 4096).parent_path();
+
+    auto service = serviceFor(home, root / "tmp");
+    service.appIndexDirs = std::vector<std::filesystem::path>{apps};
+    const auto targets = service.scan();
+    ASSERT_TRUE(targets);
+    std::vector<CleanTarget> leftovers;
+    for (const auto& target : *targets)
+        if (target.family == Family::appLeftovers) leftovers.push_back(target);
+    EXPECT_EQ(idsOf(leftovers), (std::set<std::string>{"leftover:com.gone.Old"}));
+
+    const auto report = service.clean(leftovers, false, false);
+    EXPECT_EQ(report.deleted, (std::vector<std::string>{"leftover:com.gone.Old"}));
+    EXPECT_FALSE(std::filesystem::exists(gone));
+    for (const auto& file : kept) EXPECT_TRUE(std::filesystem::exists(file)) << file;
 }
 
 TEST(PrepareService, GuardAllowsHomeAndApplicationsButNotTheTemporaryDirectory) {
@@ -128,6 +165,9 @@ TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
     EXPECT_EQ(forced.deleted, (std::vector<std::string>{"sim-runtime:R1"}));
     EXPECT_EQ(forced.freedUnknown, (std::vector<std::string>{"sim-runtime:R1"}));
     EXPECT_EQ(log->lines, (std::vector<std::string>{"xcrun simctl runtime delete R1"}));
+    // The command runs with the environment's own folders, not with those Kelvo was started with.
+    EXPECT_EQ(log->variables, (std::vector<ShellVariables>{
+                                  {{"HOME", (root / "home").string()}, {"TMPDIR", (root / "tmp").string()}}}));
 }
 
 }  // namespace

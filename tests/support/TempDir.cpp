@@ -91,6 +91,12 @@ std::string listing(const std::filesystem::path& directory) {
     return out;
 }
 
+void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group) {
+    ::lchown(root.c_str(), owner, group);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
+        ::lchown(entry.path().c_str(), owner, group);
+}
+
 bool runningAsRoot() { return ::geteuid() == 0; }
 
 int runAsNobody(const std::string& command) {

@@ -1,6 +1,8 @@
 #pragma once
 // Test fixtures on real file-system trees: a temporary folder removed afterwards (made
 // writable first, so tests that lock folders clean up too), and small tree builders.
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -35,6 +37,9 @@ std::int64_t allocatedBytes(const std::filesystem::path& path);
 std::int64_t allocatedBytesBelow(const std::filesystem::path& directory);
 // Every path below a directory (relative, sorted), with "/" after directories; links listed, not followed.
 std::string listing(const std::filesystem::path& directory);
+
+// Changes the owner of a tree (links themselves, never their targets).
+void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
 
 // Whether this process can run a command as the unprivileged user 65534 (setpriv as
 // root), or is itself unprivileged; tests of unreadable folders need one or the other.

@@ -10,7 +10,6 @@
 namespace kelvo::testing {
 namespace {
 
-constexpr uid_t nobody = 65534;
 // First byte of the child's message: what the rest of it is.
 constexpr char outputTag = 'O';
 constexpr char refusedTag = 'R';
@@ -26,15 +25,14 @@ void writeAll(int fd, const std::string& text) {
     }
 }
 
-[[noreturn]] void runChild(int fd, const std::function<std::string()>& work) {
+[[noreturn]] void runChild(int fd, const std::function<std::string()>& work, uid_t user) {
     if (::geteuid() == 0) {
-        if (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0 ||
-            ::setresuid(nobody, nobody, nobody) != 0) {
+        if (::setgroups(0, nullptr) != 0 || ::setresgid(user, user, user) != 0 || ::setresuid(user, user, user) != 0) {
             writeAll(fd, std::string(1, refusedTag) + std::strerror(errno));
             ::_exit(0);
         }
         // A root that could change back, or kept its capabilities, would read everything.
-        if (::geteuid() != nobody || ::setuid(0) == 0) {
+        if (::geteuid() != user || ::setuid(0) == 0) {
             writeAll(fd, std::string(1, failedTag) + "still privileged after the switch");
             ::_exit(0);
         }
@@ -53,7 +51,7 @@ void writeAll(int fd, const std::string& text) {
 
 }  // namespace
 
-UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work) {
+UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work, unsigned user) {
     UnprivilegedRun run;
     int fds[2];
     if (::pipe(fds) != 0) {
@@ -69,7 +67,7 @@ UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work) {
     }
     if (child == 0) {
         ::close(fds[0]);
-        runChild(fds[1], work);
+        runChild(fds[1], work, static_cast<uid_t>(user));
     }
     ::close(fds[1]);
     std::string message;
@@ -93,7 +91,7 @@ UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work) {
         case outputTag: run.output = rest; break;
         case refusedTag:
             run.switchRefused = true;
-            run.failure = "cannot switch to uid 65534: " + rest;
+            run.failure = "cannot switch to uid " + std::to_string(user) + ": " + rest;
             break;
         default: run.failure = rest;
     }

@@ -20,6 +20,7 @@ struct UnprivilegedRun {
     std::string failure;                // why there is no output
 };
 
-UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work);
+// `user` is the uid (and gid) to drop to; any id, one without a password entry included.
+UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work, unsigned user = 65534);
 
 }  // namespace kelvo::testing

@@ -29,6 +29,32 @@ TEST(L10nCatalogs, EveryKeyIsInEveryCatalogWithTheEnglishPlaceholders) {
     }
 }
 
+TEST(L10nCatalogs, EverySingularTakesTheArgumentsOfItsGeneralForm) {
+    const auto bundle = L10n::loadBundle(KELVO_BUNDLE_SOURCE_PATH);
+    ASSERT_TRUE(bundle.has_value());
+    std::size_t pairs = 0;
+    for (const auto& [language, catalog] : bundle->catalogs)
+        for (const auto& [key, text] : catalog.texts) {
+            if (!key.ends_with(".one")) continue;
+            // "prepare.summary.willUninstall.one" stands on its own, without a general form.
+            const auto general = catalog.texts.find(key.substr(0, key.size() - 4));
+            if (general == catalog.texts.end()) continue;
+            ++pairs;
+            EXPECT_EQ(L10n::placeholderSignature(text), L10n::placeholderSignature(general->second)) << language << ": " << key;
+        }
+    EXPECT_GT(pairs, 0u);
+}
+
+TEST(L10nLookup, PluralChoosesTheSingularForOneOnly) {
+    const std::string key = "prepare.summary.leftovers";
+    EXPECT_NE(L10n::t(key + ".one", std::int64_t{1}), L10n::t(key, std::int64_t{1}));
+    EXPECT_EQ(L10n::plural(key, 1, std::int64_t{1}), L10n::t(key + ".one", std::int64_t{1}));
+    for (const std::int64_t count : {0, 2, -1, 21})
+        EXPECT_EQ(L10n::plural(key, count, count), L10n::t(key, count)) << count;
+    // A text without a singular form is used for every count.
+    EXPECT_EQ(L10n::plural("cli.report.deleted", 1, std::int64_t{1}), L10n::t("cli.report.deleted", std::int64_t{1}));
+}
+
 TEST(L10nFormat, FillsTypedAndPositionalPlaceholders) {
     using L10n::formatText;
     EXPECT_EQ(formatText("%s has %d items", {std::string("cache"), std::int64_t{3}}), "cache has 3 items");

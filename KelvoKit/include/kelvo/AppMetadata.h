@@ -5,8 +5,11 @@
 #include <chrono>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
+
+#include "kelvo/Dependency.h"
 
 namespace kelvo {
 
@@ -24,6 +27,10 @@ public:
     // Parses the metadata tool's "yyyy-MM-dd HH:mm:ss Z" answer; nothing for "(null)" or junk.
     static std::optional<TimePoint> parseToolDate(const std::string& text);
 };
+
+// One live source, shared (it holds no state).
+std::shared_ptr<const AppMetadata> liveAppMetadata();
+using MetadataDependency = Dependency<std::shared_ptr<const AppMetadata>, &liveAppMetadata>;
 
 class StubAppMetadata final : public AppMetadata {
 public:

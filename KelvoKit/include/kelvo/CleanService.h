@@ -3,9 +3,11 @@
 // have anything to clean, and carries out a clean of chosen targets through an executor
 // behind a guard whose allowed roots are the home, the temporary directory and, when a
 // Flutter SDK is known, its bin folder. Immutable: new settings make a new service.
+// Whatever is left out is the live one: the running user's environment, probe and shell.
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
@@ -19,17 +21,21 @@
 namespace kelvo {
 
 struct CleanService {
-    Environment env;
-    std::shared_ptr<const ProcessProbe> probe;
-    CommandRunner runCommand = &Executor::shell;
+    Environment env = Environment::live();
+    ProbeDependency probe;
+    CommandRunner runCommand;
 
     // The enabled cleaners of the catalog (all when no set is configured, none for an empty set).
     CleanerList enabledCleaners() const;
     // Unsorted targets; nothing when the scan was stopped.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
+    // What the catalog left out and why (CleanerRegistry::BuiltCatalog::notes).
+    std::vector<std::string> catalogNotes() const;
     // The families that have targets in a scan of the whole catalog, enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
+    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
+    // environment gives a reason, every target is skipped with it and nothing is looked at.
     ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
 };
 

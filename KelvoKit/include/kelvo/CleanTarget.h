@@ -20,6 +20,9 @@ struct CleanTarget {
     RegenCost regenCost = RegenCost::rebuild;
     Level level = Level::safe;
     std::string notes;  // localised remark, empty when there is none
+    // The executor will refuse it for a link (a path is a symbolic link or reached through
+    // one): it is offered so the user sees it, with a note saying why, and never preselected.
+    bool blockedByLink = false;
 
     // The text used as notes when a size could be measured only in part (looked up each call).
     static std::string partialSizeNote();

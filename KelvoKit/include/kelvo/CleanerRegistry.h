@@ -1,8 +1,11 @@
 #pragma once
 // The catalog of the clean domain: every place where developer tool chains keep data that
-// can be regenerated, as an ordered list of detectors (103 entries; 102 when no Flutter
-// SDK cache is known). Building the list touches no file and runs no tool.
+// can be regenerated, as an ordered list of detectors for the environment's profile. The
+// macOS profile has 103 entries (102 when no Flutter SDK cache is known); the Linux one
+// finds the tools' data where they keep it on Linux, following the XDG folders and each
+// tool's own location variable. Building the list touches no file and runs no tool.
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "kelvo/Cleaner.h"
@@ -10,8 +13,22 @@
 
 namespace kelvo::CleanerRegistry {
 
+struct BuiltCatalog {
+    CleanerList cleaners;
+    // Localised, one per location variable that put places outside the allowed roots:
+    // those places are not offered, and the note says which entries they cost.
+    std::vector<std::string> notes;
+};
+
+BuiltCatalog build(const Environment& env);
 CleanerList makeCleaners(const Environment& env);
 // Paths never deleted, nor anything inside them, nor any folder holding them.
 std::vector<std::filesystem::path> protectedPaths(const Environment& env);
+// The folders inside which the clean domain may delete: the home, the temporary folder
+// and, when a Flutter SDK is known, its bin folder.
+std::vector<std::filesystem::path> allowedRoots(const Environment& env);
+// The clean-domain families that have at least one detector in the environment's
+// catalog, in declaration order: the families a settings screen offers.
+std::vector<Family> familiesWithDetectors(const Environment& env);
 
 }  // namespace kelvo::CleanerRegistry

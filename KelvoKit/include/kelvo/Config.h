@@ -1,8 +1,12 @@
 #pragma once
 // What the user chooses and what is kept between runs, in ~/.config/kelvo/config.json.
 // Loading never fails: a missing, unreadable or malformed file gives the defaults whole.
+// Only a regular file of at most 1 MiB is read (a FIFO or a device in its place counts as
+// unreadable). "keepRecentDays" is a whole number however it is written (7, 7.0, 1e1);
+// 7.5 or "7" are of the wrong type.
 // Saving writes the keys sorted, two-space indented, " : " between key and value, every
 // "/" escaped, and leaves "enabledFamilies" out when it is absent.
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -18,6 +22,8 @@ struct Config {
     std::string defaultLevel = "moderate";                 // a Level raw value
     std::int64_t keepRecentDays = 3;
     std::optional<std::vector<std::string>> enabledFamilies;  // absent: every family
+
+    static constexpr std::size_t maximumFileBytes = 1 << 20;
 
     static const Config& defaults();
     static std::filesystem::path filePath(const std::filesystem::path& home);

@@ -1,14 +1,19 @@
 #pragma once
 // Carries out a clean run. For each target, in the given order: the guarded processes of
 // its family (left out with force), a running application bundle among its paths, a
-// protected application (prepare families only), then for a command the command, for paths
-// the guard and link checks of every path before any of them is removed, then removal.
+// protected application (prepare families only), then for a command the places it names,
+// then the command; for paths the guard, link and owner checks of every path before any of
+// them is removed, then removal.
 // Every target ends deleted, partial, skipped with a reason or failed with a message; the
 // run never stops on a bad target, and what went before a failure stays gone.
 //
 // Removal never follows a symbolic link, not even one swapped in while it runs: it works
-// on directory descriptors (platform TreeRemoval). A dry run removes nothing, runs no
-// command and counts every target that passes the checks with its estimated size.
+// on directory descriptors (platform TreeRemoval). A path that belongs to another user, or
+// whose owner cannot be read, is never removed. A command runs with `shellVariables` set
+// over Kelvo's own environment, and only when every place it names (kelvo/ShellCommand.h),
+// expanded with those variables, passes the checks a path target's paths pass; a line that
+// cannot be read that far is refused. A dry run removes nothing, runs no command and counts
+// every target that passes the checks with its estimated size.
 //
 // Targets are checked on the calling thread in order; each removal then starts on the
 // worker pool while the next targets are checked, and its subtrees are spread over the
@@ -17,7 +22,7 @@
 // one handling the targets one after another would give.
 //
 // The executor is an immutable value holding its dependencies, so tests inject a stub
-// probe and command runner; it keeps no state between runs.
+// probe and command runner (left out, the live ones); it keeps no state between runs.
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -28,14 +33,19 @@
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
+#include "kelvo/Dependency.h"
+#include "kelvo/Environment.h"
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/ProcessProbe.h"
 #include "kelvo/SafetyGuard.h"
 
 namespace kelvo {
 
-// Runs a command line and gives its exit status (127: the tool is missing; -1: could not start).
-using CommandRunner = std::function<int(const std::string& commandLine)>;
+// Runs a command line with the variables set over the process's own environment and gives
+// its exit status (127: the tool is missing; -1: could not start). The live one is Executor::shell.
+using CommandFunction = std::function<int(const std::string& commandLine, const ShellVariables& variables)>;
+CommandFunction liveCommandRunner();
+using CommandRunner = Dependency<CommandFunction, &liveCommandRunner>;
 
 struct RemovalOutcome {
     std::int64_t freed = 0;     // allocated bytes measured before minus after, never negative
@@ -48,15 +58,18 @@ struct Executor {
     SafetyGuard safety;
     bool dryRun = false;
     bool force = false;
-    std::shared_ptr<const ProcessProbe> probe = std::make_shared<LiveProcessProbe>();
-    CommandRunner runCommand = &Executor::shell;
-    WorkerPool* pool = nullptr;  // nothing: a run that removes anything makes its own
+    ProbeDependency probe;
+    CommandRunner runCommand;
+    ShellVariables shellVariables;  // HOME and TMPDIR of the run (Environment::shellVariables)
+    WorkerPool* pool = nullptr;     // nothing: a run that removes anything makes its own
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
+    // Every target skipped with the same reason, nothing looked at: a run that must not start.
+    static ExecutionReport refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason);
 
-    // Runs the line through /bin/sh -c with this process's streams and environment and
-    // waits for it; -1 when it cannot start.
-    static int shell(const std::string& commandLine);
+    // Runs the line through /bin/sh -c with this process's streams and environment, the
+    // variables set over it, and waits for it; -1 when it cannot start.
+    static int shell(const std::string& commandLine, const ShellVariables& variables);
     // Removes what it can of a file, link or tree, adding the owner's permission bits where
     // they block and going on past what cannot be removed. With a pool, the measuring and
     // the removal are spread over it; without, both run on the calling thread.
@@ -71,9 +84,13 @@ struct Executor {
     std::optional<std::string> runningBundle(const CleanTarget& target) const;
     // Why a target of appLeftovers or unusedApps touches a protected application.
     std::optional<std::string> protectedAppReason(const CleanTarget& target) const;
-    // The path is itself a link, its parent chain holds a link, or the resolved path is
-    // refused by the guard.
+    // The path is itself a link, its parent chain holds a link, the resolved path is refused
+    // by the guard, or the item belongs to another user (kelvo/RemovalChecks.h).
     std::optional<std::string> unsafeToDeleteReason(const std::filesystem::path& path) const;
+    // The guard's decision, then unsafeToDeleteReason: what every path of a target passes.
+    std::optional<std::string> pathRefusal(const std::filesystem::path& path) const;
+    // A place the command names is refused, or the line cannot be read (kelvo/ShellCommand.h).
+    std::optional<std::string> commandRefusal(const std::string& commandLine) const;
 };
 
 }  // namespace kelvo

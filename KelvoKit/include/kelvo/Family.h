@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kelvo/CatalogProfile.h"
+
 namespace kelvo {
 
 enum class Family {
@@ -32,6 +34,9 @@ std::optional<Family> familyFromUserName(std::string_view name);
 std::vector<std::string> acceptedFamilyNames();
 
 std::string displayName(Family family);
+// The name under a catalog profile: "family.<profile>.<raw>" where the texts have one
+// (macosGeneral is "General" on Linux), else the name above.
+std::string displayName(Family family, CatalogProfile profile);
 std::string_view iconName(Family family);
 // Programs that hold the family's data open while they run, in the order they are asked about.
 const std::vector<std::string>& guardedProcesses(Family family);

@@ -15,6 +15,15 @@ struct AppInfo {
     friend bool operator==(const AppInfo&, const AppInfo&) = default;
 };
 
+// What a look through the application folders found.
+struct AppInventory {
+    std::vector<AppInfo> apps;
+    // Names (without ".app") of bundles that exist but whose identifier cannot be read
+    // (no Info.plist, an unreadable one, no string CFBundleIdentifier): installed
+    // applications that cannot be told apart from removed ones by identifier.
+    std::vector<std::string> unidentifiedNames;
+};
+
 namespace InstalledApps {
 
 // /Applications, /Applications/Utilities, /System/Applications,
@@ -23,6 +32,8 @@ std::vector<std::filesystem::path> standardAppDirs(const std::filesystem::path& 
 // Bundles directly inside the folders (".app", case-sensitive, hidden ones skipped) whose
 // Info.plist has a string CFBundleIdentifier; neither sorted nor de-duplicated.
 std::vector<AppInfo> scan(const std::vector<std::filesystem::path>& appDirs);
+// The same look, with the bundles whose identifier could not be read.
+AppInventory inventory(const std::vector<std::filesystem::path>& appDirs);
 // One string value of the bundle's Contents/Info.plist; nothing on any failure.
 std::optional<std::string> infoPlistString(const std::filesystem::path& bundle, const std::string& key);
 

@@ -4,6 +4,9 @@
 // language comes from LC_ALL, LC_MESSAGES, LANG (the first one set), English when no
 // catalog matches. A key without text shows the key itself.
 //
+// A text that counts something has its general (plural) form under its key and its
+// singular form under the key + ".one", with the same placeholders; `plural` chooses.
+//
 // Formats are printf-like with typed placeholders: %s takes a string, %d an integer,
 // %% is a percent sign; "%1$s" names the argument position (1 to 99). Anything else after
 // a '%' is literal text. Arguments of the wrong type
@@ -53,6 +56,17 @@ std::string t(std::string_view key, Arguments&&... arguments)
     requires(sizeof...(Arguments) > 0 && (std::is_constructible_v<FormatArgument, Arguments> && ...))
 {
     return t(key, std::vector<FormatArgument>{FormatArgument(std::forward<Arguments>(arguments))...});
+}
+
+// The key's ".one" text when count is 1 and the catalog has it (the singular of English and
+// Spanish), else the key's own text; filled with the arguments like t.
+std::string plural(std::string_view key, std::int64_t count, const std::vector<FormatArgument>& arguments);
+
+template <typename... Arguments>
+std::string plural(std::string_view key, std::int64_t count, Arguments&&... arguments)
+    requires(sizeof...(Arguments) > 0 && (std::is_constructible_v<FormatArgument, Arguments> && ...))
+{
+    return plural(key, count, std::vector<FormatArgument>{FormatArgument(std::forward<Arguments>(arguments))...});
 }
 
 // Placeholder kinds of a format, in argument order: 's' for a string, 'd' for an integer.

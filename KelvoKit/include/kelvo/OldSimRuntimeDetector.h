@@ -5,7 +5,7 @@
 // with one, a runtime without a last-used date is never offered. Each target is the tool's
 // own delete command with the size the tool reports (an identifier with characters other
 // than letters, digits, ".", "_" and "-" is single-quoted in it); nothing is measured on disk. The
-// lister is called once per scan; its failures simply give no runtimes.
+// lister (left out, the live one) is called once per scan; its failures simply give no runtimes.
 #include <chrono>
 #include <optional>
 #include <string>

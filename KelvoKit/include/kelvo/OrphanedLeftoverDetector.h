@@ -7,6 +7,12 @@
 // anything not shaped like a reverse-DNS identifier are never offered, nor is a candidate
 // whose locations together occupy nothing. The installed identifiers are the snapshot the
 // detector was built with; a scan never re-reads the installed applications.
+//
+// An installed bundle whose identifier cannot be read makes the detector more careful,
+// never less: no candidate is offered that has, as one dot-separated piece or a run of
+// them, that bundle's name (compared without case, blanks, "-" and "_"), so an unreadable
+// "Foo Bar.app" keeps com.vendor.FooBar and com.foo-bar.helper, and "Spotify.app" keeps
+// com.spotify.client.
 #include <filesystem>
 #include <set>
 #include <string>
@@ -18,8 +24,14 @@ namespace kelvo {
 
 class OrphanedLeftoverDetector final : public Cleaner {
 public:
+    // The note of every leftover target, whatever found it (a fixed text, not looked up).
+    static constexpr const char* leftoverNote = "App no instalada; datos sobrantes.";
+
+    // unidentifiedAppNames: names (without ".app") of installed bundles whose identifier
+    // could not be read.
     OrphanedLeftoverDetector(std::filesystem::path home, std::set<std::string> installedBundleIDs,
-                             std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames);
+                             std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames,
+                             const std::vector<std::string>& unidentifiedAppNames = {});
 
     const std::string& id() const override { return id_; }
     const std::string& name() const override { return name_; }
@@ -31,6 +43,9 @@ public:
     // of one, one of a protected vendor (brand prefix), or one whose last piece, lower-cased,
     // is a protected application name.
     bool isProtected(const std::string& bundleID) const;
+    // True for an identifier that may belong to an installed bundle whose own identifier
+    // could not be read (the rule above).
+    bool mayBelongToUnidentifiedApp(const std::string& bundleID) const;
 
     const std::filesystem::path& home() const { return home_; }
     const std::set<std::string>& installedBundleIDs() const { return installedBundleIDs_; }
@@ -49,6 +64,7 @@ private:
     std::set<std::string> protectedBundleIDs_;
     std::set<std::string> protectedNames_;  // lower case
     std::set<std::string> protectedBrandPrefixes_;
+    std::set<std::string> unidentifiedAppKeys_;  // names in the form matchKey gives
 };
 
 }  // namespace kelvo

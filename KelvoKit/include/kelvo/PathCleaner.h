@@ -2,7 +2,10 @@
 // The simplest detector: a fixed list of files or folders under a base directory (a tool's
 // cache, its logs, its downloads), reported as one target whose size is the space they
 // occupy. Paths that do not exist (a dangling link counts as missing) are left out of the
-// target; when none exists, or all of them together occupy nothing, there is no target.
+// target; when none exists, or all of them together occupy nothing, there is no target. A
+// path that is itself a link to something that exists stays in the target unmeasured, and
+// such a target is offered even at 0 bytes: the scanner marks it as one the executor will
+// refuse, so the user sees why it is not cleaned.
 // Unreadable parts make the size a lower bound and the target carries the partial-size
 // note. A scan whose stop was requested yields nothing, since its sizes are incomplete.
 #include <filesystem>

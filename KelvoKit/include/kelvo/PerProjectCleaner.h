@@ -8,6 +8,9 @@
 // Symbolic links are neither entered nor offered. Each kind found yields one target,
 // "per-project-<dirName>", with all its folders in the order found and their summed size;
 // a kind measuring 0 bytes yields none. Missing or unreadable roots contribute nothing.
+// Optionally, a folder below a root (not a root itself) that holds a valid cache tag (a
+// regular file "CACHEDIR.TAG" starting with the Cache Directory Tagging signature) is a
+// candidate of the cache-tag kind, under the keep-recent rule and never entered.
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -38,9 +41,12 @@ public:
     };
 
     // dirName must be unique within specs. `now` is the reference of the keep-recent rule
-    // for every later scan.
+    // for every later scan. cacheTagged, when given, is the kind of cache-tagged folders:
+    // its dirName names their target and must differ from every spec's; its siblings are
+    // not looked at.
     PerProjectCleaner(std::vector<std::filesystem::path> roots, std::vector<ArtifactSpec> specs,
-                      std::int64_t keepRecentDays, Clock::time_point now);
+                      std::int64_t keepRecentDays, Clock::time_point now,
+                      std::optional<ArtifactSpec> cacheTagged = std::nullopt);
 
     const std::string& id() const override { return id_; }
     const std::string& name() const override { return name_; }
@@ -56,6 +62,7 @@ public:
 
     const std::vector<std::filesystem::path>& roots() const { return roots_; }
     const std::vector<ArtifactSpec>& specs() const { return specs_; }
+    const std::optional<ArtifactSpec>& cacheTagged() const { return cacheTagged_; }
     std::int64_t keepRecentDays() const { return keepRecentDays_; }
     Clock::time_point now() const { return now_; }
 
@@ -64,6 +71,7 @@ private:
     std::string name_ = "Artefactos por proyecto";
     std::vector<std::filesystem::path> roots_;
     std::vector<ArtifactSpec> specs_;
+    std::optional<ArtifactSpec> cacheTagged_;
     std::int64_t keepRecentDays_;
     Clock::time_point now_;
 };

@@ -1,7 +1,8 @@
 #pragma once
 // The targets of one scan and the ids the user has chosen. The preselection chooses what
-// is safe to remove without looking: regenerable, not aggressive, and not a command whose
-// effect cannot be estimated. Targets sharing an id share one choice.
+// is safe to remove without looking: regenerable, not aggressive, not a command whose
+// effect cannot be estimated, and not a target the executor will refuse for a link.
+// Targets sharing an id share one choice.
 #include <set>
 #include <string>
 #include <vector>

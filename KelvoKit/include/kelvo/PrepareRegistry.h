@@ -38,12 +38,18 @@ std::chrono::system_clock::time_point monthsBefore(std::chrono::system_clock::ti
 std::vector<std::filesystem::path> userAppDirs(const Environment& env);
 std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env);
 
-// The leftover, unused-application and old-runtime detectors, in that order. Lists the
-// installed applications (appIndexDirs, or the standard folders when absent) once.
+// The macOS profile: the leftover, unused-application and old-runtime detectors, in that
+// order; lists the installed applications (appIndexDirs, or the standard folders when
+// absent) once, and the leftover detector gets their identifiers and the names of those
+// whose identifier cannot be read. The Linux profile: the one leftover detector of Flatpak and Snap data,
+// with the installations read once from under systemRoot (FLATPAK_SYSTEM_DIR,
+// FLATPAK_CONFIG_DIR and FLATPAK_USER_DIR win where set). Linux has no record of when an
+// application was last used, and no rule tells which runtime versions a project still
+// needs, so the other two families find nothing there.
 CleanerList makePreparers(const Environment& env, int olderThanMonths, std::chrono::system_clock::time_point now,
-                          std::shared_ptr<const AppMetadata> metadata, RuntimeLister simLister,
+                          MetadataDependency metadata, RuntimeLister simLister,
                           const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                          std::shared_ptr<const ProcessProbe> probe);
+                          ProbeDependency probe, const std::filesystem::path& systemRoot = "/");
 
 }  // namespace PrepareRegistry
 }  // namespace kelvo

@@ -1,10 +1,12 @@
 #pragma once
-// The prepare domain's facade: scans with the three prepare detectors (leftovers of
+// The prepare domain's facade: scans with the profile's prepare detectors (leftovers of
 // removed applications, unused applications, old simulator runtimes) through the scanner,
 // and carries out a clean of chosen targets through an executor behind a guard whose
 // allowed roots are the home, "/Applications" and, when a Flutter SDK is known, its bin
 // folder; unlike the clean domain the temporary directory is not among them. Immutable:
-// `now` is fixed when the service is built, so a new cut-off needs a new service.
+// `now` is fixed when the service is built, so a new cut-off needs a new service. Whatever
+// is left out is the live one: the running user's environment, the live probe, shell,
+// metadata and runtime lister, the time of building.
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -24,21 +26,25 @@
 namespace kelvo {
 
 struct PrepareService {
-    Environment env;
-    std::shared_ptr<const ProcessProbe> probe;
-    CommandRunner runCommand = &Executor::shell;
+    Environment env = Environment::live();
+    ProbeDependency probe;
+    CommandRunner runCommand;
     int olderThanMonths = 6;
-    std::chrono::system_clock::time_point now;
-    std::shared_ptr<const AppMetadata> metadata;
-    RuntimeLister simLister = &SimRuntimeLister::live;
+    std::chrono::system_clock::time_point now = std::chrono::system_clock::now();
+    MetadataDependency metadata;
+    RuntimeLister simLister;
     // Where installed applications are looked for; nothing means the standard folders.
     std::optional<std::vector<std::filesystem::path>> appIndexDirs;
+    // Where the system's Flatpak and Snap installations are looked for (Linux profile).
+    std::filesystem::path systemRoot = "/";
 
-    // The three detectors, built afresh (the installed applications are listed each time).
+    // The profile's detectors, built afresh (the installed applications are listed each time).
     CleanerList preparers() const;
     // Unsorted, unselected targets; nothing when the scan was stopped.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
+    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
+    // environment gives a reason, every target is skipped with it and nothing is looked at.
     ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
 };
 

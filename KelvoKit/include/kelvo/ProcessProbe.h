@@ -6,9 +6,12 @@
 // table can be read it asks /usr/bin/pgrep (-x name, -f fragment; exit 0 = running, a tool
 // that cannot start = not running). The stub answers from fixed lists, for tests. Both
 // are immutable and safe to share between threads.
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "kelvo/Dependency.h"
 
 namespace kelvo {
 
@@ -26,6 +29,10 @@ public:
     bool isRunning(const std::string& name) const override;
     bool isRunningUnder(const std::string& pathFragment) const override;
 };
+
+// One live probe, shared (it holds no state).
+std::shared_ptr<const ProcessProbe> liveProcessProbe();
+using ProbeDependency = Dependency<std::shared_ptr<const ProcessProbe>, &liveProcessProbe>;
 
 class StubProcessProbe final : public ProcessProbe {
 public:

@@ -3,7 +3,12 @@
 // symbolic links resolved as far as it exists and then standardised, it lies strictly
 // inside an allowed root (a root itself is never deletable), is not the home, and neither
 // equals, lies inside nor contains a protected path or user exclusion. "Inside" is a string
-// test on whole components: /Users/ab/x is not inside /Users/a.
+// test on whole components: /Users/ab/x is not inside /Users/a; nothing lies inside "/",
+// and canonically equivalent Unicode spellings are the same path (kelvo/Paths.h).
+//
+// A home that is not an absolute path of its own (empty, relative, or resolving to "/")
+// anchors nothing: the guard then refuses every path. `refusalFor` states the same rule
+// for a whole environment, so that the services refuse a clean before it starts.
 //
 // The lists are kept as given and normalised afresh at every question, so a link that
 // appears or changes between two questions is seen by the second. The guard decides on
@@ -11,8 +16,11 @@
 // check. An empty path names nothing and is never deletable; empty list entries are
 // passed over. The guard is an immutable value, safe to share between threads.
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "kelvo/Environment.h"
 
 namespace kelvo {
 
@@ -27,6 +35,12 @@ struct SafetyGuard {
     // rest kept as written), then standardised; a relative path is taken from the current
     // directory. Empty for an empty path.
     static std::string normalForm(const std::filesystem::path& path);
+    // Whether removals may be anchored at the folder: it is absolute and does not resolve to "/".
+    static bool anchorsRemoval(const std::filesystem::path& folder);
+    // Why nothing may be removed in this environment (localised): its home or temporary folder
+    // anchors no removal (an unresolvable home is taken as "/", see Environment::liveHome).
+    // Nothing when both can.
+    static std::optional<std::string> refusalFor(const Environment& env);
 };
 
 }  // namespace kelvo

@@ -31,6 +31,9 @@ struct ScanPlanJSON {
     std::map<std::string, std::int64_t> byFamily;
     std::map<std::string, std::int64_t> byLevel;
     std::vector<Target> targets;
+    // Remarks on the scan as a whole (places the catalog left out, and why); the document
+    // has a "notes" array only when there is one.
+    std::vector<std::string> notes;
 
     // Totals from the summary as given; the targets argument alone decides the array.
     ScanPlanJSON(const std::vector<CleanTarget>& targets, const ScanSummary& summary,

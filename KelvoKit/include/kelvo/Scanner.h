@@ -1,8 +1,12 @@
 #pragma once
-// Runs a list of cleaners as one scan on one pool of workers and returns the targets with
-// no path offered twice: a strict ancestor path wins over the paths inside it, an exactly
-// shared path goes to the smaller id, equal ids never cover each other, commands pass
-// through; a target that lost some paths is re-measured, one that lost all is dropped.
+// Runs a list of cleaners as one scan on one pool of workers and returns what may be
+// offered, in three steps:
+// - paths of other users are never offered (ownPathsOnly);
+// - no path is offered twice (dedup): a strict ancestor path wins over the paths inside
+//   it, an exactly shared path goes to the smaller id, equal ids never cover each other;
+// - a target the executor will refuse for a link is marked and says why (markLinks).
+// Paths are matched as kelvo/Paths.h compares them. Commands pass through every step; a
+// target that lost some paths is re-measured, one that lost all is dropped.
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -31,7 +35,8 @@ struct ScanOptions {
 
 class Scanner {
 public:
-    explicit Scanner(CleanerList cleaners) : cleaners_(std::move(cleaners)) {}
+    // Null entries are dropped: there is nothing to run.
+    explicit Scanner(CleanerList cleaners) : cleaners_(std::move(cleaners)) { std::erase(cleaners_, nullptr); }
 
     // Nothing when the scan was stopped: a stopped scan publishes nothing.
     std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
@@ -39,6 +44,13 @@ public:
     // The de-duplication step on its own; re-measures with the given sizer.
     static std::vector<CleanTarget> dedup(const std::vector<CleanTarget>& targets,
                                           const DirectorySizer& sizer = DirectorySizer());
+    // Drops every path that belongs to another user or whose owner cannot be read
+    // (RemovalChecks::ownerReason); re-measures with the given sizer.
+    static std::vector<CleanTarget> ownPathsOnly(const std::vector<CleanTarget>& targets,
+                                                 const DirectorySizer& sizer = DirectorySizer());
+    // Sets blockedByLink on every target with a path RemovalChecks::linkReason refuses, and
+    // puts that reason first in its notes.
+    static std::vector<CleanTarget> markLinks(std::vector<CleanTarget> targets);
 
     const CleanerList& cleaners() const { return cleaners_; }
 

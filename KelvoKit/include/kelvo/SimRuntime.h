@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "kelvo/Dependency.h"
+
 namespace kelvo {
 
 struct SimRuntime {
@@ -17,8 +19,6 @@ struct SimRuntime {
     std::optional<std::chrono::system_clock::time_point> lastUsed;
     friend bool operator==(const SimRuntime&, const SimRuntime&) = default;
 };
-
-using RuntimeLister = std::function<std::vector<SimRuntime>()>;
 
 namespace SimRuntimeLister {
 // Runs `/usr/bin/xcrun simctl runtime list -j`; empty on any failure (no such tool here).
@@ -34,5 +34,10 @@ std::vector<SimRuntime> parse(const std::string& data);
 // RFC 3339 without fractional seconds ("2024-03-01T14:22:05Z", "+01:00" offsets).
 std::optional<std::chrono::system_clock::time_point> parseDate(const std::string& text);
 }  // namespace SimRuntimeLister
+
+// Lists the runtimes from any thread; the live one is SimRuntimeLister::live.
+using RuntimeListing = std::function<std::vector<SimRuntime>()>;
+RuntimeListing liveRuntimeLister();
+using RuntimeLister = Dependency<RuntimeListing, &liveRuntimeLister>;
 
 }  // namespace kelvo

@@ -22,8 +22,8 @@ namespace kelvo {
 class UnusedAppDetector final : public Cleaner {
 public:
     UnusedAppDetector(std::vector<std::filesystem::path> appDirs, std::filesystem::path home, int olderThanMonths,
-                      TimePoint now, std::shared_ptr<const AppMetadata> metadata,
-                      std::shared_ptr<const ProcessProbe> probe, std::set<std::string> protectedBundleIDs,
+                      TimePoint now, MetadataDependency metadata, ProbeDependency probe,
+                      std::set<std::string> protectedBundleIDs,
                       std::set<std::string> protectedNames);
 
     const std::string& id() const override { return id_; }
@@ -44,8 +44,8 @@ private:
     std::filesystem::path home_;
     int olderThanMonths_;
     TimePoint now_;
-    std::shared_ptr<const AppMetadata> metadata_;
-    std::shared_ptr<const ProcessProbe> probe_;
+    MetadataDependency metadata_;
+    ProbeDependency probe_;
     std::set<std::string> protectedBundleIDs_;
     std::set<std::string> protectedNames_;  // lower case
 };

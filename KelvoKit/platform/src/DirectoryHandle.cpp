@@ -233,6 +233,30 @@ std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModif
     return modificationTimeOf(status);
 }
 
+std::optional<std::string> DirectoryHandle::childFileStart(std::string_view name, std::size_t maxBytes) const {
+    char childName[NAME_MAX + 1];
+    if (copyName(name, childName)) return std::nullopt;
+    // O_NONBLOCK: a FIFO swapped in under the name must not stall the walk.
+    const int file = ::openat(fd_, childName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0) return std::nullopt;
+    std::optional<std::string> start;
+    struct stat status {};
+    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+        std::string buffer(maxBytes, '\0');
+        std::size_t filled = 0;
+        while (filled < maxBytes) {
+            const ssize_t count = ::read(file, buffer.data() + filled, maxBytes - filled);
+            if (count < 0 && errno == EINTR) continue;
+            if (count <= 0) break;
+            filled += static_cast<std::size_t>(count);
+        }
+        buffer.resize(filled);
+        start = std::move(buffer);
+    }
+    ::close(file);
+    return start;
+}
+
 void DirectoryHandle::rewindIfListed() const {
     if (listed_) ::lseek(fd_, 0, SEEK_SET);
     listed_ = true;

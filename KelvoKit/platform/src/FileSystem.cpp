@@ -21,6 +21,21 @@ std::optional<struct stat> statOf(const std::filesystem::path& path, bool follow
     return status;
 }
 
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+std::error_code writeAll(int fd, const std::string& content) {
+    std::size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return lastError();
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    return {};
+}
+
 }  // namespace
 
 bool exists(const std::filesystem::path& path) { return statOf(path, true).has_value(); }
@@ -76,6 +91,16 @@ std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
     return static_cast<unsigned>(status->st_mode & 07777);
 }
 
+std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        error = {errno, std::generic_category()};
+        return std::nullopt;
+    }
+    error.clear();
+    return static_cast<unsigned>(status.st_uid);
+}
+
 std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
     if (::chmod(path.c_str(), static_cast<mode_t>(bits)) != 0) return {errno, std::generic_category()};
     return {};
@@ -113,40 +138,80 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
     }
 }
 
-std::optional<std::string> readFile(const std::filesystem::path& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
+namespace {
+
+// Reads to the end, or until more than `limit` bytes came (then nothing).
+std::optional<std::string> readOpenFile(int fd, std::size_t limit) {
     std::string content;
     char buffer[65536];
     while (true) {
         const ssize_t count = ::read(fd, buffer, sizeof buffer);
         if (count < 0) {
             if (errno == EINTR) continue;
-            ::close(fd);
             return std::nullopt;
         }
-        if (count == 0) break;
+        if (count == 0) return content;
+        if (static_cast<std::size_t>(count) > limit - content.size()) return std::nullopt;
         content.append(buffer, static_cast<std::size_t>(count));
     }
+}
+
+}  // namespace
+
+std::optional<std::string> readFile(const std::filesystem::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    auto content = readOpenFile(fd, std::string().max_size());
+    ::close(fd);
+    return content;
+}
+
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t maxBytes) {
+    // Opening some devices has effects of its own, so only what looks like a regular file is
+    // opened; the status of the open descriptor then decides.
+    const auto before = statOf(path, true);
+    if (!before || !S_ISREG(before->st_mode)) return std::nullopt;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0) return std::nullopt;
+    struct stat status {};
+    std::optional<std::string> content;
+    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size >= 0 &&
+        static_cast<std::uint64_t>(status.st_size) <= maxBytes)
+        content = readOpenFile(fd, maxBytes);
     ::close(fd);
     return content;
 }
 
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return {errno, std::generic_category()};
-    std::size_t written = 0;
-    while (written < content.size()) {
-        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
-        if (count < 0) {
-            if (errno == EINTR) continue;
-            const std::error_code error{errno, std::generic_category()};
-            ::close(fd);
-            return error;
-        }
-        written += static_cast<std::size_t>(count);
+    if (fd < 0) return lastError();
+    if (auto error = writeAll(fd, content)) {
+        ::close(fd);
+        return error;
     }
-    if (::close(fd) != 0) return {errno, std::generic_category()};
+    if (::close(fd) != 0) return lastError();
+    return {};
+}
+
+std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content) {
+    std::string temporary = path.string() + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return lastError();
+    std::error_code error = writeAll(fd, content);
+    if (!error && ::fsync(fd) != 0) error = lastError();
+    if (::close(fd) != 0 && !error) error = lastError();
+    if (!error && ::rename(temporary.c_str(), path.c_str()) != 0) error = lastError();
+    if (error) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    // The new name is durable only once the directory that holds it is flushed.
+    const auto parent = path.parent_path().empty() ? std::filesystem::path(".") : path.parent_path();
+    const int directory = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory >= 0) {
+        ::fsync(directory);
+        ::close(directory);
+    }
     return {};
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 
 extern char** environ;
 
@@ -96,13 +97,25 @@ std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, c
     return outcome;
 }
 
-int runShell(const std::string& commandLine) {
+int runShell(const std::string& commandLine, const std::map<std::string, std::string>& variables) {
     std::string shell = "/bin/sh";
     std::string flag = "-c";
     std::string line = commandLine;
     char* argv[] = {shell.data(), flag.data(), line.data(), nullptr};
+
+    // This process's environment without the variables given, then those.
+    std::vector<std::string> settings;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string_view setting = *entry;
+        if (!variables.contains(std::string(setting.substr(0, setting.find('='))))) settings.emplace_back(setting);
+    }
+    for (const auto& [name, value] : variables) settings.push_back(name + "=" + value);
+    std::vector<char*> envp;
+    for (auto& setting : settings) envp.push_back(setting.data());
+    envp.push_back(nullptr);
+
     pid_t child = 0;
-    if (::posix_spawn(&child, shell.c_str(), nullptr, nullptr, argv, environ) != 0) return -1;
+    if (::posix_spawn(&child, shell.c_str(), nullptr, nullptr, argv, envp.data()) != 0) return -1;
     return waitFor(child).value_or(-1);
 }
 

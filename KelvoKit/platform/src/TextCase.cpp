@@ -3,6 +3,8 @@
 #include <locale.h>
 #include <wctype.h>
 
+#include "UTF8.h"
+
 namespace kelvo::platform {
 namespace {
 
@@ -13,24 +15,6 @@ locale_t utf8Locale() {
         return static_cast<locale_t>(0);
     }();
     return locale;
-}
-
-void appendUtf8(std::string& out, char32_t code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xC0 | (code >> 6));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        out += static_cast<char>(0xE0 | (code >> 12));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (code >> 18));
-        out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    }
 }
 
 }  // namespace
@@ -58,7 +42,7 @@ std::string lowercased(std::string_view text) {
             out += static_cast<char>(code >= 'A' && code <= 'Z' ? code + 32 : code);
         } else {
             const wint_t lower = locale ? towlower_l(static_cast<wint_t>(code), locale) : static_cast<wint_t>(code);
-            appendUtf8(out, static_cast<char32_t>(lower));
+            appendUTF8(out, static_cast<char32_t>(lower));
         }
         i += length;
     }

@@ -17,15 +17,23 @@ std::optional<std::string> variable(const char* name) {
 
 }  // namespace
 
-std::filesystem::path homeDirectory() {
+std::optional<std::filesystem::path> homeDirectory() {
     if (auto home = variable("HOME")) return *home;
     std::vector<char> buffer(16384);
     struct passwd entry {};
     struct passwd* found = nullptr;
     if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir)
         return found->pw_dir;
-    return "/";
+    return std::nullopt;
 }
+
+std::optional<std::filesystem::path> stateHome() {
+    if (auto state = variable("XDG_STATE_HOME"); state && state->front() == '/') return *state;
+    if (auto home = homeDirectory()) return *home / ".local/state";
+    return std::nullopt;
+}
+
+unsigned currentUserID() { return static_cast<unsigned>(::geteuid()); }
 
 std::filesystem::path temporaryDirectory() {
     if (auto directory = variable("TMPDIR")) return *directory;
@@ -50,5 +58,7 @@ std::optional<std::filesystem::path> executableDirectory() {
     if (error) return std::nullopt;
     return executable.parent_path();
 }
+
+std::optional<std::string> environmentVariable(const std::string& name) { return variable(name.c_str()); }
 
 }  // namespace kelvo::platform

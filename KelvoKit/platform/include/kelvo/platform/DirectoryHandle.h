@@ -35,6 +35,9 @@ public:
     // nothing when it cannot be read. Kept apart from the listing so a walk reads dates
     // only for the few entries it cares about.
     std::optional<std::chrono::system_clock::time_point> childModificationTime(std::string_view name) const;
+    // Up to maxBytes from the start of a child that is a regular file (never through a
+    // link); nothing when it is not one or cannot be read.
+    std::optional<std::string> childFileStart(std::string_view name, std::size_t maxBytes) const;
 
     // Calls visit(name, type) once per entry ("." and ".." left out) with the type the
     // directory itself records, read without a status call per entry (one is made only

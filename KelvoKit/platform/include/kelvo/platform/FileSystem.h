@@ -37,6 +37,9 @@ std::int64_t allocatedSize(const std::filesystem::path& path);
 // Permission bits of the item itself (links not followed); nothing when unreadable.
 std::optional<unsigned> permissionBits(const std::filesystem::path& path);
 std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits);
+// The user id owning the item itself (links not followed); the error when it cannot be
+// read (no_such_file_or_directory when nothing is there).
+std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
 
 // Resolves symbolic links along the path as far as it exists; the components that do not
 // exist are appended as written. The result is absolute and standardised.
@@ -44,9 +47,18 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path);
 // The target of one symbolic link as written; nothing when it is not a readable link.
 std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path);
 
+// The whole content of whatever opens for reading, pseudo-files of /proc included.
 std::optional<std::string> readFile(const std::filesystem::path& path);
+// The content of a regular file (links followed) of at most maxBytes; nothing for anything
+// else: a FIFO, a device, a directory, a larger file, any error. A FIFO or device is never
+// opened, and a file swapped for one meanwhile is opened without blocking and refused.
+std::optional<std::string> readRegularFile(const std::filesystem::path& path, std::size_t maxBytes);
 // Writes in place (no temporary file), replacing earlier content.
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content);
+// Replaces the file whole or not at all, even across a crash: the content goes to a new
+// file beside it (mode 0600), is flushed to the disk, renamed over the old name, and the
+// directory is flushed too. Readers see the old content or the new one, never a mix.
+std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content);
 std::error_code createDirectories(const std::filesystem::path& path);
 
 }  // namespace kelvo::platform

@@ -1,6 +1,7 @@
 #pragma once
 // Starting child processes and waiting for them, without a time limit.
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,8 +18,8 @@ struct ProcessOutcome {
 // the program cannot be started.
 std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                                          bool captureOutput);
-// Runs "/bin/sh -c commandLine" with this process's standard streams and environment and
-// returns its exit status; -1 when it cannot be started.
-int runShell(const std::string& commandLine);
+// Runs "/bin/sh -c commandLine" with this process's standard streams and environment,
+// the given variables set over it, and returns its exit status; -1 when it cannot be started.
+int runShell(const std::string& commandLine, const std::map<std::string, std::string>& variables = {});
 
 }  // namespace kelvo::platform

@@ -1,0 +1,234 @@
+#include "kelvo/AppModel.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "kelvo/Config.h"
+#include "kelvo/PlanSelection.h"
+
+namespace kelvo {
+
+AppServices AppServices::live(const Environment& env) {
+    const auto probe = std::make_shared<LiveProcessProbe>();
+    return AppServices{
+        CleanService{env, probe, &Executor::shell},
+        PrepareService{env, probe, &Executor::shell, 6, std::chrono::system_clock::now(),
+                       std::make_shared<LiveAppMetadata>(), &SimRuntimeLister::live, std::nullopt},
+    };
+}
+
+void AppModelDependencies::onNewThread(Closure work) { std::thread(std::move(work)).detach(); }
+
+AppModel::AppModel(Dispatcher toUserInterface, CleanService clean, PrepareService prepare,
+                   std::optional<VersionGate> versionGate, AppModelDependencies dependencies)
+    : toUserInterface_(std::move(toUserInterface)),
+      dependencies_(std::move(dependencies)),
+      self_(std::make_shared<AppModel*>(this)),
+      clean_(std::move(clean)),
+      prepare_(std::move(prepare)),
+      versionGate_(std::move(versionGate)) {}
+
+AppModel::AppModel(Dispatcher toUserInterface, const Environment& env, AppModelDependencies dependencies)
+    : AppModel(std::move(toUserInterface), CleanService{}, PrepareService{}, VersionGate(), std::move(dependencies)) {
+    auto services = dependencies_.makeServices(env);
+    clean_ = std::move(services.clean);
+    prepare_ = std::move(services.prepare);
+    refreshDisk();
+}
+
+AppModel::~AppModel() {
+    // The abandoned walk may stop early; its result is dropped with self_.
+    if (scanTask_) scanTask_->request_stop();
+}
+
+std::string_view AppModel::rawValue(Domain domain) { return domain == Domain::clean ? "clean" : "prepare"; }
+
+std::size_t AppModel::observe(Observer observer) {
+    observers_.emplace(nextObserverID_, std::move(observer));
+    return nextObserverID_++;
+}
+
+void AppModel::stopObserving(std::size_t id) { observers_.erase(id); }
+
+template <class T>
+void AppModel::publish(Field field, T& slot, T value) {
+    slot = std::move(value);
+    notify(field);
+}
+
+template <class T>
+void AppModel::publishChange(Field field, T& slot, T value) {
+    if (slot == value) return;
+    publish(field, slot, std::move(value));
+}
+
+void AppModel::notify(Field field) {
+    // A copy: an observer may subscribe or leave while it is being told.
+    std::vector<Observer> current;
+    for (const auto& [id, observer] : observers_) current.push_back(observer);
+    for (const auto& observer : current) observer(field);
+}
+
+AppModel::Reply AppModel::replyToModel() const {
+    return [post = toUserInterface_, self = std::weak_ptr<AppModel*>(self_)](std::function<void(AppModel&)> apply) {
+        post([self, apply = std::move(apply)] {
+            if (const auto model = self.lock()) apply(**model);
+        });
+    };
+}
+
+template <class MakeWork>
+Closure AppModel::forActiveService(MakeWork makeWork) const {
+    return domain_ == Domain::clean ? makeWork(clean_) : makeWork(prepare_);
+}
+
+void AppModel::setDomain(Domain domain) { publishChange(Field::domain, domain_, domain); }
+
+void AppModel::setSelectedIDs(std::set<std::string> ids) {
+    publishChange(Field::selectedIDs, selectedIDs_, std::move(ids));
+}
+
+bool AppModel::needsOnboarding() const { return !Config::exists(home()); }
+
+void AppModel::refreshDisk() { publishChange(Field::disk, disk_, dependencies_.measureDisk(home())); }
+
+void AppModel::reloadConfig() {
+    auto services = dependencies_.makeServices(dependencies_.loadEnvironment());
+    clean_ = std::move(services.clean);
+    prepare_ = std::move(services.prepare);
+    refreshDisk();
+}
+
+void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
+    Config config = Config::load(home());
+    config.enabledFamilies.reset();
+    if (enabledFamilies) {
+        std::vector<std::string> names;
+        for (const Family family : *enabledFamilies) names.emplace_back(kelvo::rawValue(family));
+        std::ranges::sort(names);
+        config.enabledFamilies = std::move(names);
+    }
+    (void)config.save(home());
+    reloadConfig();
+}
+
+void AppModel::detectCategories(std::function<void(std::set<Family>)> done) {
+    dependencies_.inBackground([service = clean_, reply = replyToModel(), done = std::move(done)] {
+        auto families = service.detectFamilies().value_or(std::set<Family>{});
+        reply([families = std::move(families), done](AppModel&) {
+            if (done) done(families);
+        });
+    });
+}
+
+void AppModel::startScan() {
+    if (scanTask_) scanTask_->request_stop();
+    scanTask_.emplace();
+    scanUntil(scanTask_->get_token(), {});
+}
+
+void AppModel::scan(Closure done) { scanUntil(std::stop_token{}, std::move(done)); }
+
+void AppModel::scanUntil(std::stop_token stop, Closure done) {
+    publishChange(Field::phase, phase_, Phase::scanning);
+    if (lastReport_) publish(Field::lastReport, lastReport_, std::optional<ExecutionReport>());
+    const std::uint64_t number = ++scansStarted_;
+    dependencies_.inBackground(forActiveService([&](const auto& service) {
+        return Closure([service, stop, number, reply = replyToModel(), done = std::move(done)] {
+            ScanOptions options;
+            options.stop = stop;
+            auto found = service.scan(options);
+            if (found) found = Reporter::largestFirst(std::move(*found));
+            reply([number, stop, found = std::move(found), done](AppModel& model) mutable {
+                model.finishScan(number, stop, std::move(found));
+                if (done) done();
+            });
+        });
+    }));
+}
+
+void AppModel::finishScan(std::uint64_t scan, const std::stop_token& stop,
+                          std::optional<std::vector<CleanTarget>> found) {
+    // Asked here, on the user-interface thread, where every cancellation happens: a scan
+    // cancelled after its walk ended is still cancelled.
+    if (found && !stop.stop_requested()) {
+        PlanSelection selection(std::move(*found));
+        publish(Field::targets, targets_, std::move(selection.targets));
+        publishChange(Field::selectedIDs, selectedIDs_, std::move(selection.selectedIDs));
+        refreshDisk();
+    }
+    // A scan that a newer one replaced leaves the phase to that one.
+    if (scan == scansStarted_ && phase_ == Phase::scanning) publishChange(Field::phase, phase_, Phase::idle);
+}
+
+void AppModel::cancelScan() {
+    if (scanTask_) {
+        scanTask_->request_stop();
+        scanTask_.reset();
+    }
+    if (phase_ == Phase::scanning) publishChange(Field::phase, phase_, Phase::idle);
+}
+
+void AppModel::clearResults() {
+    cancelScan();
+    publish(Field::targets, targets_, std::vector<CleanTarget>());
+    publishChange(Field::selectedIDs, selectedIDs_, std::set<std::string>());
+    if (lastReport_) publish(Field::lastReport, lastReport_, std::optional<ExecutionReport>());
+}
+
+void AppModel::toggle(const std::string& id) {
+    if (!selectedIDs_.erase(id)) selectedIDs_.insert(id);
+    notify(Field::selectedIDs);
+}
+
+std::vector<CleanTarget> AppModel::selectedTargets() const {
+    std::vector<CleanTarget> chosen;
+    for (const auto& target : targets_)
+        if (selectedIDs_.contains(target.id)) chosen.push_back(target);
+    return chosen;
+}
+
+void AppModel::checkMinimumVersion(Closure done) {
+    if (!versionGate_) {
+        if (done) done();
+        return;
+    }
+    dependencies_.inBackground([gate = *versionGate_, reply = replyToModel(), done = std::move(done)] {
+        const bool required = gate.check() == VersionStatus::mustUpdate;
+        reply([required, done](AppModel& model) {
+            model.publishChange(Field::updateRequired, model.updateRequired_, required);
+            if (done) done();
+        });
+    });
+}
+
+void AppModel::run(bool dryRun, bool force, Closure done) {
+    publishChange(Field::phase, phase_, Phase::cleaning);
+    dependencies_.inBackground(forActiveService([&](const auto& service) {
+        return Closure([service, chosen = selectedTargets(), dryRun, force, reply = replyToModel(),
+                        done = std::move(done)] {
+            auto report = service.clean(chosen, dryRun, force);
+            reply([report = std::move(report), done](AppModel& model) mutable {
+                model.finishRun(std::move(report));
+                if (done) done();
+            });
+        });
+    }));
+}
+
+void AppModel::finishRun(ExecutionReport report) {
+    std::set<std::string> removed(report.deleted.begin(), report.deleted.end());
+    removed.insert(report.partial.begin(), report.partial.end());
+    publish(Field::lastReport, lastReport_, std::optional<ExecutionReport>(std::move(report)));
+    auto kept = targets_;
+    std::erase_if(kept, [&](const CleanTarget& target) { return removed.contains(target.id); });
+    if (kept.size() != targets_.size()) publish(Field::targets, targets_, std::move(kept));
+    auto selected = selectedIDs_;
+    std::erase_if(selected, [&](const std::string& id) { return removed.contains(id); });
+    publishChange(Field::selectedIDs, selectedIDs_, std::move(selected));
+    refreshDisk();
+    publishChange(Field::phase, phase_, Phase::done);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,79 @@
+#include "kelvo/InstalledPackages.h"
+
+#include <sstream>
+
+#include "kelvo/Paths.h"
+#include "kelvo/platform/FileSystem.h"
+
+namespace kelvo {
+namespace {
+
+using Entries = std::vector<platform::ListedEntry>;
+
+// The entries of a folder: none when it does not exist, nothing when it exists but cannot be read.
+std::optional<Entries> entriesOf(const std::filesystem::path& folder) {
+    if (!platform::exists(folder)) return Entries{};
+    return platform::listDirectory(folder, /*skipHidden=*/true);
+}
+
+// The Path= values of one installation file ("[Installation \"name\"]" sections).
+std::vector<std::filesystem::path> installationPaths(const std::string& text) {
+    std::vector<std::filesystem::path> paths;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const auto start = line.find_first_not_of(" \t");
+        if (start == std::string::npos || line.compare(start, 5, "Path=") != 0) continue;
+        std::string value = line.substr(start + 5);
+        value.erase(value.find_last_not_of(" \t\r") + 1);
+        if (value.starts_with('/')) paths.emplace_back(value);
+    }
+    return paths;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::filesystem::path>> InstalledPackages::flatpakInstallations(
+    const std::filesystem::path& user, const std::filesystem::path& system, const std::filesystem::path& configFolder) {
+    std::vector<std::filesystem::path> installations{user, system};
+    const auto folder = configFolder / "installations.d";
+    const auto entries = entriesOf(folder);
+    if (!entries) return std::nullopt;
+    for (const auto& entry : *entries) {
+        if (Paths::extensionOf(entry.name) != "conf") continue;
+        const auto text = platform::readFile(folder / entry.name);
+        if (!text) return std::nullopt;
+        for (auto& path : installationPaths(*text)) installations.push_back(std::move(path));
+    }
+    return installations;
+}
+
+std::optional<std::set<std::string>> InstalledPackages::flatpakAppIDs(
+    const std::vector<std::filesystem::path>& installations) {
+    std::set<std::string> ids;
+    for (const auto& installation : installations) {
+        const auto entries = entriesOf(installation / "app");
+        if (!entries) return std::nullopt;
+        for (const auto& entry : *entries) ids.insert(entry.name);
+    }
+    return ids;
+}
+
+std::optional<std::set<std::string>> InstalledPackages::snapNames(
+    const std::vector<std::filesystem::path>& mountFolders, const std::filesystem::path& packageFolder) {
+    std::set<std::string> names;
+    for (const auto& folder : mountFolders) {
+        const auto entries = entriesOf(folder);
+        if (!entries) return std::nullopt;
+        for (const auto& entry : *entries) names.insert(entry.name);
+    }
+    const auto packages = entriesOf(packageFolder);
+    if (!packages) return std::nullopt;
+    for (const auto& entry : *packages) {
+        const auto underscore = entry.name.rfind('_');
+        if (Paths::extensionOf(entry.name) == "snap" && underscore != std::string::npos && underscore > 0)
+            names.insert(entry.name.substr(0, underscore));
+    }
+    return names;
+}
+
+}  // namespace kelvo

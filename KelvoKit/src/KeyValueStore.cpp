@@ -1,0 +1,7 @@
+#include "kelvo/KeyValueStore.h"
+
+namespace kelvo {
+
+KeyValueStore::~KeyValueStore() = default;
+
+}  // namespace kelvo

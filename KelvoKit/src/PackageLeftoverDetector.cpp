@@ -1,0 +1,48 @@
+#include "kelvo/PackageLeftoverDetector.h"
+
+#include <algorithm>
+
+#include "kelvo/L10n.h"
+#include "kelvo/OrphanedLeftoverDetector.h"
+#include "kelvo/platform/FileSystem.h"
+
+namespace kelvo {
+
+PackageLeftoverDetector::PackageLeftoverDetector(std::vector<Source> sources) : sources_(std::move(sources)) {}
+
+std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& context) const {
+    std::vector<CleanTarget> targets;
+    for (const auto& source : sources_) {
+        if (!source.installed) continue;
+        const auto entries = platform::listDirectory(source.dataFolder, /*skipHidden=*/true);
+        if (!entries) continue;
+        std::vector<std::string> names;
+        for (const auto& entry : *entries)
+            if (entry.type == platform::EntryType::directory && !source.installed->contains(entry.name) &&
+                !source.isProtected(entry.name))
+                names.push_back(entry.name);
+        std::sort(names.begin(), names.end());
+        for (const auto& name : names) {
+            if (context.stop.stop_requested()) return {};
+            auto folder = source.dataFolder / name;
+            const Measurement measured = context.sizer.measure(folder);
+            if (measured.bytes < 1) continue;
+            targets.push_back(CleanTarget{
+                .id = "leftover:" + source.idPrefix + name,
+                .name = L10n::t("cleaner.leftover.target", name),
+                .family = Family::appLeftovers,
+                .kind = CleanKind::paths({std::move(folder)}),
+                .sizeBytes = measured.bytes,
+                .reversibility = Reversibility::userData,
+                .regenCost = RegenCost::redownload,
+                .level = Level::moderate,
+                .notes = OrphanedLeftoverDetector::leftoverNote,
+            });
+        }
+    }
+    // A walk cut short by the stop request measured too little; such a scan publishes nothing.
+    if (context.stop.stop_requested()) return {};
+    return targets;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include "kelvo/CompositeStore.h"
+#include "kelvo/InMemoryStore.h"
+#include "kelvo/MinVersionInfo.h"
+#include "kelvo/VersionGate.h"
+
+namespace kelvo {
+namespace {
+
+TEST(VersionGate, ComparesDottedVersionsNumberByNumber) {
+    struct Row {
+        const char* current;
+        const char* minimum;
+        bool older;
+    };
+    const Row rows[] = {
+        {"1.2", "1.10", true},       {"1.2.0", "1.2", false},  {"2.0", "1.9.9", false}, {"1.2", "1.2.1", true},
+        {"1.2-beta", "1.2", true},   {"", "0", false},         {"", "1", true},         {"1..2", ".1.2.", false},
+        {"007", "7", false},         {"beta", "0.1", true},    {"+3", "3", false},      {"-1", "0", true},
+        {"+-3", "-3", false},        {"99999999999999999999", "1", true},             {"1.10", "1.9", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(VersionGate::isOlder(row.current, row.minimum), row.older) << row.current << " vs " << row.minimum;
+}
+
+TEST(VersionGate, DecidesFromTheDocumentElseFromTheCachedMinimum) {
+    struct Row {
+        std::optional<std::string> fetched;
+        std::optional<std::string> cachedBefore;
+        const char* current;
+        VersionStatus expected;
+        std::optional<std::string> cachedAfter;
+    };
+    const Row rows[] = {
+        {R"({"minVersion": "1.0.1"})", std::nullopt, "1.0.0", VersionStatus::mustUpdate, "1.0.1"},
+        {R"({"minVersion": "1.0"})", std::nullopt, "1.0.0", VersionStatus::ok, "1.0"},
+        {std::nullopt, "2.0", "1.9", VersionStatus::mustUpdate, "2.0"},
+        {std::nullopt, std::nullopt, "1.9", VersionStatus::ok, std::nullopt},
+        {"<html><body>502 Bad Gateway</body></html>", "2.0", "1.9", VersionStatus::mustUpdate, "2.0"},
+        {R"({"minVersion": 3})", "1.0", "1.5", VersionStatus::ok, "1.0"},
+        // A newer document lowers the minimum; other members are ignored.
+        {R"({"minVersion": "1.0", "note": "x"})", "3.0", "1.5", VersionStatus::ok, "1.0"},
+    };
+    for (const auto& row : rows) {
+        auto store = std::make_shared<InMemoryStore>();
+        store->set(row.cachedBefore, "minVersionCached");
+        const VersionGate gate(row.current, store, [&] { return row.fetched; });
+        EXPECT_EQ(gate.check(), row.expected) << row.fetched.value_or("no answer");
+        EXPECT_EQ(store->string("minVersionCached"), row.cachedAfter) << row.fetched.value_or("no answer");
+    }
+}
+
+TEST(VersionGate, DocumentEncodesWithItsOneKey) {
+    EXPECT_EQ(MinVersionInfo{"1.4.2"}.encoded(), R"({"minVersion":"1.4.2"})");
+    EXPECT_EQ(MinVersionInfo::decode(R"({"minVersion":"1.4.2"})"), MinVersionInfo{"1.4.2"});
+}
+
+TEST(CompositeStore, ReadsFromTheFirstStoreThatHasTheKeyAndCopiesItIntoTheOthers) {
+    auto first = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "mine"}, {"m", "x"}});
+    auto second = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "theirs"}, {"k", "v"}});
+    CompositeStore composite({first, second});
+    EXPECT_EQ(composite.string("k"), "v");
+    EXPECT_EQ(first->string("k"), "v");
+    EXPECT_EQ(composite.string("j"), "mine");
+    EXPECT_EQ(second->string("j"), "theirs");
+    EXPECT_EQ(composite.string("m"), "x");
+    EXPECT_EQ(second->string("m"), "x");
+    EXPECT_FALSE(composite.string("absent"));
+
+    composite.set(std::nullopt, "k");
+    EXPECT_FALSE(first->string("k") || second->string("k"));
+    composite.set("w", "k");
+    EXPECT_TRUE(first->string("k") == "w" && second->string("k") == "w");
+}
+
+}  // namespace
+}  // namespace kelvo

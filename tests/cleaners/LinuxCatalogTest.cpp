@@ -1,0 +1,257 @@
+// The Linux profile by its properties, not entry by entry: what every entry must satisfy,
+// how locations follow the XDG folders and the tools' variables, and what happens to a
+// variable that points where nothing may be cleaned.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "kelvo/CleanService.h"
+#include "kelvo/CleanerRegistry.h"
+#include "kelvo/CommandCleaner.h"
+#include "kelvo/Executor.h"
+#include "kelvo/L10n.h"
+#include "kelvo/PathCleaner.h"
+#include "kelvo/Paths.h"
+#include "kelvo/PerProjectCleaner.h"
+#include "kelvo/VersionedDirCleaner.h"
+#include "support/TempDir.h"
+
+namespace kelvo {
+namespace {
+
+namespace fs = std::filesystem;
+
+Environment linuxEnvironment(std::map<std::string, std::string, std::less<>> variables = {}) {
+    Environment env;
+    env.home = "/home/dev";
+    env.tmpDir = "/tmp";
+    env.projectRoots = {"~/src"};
+    env.catalog = CatalogProfile::linux;
+    env.locationVariables = std::move(variables);
+    return env;
+}
+
+Environment macosEnvironment() {
+    auto env = linuxEnvironment();
+    env.catalog = CatalogProfile::macos;
+    return env;
+}
+
+// Every folder an entry would measure or list: a path entry's paths, a versioned entry's parent.
+std::vector<fs::path> placesOf(const Cleaner& cleaner) {
+    if (const auto* path = dynamic_cast<const PathCleaner*>(&cleaner)) {
+        std::vector<fs::path> places;
+        for (const auto& relative : path->relativePaths()) places.push_back(Paths::appending(path->home(), relative));
+        return places;
+    }
+    if (const auto* versioned = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return {versioned->parent()};
+    return {};
+}
+
+std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) {
+    std::map<std::string, std::vector<fs::path>> places;
+    for (const auto& cleaner : CleanerRegistry::makeCleaners(env)) places[cleaner->id()] = placesOf(*cleaner);
+    return places;
+}
+
+bool inside(const fs::path& path, const fs::path& root) {
+    return Paths::isInside(Paths::standardized(path).string(), Paths::standardized(root).string());
+}
+
+TEST(LinuxCatalog, EveryEntryIsUniqueNamedAndLooksOnlyInsideTheAllowedFolders) {
+    auto withFlutter = linuxEnvironment();
+    withFlutter.flutterBinCache = "/opt/flutter/bin/cache";
+    for (const auto& env : {linuxEnvironment(), withFlutter}) {
+        const auto cleaners = CleanerRegistry::makeCleaners(env);
+        const auto roots = CleanerRegistry::allowedRoots(env);
+        std::set<std::string> ids;
+        for (const auto& cleaner : cleaners) {
+            SCOPED_TRACE(cleaner->id());
+            EXPECT_TRUE(ids.insert(cleaner->id()).second) << "duplicate id";
+            EXPECT_NE(cleaner->family(), Family::xcodeCore);
+            EXPECT_NE(cleaner->family(), Family::simulators);
+            EXPECT_TRUE(cleaner->id() == "per-project" || cleaner->name() != "cleaner." + cleaner->id()) << "no text";
+            // A versioned entry offers its parent's subfolders, so its parent may be a root itself.
+            const bool offersChildren = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()) != nullptr;
+            for (const auto& place : placesOf(*cleaner)) {
+                EXPECT_TRUE(std::any_of(roots.begin(), roots.end(), [&](const auto& root) {
+                    return inside(place, root) || (offersChildren && place == root);
+                })) << place;
+                EXPECT_FALSE(inside(place, env.home / "Library")) << place;
+            }
+            if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) {
+                for (const char* elevation : {"sudo", "pkexec", "--system"})
+                    EXPECT_EQ(command->command().find(elevation), std::string::npos) << command->command();
+            }
+        }
+        EXPECT_EQ(cleaners.back()->id(), "per-project");
+        EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
+    }
+}
+
+TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsKindFamilyAndRisk) {
+    std::map<std::string, const Cleaner*> macosById;
+    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
+    for (const auto& cleaner : macosCleaners) macosById[cleaner->id()] = cleaner.get();
+    std::size_t shared = 0;
+    for (const auto& cleaner : CleanerRegistry::makeCleaners(linuxEnvironment())) {
+        const auto found = macosById.find(cleaner->id());
+        if (found == macosById.end()) continue;
+        SCOPED_TRACE(cleaner->id());
+        ++shared;
+        EXPECT_EQ(cleaner->family(), found->second->family());
+        EXPECT_EQ(typeid(*cleaner), typeid(*found->second));
+        if (const auto* path = dynamic_cast<const PathCleaner*>(cleaner.get())) {
+            const auto* before = dynamic_cast<const PathCleaner*>(found->second);
+            EXPECT_EQ(std::pair(path->level(), path->regenCost()), std::pair(before->level(), before->regenCost()));
+        }
+    }
+    EXPECT_GT(shared, macosCleaners.size() / 2);
+}
+
+TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
+    const auto cleaners = CleanerRegistry::makeCleaners(linuxEnvironment());
+    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
+    const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
+    const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
+    ASSERT_TRUE(linux && macos);
+    EXPECT_FALSE(macos->cacheTagged().has_value());
+    ASSERT_TRUE(linux->cacheTagged().has_value());
+
+    std::set<std::string> names;
+    for (const auto& spec : linux->specs()) EXPECT_TRUE(names.insert(spec.dirName).second) << spec.dirName;
+    EXPECT_FALSE(names.contains(linux->cacheTagged()->dirName));
+    for (const auto& spec : macos->specs()) EXPECT_TRUE(names.contains(spec.dirName)) << spec.dirName;
+    EXPECT_GT(names.size(), macos->specs().size());
+    // Settings, project links, notebook backups, service state, committed code and links.
+    for (const char* kept : {".bundle", ".vercel", ".netlify", ".swiftpm", ".idea", ".ipynb_checkpoints", ".devenv",
+                             "vendor", "result", "bazel-out"})
+        EXPECT_FALSE(names.contains(kept)) << kept;
+}
+
+struct Resolution {
+    std::map<std::string, std::string, std::less<>> variables;
+    std::string id;
+    fs::path expected;  // one of the entry's places
+};
+
+TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault) {
+    const std::vector<Resolution> cases{
+        {{}, "pip-cache", "/home/dev/.cache/pip"},
+        {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip"},
+        {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
+        {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
+        {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log"},
+        {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache"},
+        {{{"XDG_DATA_HOME", "/home/dev/d"}}, "trash", "/home/dev/d/Trash/files"},
+        {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},
+        {{{"GOPATH", "/home/dev/gp"}}, "go-mod", "/home/dev/gp/pkg/mod"},
+        {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods"},
+        {{{"CARGO_HOME", "/home/dev/rust/cargo"}}, "cargo-registry", "/home/dev/rust/cargo/registry"},
+        {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk"},
+    };
+    for (const auto& [variables, id, expected] : cases) {
+        SCOPED_TRACE(id + " expected at " + expected.string());
+        const auto places = placesById(linuxEnvironment(variables));
+        ASSERT_TRUE(places.contains(id));
+        EXPECT_NE(std::find(places.at(id).begin(), places.at(id).end(), expected), places.at(id).end());
+        EXPECT_TRUE(CleanerRegistry::build(linuxEnvironment(variables)).notes.empty());
+    }
+}
+
+TEST(LinuxCatalog, EveryLocationVariableMovesSomeEntry) {
+    for (const auto& name : Environment::locationVariableNames()) {
+        if (name.starts_with("FLATPAK_")) continue;  // read by the prepare domain
+        const std::string value = "/home/dev/moved/" + name;
+        const auto places = placesById(linuxEnvironment({{name, value}}));
+        const bool used = std::any_of(places.begin(), places.end(), [&](const auto& entry) {
+            return std::any_of(entry.second.begin(), entry.second.end(),
+                               [&](const fs::path& place) { return place == value || inside(place, value); });
+        });
+        EXPECT_TRUE(used) << name << " moves nothing";
+    }
+}
+
+TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSaysSo) {
+    const auto env =
+        linuxEnvironment({{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
+    const auto built = CleanerRegistry::build(env);
+    std::set<std::string> ids;
+    for (const auto& cleaner : built.cleaners) {
+        ids.insert(cleaner->id());
+        for (const auto& place : placesOf(*cleaner)) {
+            EXPECT_FALSE(inside(place, "/srv") || inside(place, "/var")) << cleaner->id() << " " << place;
+            EXPECT_NE(place, env.home) << cleaner->id();
+        }
+    }
+    EXPECT_FALSE(ids.contains("pip-cache"));
+    EXPECT_FALSE(ids.contains("jetbrains-caches"));
+    // Entries with places elsewhere keep those: thumbnails also looks in ~/.thumbnails.
+    EXPECT_EQ(placesById(env).at("thumbnails"), std::vector<fs::path>{"/home/dev/.thumbnails"});
+    ASSERT_EQ(built.notes.size(), 3u);
+    const std::vector<std::pair<std::string, std::string>> mentioned{
+        {"GEM_HOME", "rubygems"}, {"PIP_CACHE_DIR", "pip-cache"}, {"XDG_CACHE_HOME", "jetbrains-caches"}};
+    for (std::size_t index = 0; index < mentioned.size(); ++index) {
+        EXPECT_NE(built.notes[index].find(mentioned[index].first), std::string::npos) << built.notes[index];
+        EXPECT_NE(built.notes[index].find(mentioned[index].second), std::string::npos) << built.notes[index];
+    }
+}
+
+TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
+    if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
+    testing::TempDir root;
+    auto env = linuxEnvironment();
+    env.home = root / "home";
+    env.tmpDir = root / "tmp";
+    std::optional<CleanTarget> metro;
+    for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
+        if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get()); command && command->id() == "metro-cache")
+            metro = CleanTarget{.id = "metro-cache", .family = Family::reactNative,
+                                .kind = CleanKind::command(command->command())};
+    ASSERT_TRUE(metro);
+    for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "unrelated/e"})
+        testing::writeFile(env.tmpDir / entry, 100);
+    ASSERT_EQ(::lchown((env.tmpDir / "haste-map-theirs").c_str(), 65534, 65534), 0);
+    const CleanService service{.env = env};
+
+    // While another user's entry matches, the line is refused whole.
+    EXPECT_EQ(service.clean({*metro}, false, false).skipped.size(), 1u);
+    EXPECT_EQ(testing::listing(env.tmpDir),
+              "haste-map-mine/\nhaste-map-mine/b\nhaste-map-theirs/\nhaste-map-theirs/c\nmetro-cache/\nmetro-cache/a\n"
+              "unrelated/\nunrelated/e\n");
+    fs::remove_all(env.tmpDir / "haste-map-theirs");
+    EXPECT_EQ(service.clean({*metro}, false, false).deleted, std::vector<std::string>{"metro-cache"});
+    EXPECT_EQ(testing::listing(env.tmpDir), "unrelated/\nunrelated/e\n");
+}
+
+TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
+    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(linuxEnvironment());
+    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(macosEnvironment());
+    const auto has = [](const std::vector<Family>& families, Family family) {
+        return std::find(families.begin(), families.end(), family) != families.end();
+    };
+    for (Family family : {Family::xcodeCore, Family::simulators, Family::webBuild, Family::appLeftovers})
+        EXPECT_FALSE(has(linuxFamilies, family)) << rawValue(family);
+    EXPECT_TRUE(has(macosFamilies, Family::xcodeCore));
+    EXPECT_FALSE(has(macosFamilies, Family::webBuild));
+    EXPECT_TRUE(has(linuxFamilies, Family::macosGeneral));
+    EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
+
+    // Raw values stay; only the display name of the family named after macOS changes.
+    for (Family family : allFamilies()) {
+        EXPECT_EQ(displayName(family, CatalogProfile::macos), displayName(family));
+        EXPECT_EQ(displayName(family, CatalogProfile::linux) == displayName(family), family != Family::macosGeneral)
+            << rawValue(family);
+    }
+    EXPECT_EQ(displayName(Family::macosGeneral, CatalogProfile::linux), L10n::t("family.linux.macosGeneral"));
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,145 @@
+// Leftovers of removed Flatpak and Snap applications, with the installations in a fake
+// system root and a fake home.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <set>
+#include <string>
+
+#include "kelvo/Environment.h"
+#include "kelvo/PlanSelection.h"
+#include "kelvo/PrepareRegistry.h"
+#include "support/Instants.h"
+#include "support/TempDir.h"
+
+namespace kelvo {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::TempDir;
+using testing::writeFile;
+using testing::writeText;
+
+// A home with data of installed, removed, protected and hidden applications, and a system
+// root with a Flatpak system installation, an extra one named by its configuration, and snaps.
+struct FakeSystem {
+    FakeSystem() {
+        home = temp / "home";
+        system = temp / "root";
+        // Installed: one app per installation kind, and two snaps (a mount and a package file).
+        fs::create_directories(system / "var/lib/flatpak/app/org.example.System/current");
+        fs::create_directories(home / ".local/share/flatpak/app/org.example.User");
+        fs::create_directories(temp / "extra/app/org.example.Extra");
+        writeText(system / "etc/flatpak/installations.d/extra.conf",
+                  "[Installation \"extra\"]\n  Path=" + (temp / "extra").string() + "  \nDisplayName=Extra\n");
+        fs::create_directories(system / "snap/mounted");
+        writeFile(system / "var/lib/snapd/snaps/packed_12.snap", 10);
+        for (const char* id : {"org.example.System", "org.example.User", "org.example.Extra", "org.example.Gone",
+                               "org.mozilla.firefox", ".hidden"})
+            writeFile(home / ".var/app" / id / "data/saved.bin", 4096);
+        fs::create_symlink(temp / "extra", home / ".var/app/org.example.Link");
+        for (const char* name : {"mounted", "packed", "gone-snap", "firefox"})
+            writeFile(home / "snap" / name / "common/state.bin", 4096);
+        env.home = home;
+        env.tmpDir = temp / "tmp";
+        env.catalog = CatalogProfile::linux;
+    }
+
+    CleanerList preparers() const {
+        return PrepareRegistry::makePreparers(env, 6, std::chrono::system_clock::now(), nullptr, {}, std::nullopt,
+                                              nullptr, system);
+    }
+
+    std::set<std::string> offered() const {
+        std::set<std::string> ids;
+        for (const auto& preparer : preparers())
+            for (const auto& target : preparer->scan()) ids.insert(target.id);
+        return ids;
+    }
+
+    TempDir temp;
+    fs::path home;
+    fs::path system;
+    Environment env;
+};
+
+TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedAsUserDataNotPreselected) {
+    const FakeSystem fake;
+    const auto& home = fake.home;
+    const auto preparers = fake.preparers();
+    ASSERT_EQ(preparers.size(), 1u);
+    EXPECT_EQ(preparers[0]->id(), "app-leftovers");
+    EXPECT_EQ(preparers[0]->family(), Family::appLeftovers);
+    const auto targets = preparers[0]->scan();
+    ASSERT_EQ(targets.size(), 2u);
+    EXPECT_EQ(targets[0].id, "leftover:org.example.Gone");
+    EXPECT_EQ(targets[0].kind.pathList(), std::vector<fs::path>{home / ".var/app/org.example.Gone"});
+    EXPECT_EQ(targets[0].sizeBytes, testing::allocatedBytesBelow(home / ".var/app/org.example.Gone"));
+    EXPECT_EQ(targets[1].id, "leftover:snap:gone-snap");
+    EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{home / "snap/gone-snap"});
+    for (const auto& target : targets) {
+        EXPECT_EQ(target.family, Family::appLeftovers);
+        EXPECT_EQ(target.level, Level::moderate);
+        EXPECT_EQ(target.reversibility, Reversibility::userData);
+    }
+    EXPECT_TRUE(PlanSelection(targets).selectedIDs.empty());
+}
+
+TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKind) {
+    struct Case {
+        const char* name;
+        std::function<void(const fs::path& system, const fs::path& home)> change;
+        std::set<std::string> expected;
+    };
+    const std::set<std::string> both{"leftover:org.example.Gone", "leftover:snap:gone-snap"};
+    const std::vector<Case> cases{
+        {"flatpak app folder is a file",
+         [](const fs::path& root, const fs::path&) {
+             fs::remove_all(root / "var/lib/flatpak/app");
+             writeFile(root / "var/lib/flatpak/app");
+         },
+         {"leftover:snap:gone-snap"}},
+        {"installation file unreadable",
+         [](const fs::path& root, const fs::path&) { fs::create_directory(root / "etc/flatpak/installations.d/x.conf"); },
+         {"leftover:snap:gone-snap"}},
+        {"snap packages folder is a file",
+         [](const fs::path& root, const fs::path&) {
+             fs::remove_all(root / "var/lib/snapd/snaps");
+             writeFile(root / "var/lib/snapd/snaps");
+         },
+         {"leftover:org.example.Gone"}},
+        {"nothing installed anywhere",
+         [](const fs::path& root, const fs::path& user) {
+             fs::remove_all(root);
+             fs::remove_all(user / ".local/share/flatpak");
+         },
+         {"leftover:org.example.Gone", "leftover:org.example.System", "leftover:org.example.User",
+          "leftover:org.example.Extra", "leftover:snap:gone-snap", "leftover:snap:mounted", "leftover:snap:packed"}},
+    };
+    for (const auto& [name, change, expected] : cases) {
+        SCOPED_TRACE(name);
+        const FakeSystem fake;
+        EXPECT_EQ(fake.offered(), both);
+        change(fake.system, fake.home);
+        EXPECT_EQ(fake.offered(), expected);
+    }
+}
+
+TEST(LinuxLeftovers, FlatpaksOwnVariablesNameItsInstallations) {
+    FakeSystem fake;
+    const auto moved = fake.temp / "moved";
+    const auto& home = fake.home;
+    fs::create_directories(moved / "system/app/org.example.Gone");
+    fs::create_directories(moved / "user/app/org.example.Mine");
+    writeFile(home / ".var/app/org.example.Mine/data/x.bin", 4096);
+    // The moved system folder replaces the one under the root: org.example.System is no longer installed.
+    fake.env.locationVariables = {{"FLATPAK_SYSTEM_DIR", (moved / "system").string()},
+                                  {"FLATPAK_USER_DIR", (moved / "user").string()},
+                                  {"FLATPAK_CONFIG_DIR", (moved / "config").string()}};
+    EXPECT_EQ(fake.offered(), (std::set<std::string>{"leftover:org.example.System", "leftover:org.example.User",
+                                                     "leftover:org.example.Extra", "leftover:snap:gone-snap"}));
+}
+
+}  // namespace
+}  // namespace kelvo
