@@ -86,7 +86,8 @@ private:
     bool overlapsRunning(const std::vector<std::string>& paths) const {
         return std::any_of(paths.begin(), paths.end(), [&](const std::string& location) {
             return std::any_of(running_.begin(), running_.end(), [&](const std::string& other) {
-                return location == other || Paths::isInside(location, other) || Paths::isInside(other, location);
+                return Paths::same(location, other) || Paths::isInside(location, other) ||
+                       Paths::isInside(other, location);
             });
         });
     }
