@@ -15,10 +15,10 @@
 // Given a way to share work, independent subtrees are removed side by side on other
 // threads: unlinking waits on the file system's directory locks, its journal and the
 // device far more than on a core. Resources stay bounded however wide or deep the tree:
-// a directory is read a listing buffer at a time and its files go as they are read; one
-// walk keeps at most a fixed number of directories open and reaches a closed one again
-// through "..", checked to be the very directory it left (device and inode); work is
-// handed over only to a thread that is idle, so little waits in a queue.
+// a directory is read a bounded number of entries at a time and those files go at once,
+// in inode order; one walk keeps at most a fixed number of directories open and reaches
+// a closed one again through "..", checked to be the very directory it left (device and
+// inode); work is handed over only to a thread that is idle, so little waits in a queue.
 #include <filesystem>
 #include <functional>
 #include <system_error>
