@@ -1,6 +1,8 @@
 #include "kelvo/Executor.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/InstalledApps.h"
@@ -9,6 +11,7 @@
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/RemovalChecks.h"
 #include "kelvo/ShellCommand.h"
+#include "kelvo/WorkerPool.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 #include "kelvo/platform/TreeRemoval.h"
@@ -39,13 +42,115 @@ void skip(ExecutionReport& report, const CleanTarget& target, std::string reason
     report.skipped.push_back({target.id, std::move(reason)});
 }
 
+template <class T>
+void moveAppend(std::vector<T>& into, std::vector<T>& from) {
+    into.insert(into.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+}
+
+void append(ExecutionReport& whole, ExecutionReport& part) {
+    whole.freedBytes += part.freedBytes;
+    moveAppend(whole.deleted, part.deleted);
+    moveAppend(whole.partial, part.partial);
+    moveAppend(whole.freedUnknown, part.freedUnknown);
+    moveAppend(whole.skipped, part.skipped);
+    moveAppend(whole.errors, part.errors);
+}
+
+// The removals a run has started on the pool, with the paths they work on. A target that
+// touches one of those paths, and every command, waits for them all first, so that each
+// sees the file system as handling the targets one after another would have left it.
+class RunningRemovals {
+public:
+    explicit RunningRemovals(WorkerPool* pool) : pool_(pool) {}
+    ~RunningRemovals() { waitForAll(); }
+    RunningRemovals(const RunningRemovals&) = delete;
+    RunningRemovals& operator=(const RunningRemovals&) = delete;
+
+    void start(const std::vector<path>& paths, std::function<void(WorkerPool&)> removal) {
+        std::vector<std::string> standard;
+        for (const auto& location : paths) standard.push_back(Paths::standardized(location).string());
+        if (overlapsRunning(standard)) waitForAll();
+        moveAppend(running_, standard);
+        if (!pool_) {
+            ownPool_ = std::make_unique<WorkerPool>();
+            pool_ = ownPool_.get();
+        }
+        pool_->submit(group_, [removal = std::move(removal), pool = pool_] { removal(*pool); });
+    }
+
+    void waitForAll() {
+        if (pool_) pool_->wait(group_);
+        running_.clear();
+    }
+
+private:
+    bool overlapsRunning(const std::vector<std::string>& paths) const {
+        return std::any_of(paths.begin(), paths.end(), [&](const std::string& location) {
+            return std::any_of(running_.begin(), running_.end(), [&](const std::string& other) {
+                return Paths::same(location, other) || Paths::isInside(location, other) ||
+                       Paths::isInside(other, location);
+            });
+        });
+    }
+
+    WorkerPool* pool_;
+    std::unique_ptr<WorkerPool> ownPool_;
+    TaskGroup group_;
+    std::vector<std::string> running_;
+};
+
+// Removes the paths of a target that passed every check and reports on that target alone:
+// deleted, partial, or skipped with the reason for each path that stayed.
+ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, WorkerPool& pool) {
+    ExecutionReport report;
+    std::int64_t freed = 0;
+    bool skippedSome = false;
+    bool removedSome = false;
+    for (const auto& location : target.kind.pathList()) {
+        const path standard = Paths::standardized(location);
+        if (!somethingAt(standard)) continue;
+        // Asked again: a link may have appeared since the check above.
+        if (auto reason = executor.unsafeToDeleteReason(location)) {
+            skip(report, target, std::move(*reason));
+            skippedSome = true;
+            continue;
+        }
+        const RemovalOutcome outcome = Executor::removeResiliently(standard, &pool);
+        freed += outcome.freed;
+        if (outcome.fullyRemoved) {
+            removedSome = true;
+            continue;
+        }
+        skippedSome = true;
+        const std::string name = Paths::lastComponent(standard);
+        if (outcome.freed < 1) {
+            skip(report, target, L10n::t("exec.skip.noPermission", name));
+        } else {
+            skip(report, target, L10n::t("exec.skip.systemRemnant", name));
+            removedSome = true;
+        }
+    }
+    if (!skippedSome) {
+        report.deleted.push_back(target.id);
+        report.freedBytes += freed;
+    } else if (removedSome) {
+        report.partial.push_back(target.id);
+        report.freedBytes += freed;
+    }
+    return report;
+}
+
 }  // namespace
 
 ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const {
-    ExecutionReport report;
     const ProcessProbe& processes = *probe;
+    // One report per target, joined in target order once every removal has finished.
+    std::vector<ExecutionReport> reports(targets.size());
+    RunningRemovals removals(pool);
 
-    for (const auto& target : targets) {
+    for (std::size_t index = 0; index < targets.size(); ++index) {
+        const CleanTarget& target = targets[index];
+        ExecutionReport& report = reports[index];
         if (!force) {
             const auto& names = guardedProcesses(target.family);
             const auto running = std::find_if(names.begin(), names.end(),
@@ -74,6 +179,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
                 report.freedBytes += target.sizeBytes;
                 continue;
             }
+            removals.waitForAll();
             const int status = runCommand(target.kind.commandLine(), shellVariables);
             if (status == 127) {
                 report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
@@ -104,42 +210,14 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
             continue;
         }
 
-        std::int64_t freed = 0;
-        bool skippedSome = false;
-        bool removedSome = false;
-        for (const auto& location : paths) {
-            const path standard = Paths::standardized(location);
-            if (!somethingAt(standard)) continue;
-            // Asked again: a link may have appeared since the check above.
-            if (auto reason = unsafeToDeleteReason(location)) {
-                skip(report, target, std::move(*reason));
-                skippedSome = true;
-                continue;
-            }
-            const RemovalOutcome outcome = removeResiliently(standard);
-            freed += outcome.freed;
-            if (outcome.fullyRemoved) {
-                removedSome = true;
-                continue;
-            }
-            skippedSome = true;
-            const std::string name = Paths::lastComponent(standard);
-            if (outcome.freed < 1) {
-                skip(report, target, L10n::t("exec.skip.noPermission", name));
-            } else {
-                skip(report, target, L10n::t("exec.skip.systemRemnant", name));
-                removedSome = true;
-            }
-        }
-        if (!skippedSome) {
-            report.deleted.push_back(target.id);
-            report.freedBytes += freed;
-        } else if (removedSome) {
-            report.partial.push_back(target.id);
-            report.freedBytes += freed;
-        }
+        removals.start(paths, [this, &target, &report](WorkerPool& workers) {
+            report = removalOf(*this, target, workers);
+        });
     }
-    return report;
+    removals.waitForAll();
+    ExecutionReport whole;
+    for (auto& report : reports) append(whole, report);
+    return whole;
 }
 
 CommandFunction liveCommandRunner() { return &Executor::shell; }
@@ -154,17 +232,25 @@ int Executor::shell(const std::string& commandLine, const ShellVariables& variab
     return platform::runShell(commandLine, variables);
 }
 
-RemovalOutcome Executor::removeResiliently(const path& location) {
+RemovalOutcome Executor::removeResiliently(const path& location, WorkerPool* pool) {
     const path standard = Paths::standardized(location);
-    const DirectorySizer sizer;
+    const DirectorySizer sizer = pool ? DirectorySizer(*pool) : DirectorySizer();
     const std::int64_t before = sizer.measure(standard).bytes;
-    if (!removeItemMakingWritable(standard)) return {before, true};
+    if (!removeItemMakingWritable(standard, pool)) return {before, true};
     const std::int64_t after = somethingAt(standard) ? sizer.measure(standard).bytes : 0;
     return {std::max<std::int64_t>(0, before - after), !somethingAt(standard)};
 }
 
-std::error_code Executor::removeItemMakingWritable(const path& location) {
-    return platform::removeTree(Paths::standardized(location), {.addOwnerPermissions = true});
+std::error_code Executor::removeItemMakingWritable(const path& location, WorkerPool* pool) {
+    platform::TreeRemovalOptions options{.addOwnerPermissions = true};
+    TaskGroup group;
+    if (pool)
+        options.sharing = {
+            .submit = [pool, &group](std::function<void()> task) { pool->submit(group, std::move(task)); },
+            .waitForAll = [pool, &group] { pool->wait(group); },
+            .hasIdleWorker = [pool] { return pool->hasIdleWorker(); },
+        };
+    return platform::removeTree(Paths::standardized(location), options);
 }
 
 std::optional<std::string> Executor::runningBundle(const CleanTarget& target) const {

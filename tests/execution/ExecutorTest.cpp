@@ -210,6 +210,45 @@ TEST_F(ExecutorTest, RemovalFreesWhatWasMeasuredAndKeepsEverythingAround) {
     EXPECT_EQ(fs::file_size(canary), 4096u);
 }
 
+TEST_F(ExecutorTest, TargetsRemovedSideBySideAreReportedAsOneAfterAnother) {
+    // Large trees, so that the small one after them finishes first; a target inside the
+    // first, which must wait for it and then finds nothing left.
+    const path large = home / ".cache/large";
+    const path inner = large / "inner";
+    const path bulk = home / ".cache/bulk";
+    for (int folder = 0; folder < 40; ++folder) {
+        writeFile(inner / ("d" + std::to_string(folder)) / "blob", 8000);
+        writeFile(bulk / ("d" + std::to_string(folder)) / "blob", 8000);
+    }
+    const path small = writeFile(home / "Library/Caches/small/file", 100).parent_path();
+    const path foreign = writeFile(outside / "foreign", 10);
+    const path neighbour = writeFile(home / ".cache/keep", 10);
+    const DirectorySizer sizer;
+    const std::int64_t expected = sizer.measure(large).bytes + sizer.measure(small).bytes + sizer.measure(bulk).bytes;
+    // The command stands for a tool working on what the targets before it left.
+    const auto runner = [&](const std::string&, const ShellVariables&) {
+        return present(large) || present(small) || present(bulk) ? 9 : 0;
+    };
+
+    const auto report = executor({}, {}, runner).execute({
+        pathTarget("large", Family::devMisc, {large}),
+        pathTarget("inner", Family::devMisc, {inner}),
+        pathTarget("small", Family::devMisc, {small}),
+        pathTarget("foreign", Family::devMisc, {foreign}),
+        pathTarget("bulk", Family::devMisc, {bulk}),
+        commandTarget("tool", Family::devMisc, "tool clean", 0),
+    });
+    EXPECT_EQ(report.deleted, (std::vector<std::string>{"large", "inner", "small", "bulk", "tool"}));
+    EXPECT_TRUE(report.errors.empty()) << texts(report.errors)[0];
+    EXPECT_EQ(texts(report.skipped),
+              std::vector<std::string>{"foreign: " + L10n::t("exec.skip.protectedPath", foreign.string())});
+    EXPECT_EQ(report.freedBytes, expected);
+    EXPECT_FALSE(present(large));
+    EXPECT_FALSE(present(bulk));
+    EXPECT_TRUE(fs::exists(neighbour));
+    EXPECT_TRUE(fs::exists(foreign));
+}
+
 TEST_F(ExecutorTest, LinksAsTargetsAreNeverRemovedNorFollowed) {
     const path real = writeFile(home / "cache/real", 100);
     const path link = home / "cache/link";

@@ -1,6 +1,7 @@
-// Removal against an adversary: while a tree is being removed, another thread keeps
-// swapping parts of it (or of its parent chain) for symbolic links into a folder outside the
-// allowed roots. Whatever the interleaving, nothing in that folder may go.
+// Removal against an adversary: while a tree is being removed, on one thread or side by
+// side on a pool, another thread keeps swapping parts of it (or of its parent chain) for
+// symbolic links into a folder outside the allowed roots. Whatever the interleaving,
+// nothing in that folder may go.
 #include <gtest/gtest.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -10,10 +11,13 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "ExecutionSupport.h"
+#include "kelvo/WorkerPool.h"
 #include "kelvo/platform/TreeRemoval.h"
 #include "support/TempDir.h"
 
@@ -103,30 +107,24 @@ protected:
     std::string before;
 };
 
-TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
-    const path tree = home / "cache/tree";
-    const path holding = makeDirectory(home / "holding");
-    constexpr int folders = 50;
-    // Folders at both levels of the tree, spread over the order of removal.
-    std::vector<path> victims;
-    for (int folder = 0; folder < folders; folder += 5) {
-        victims.push_back(tree / ("d" + std::to_string(folder)));
-        victims.push_back(tree / ("d" + std::to_string(folder + 2)) / "s0");
-    }
-    std::int64_t swapsDuringRemoval = 0;
-
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, folders, 40);
-        std::atomic<bool> removing{true};
-        std::atomic<std::int64_t> swaps{0};
-        std::thread adversary([&] {
-            while (removing.load()) {
+// Swaps folders of the tree, at both levels and spread over the order of removal, for
+// links to the outside folder and back, for as long as it lives.
+class SwappingAdversary {
+public:
+    SwappingAdversary(const path& tree, const path& holding, const path& outside) {
+        std::vector<path> victims;
+        for (int folder = 0; folder < 50; folder += 5) {
+            victims.push_back(tree / ("d" + std::to_string(folder)));
+            victims.push_back(tree / ("d" + std::to_string(folder + 2)) / "s0");
+        }
+        thread_ = std::thread([this, victims, holding, outside] {
+            while (running_.load()) {
                 for (std::size_t index = 0; index < victims.size(); ++index) {
                     const path& victim = victims[index];
                     const path away = holding / std::to_string(index);
                     // Move the real folder out, plant a link in its place, then put it back.
                     if (::rename(victim.c_str(), away.c_str()) != 0) continue;
-                    if (::symlink(outside.c_str(), victim.c_str()) == 0) swaps.fetch_add(1);
+                    if (::symlink(outside.c_str(), victim.c_str()) == 0) swaps_.fetch_add(1);
                     std::this_thread::yield();
                     ::unlink(victim.c_str());
                     ::rename(away.c_str(), victim.c_str());
@@ -134,10 +132,31 @@ TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
                 std::this_thread::yield();
             }
         });
+    }
+    // Stops and says how many links it planted.
+    std::int64_t stop() {
+        running_.store(false);
+        if (thread_.joinable()) thread_.join();
+        return swaps_.load();
+    }
+    ~SwappingAdversary() { stop(); }
+
+private:
+    std::atomic<bool> running_{true};
+    std::atomic<std::int64_t> swaps_{0};
+    std::thread thread_;
+};
+
+TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
+    const path tree = home / "cache/tree";
+    const path holding = makeDirectory(home / "holding");
+    std::int64_t swapsDuringRemoval = 0;
+
+    for (int round = 0; round < rounds; ++round) {
+        buildTree(tree, 50, 40);
+        SwappingAdversary adversary(tree, holding, outside);
         const auto report = executor().execute({pathTarget("tree", Family::devMisc, {tree})});
-        removing.store(false);
-        adversary.join();
-        swapsDuringRemoval += swaps.load();
+        swapsDuringRemoval += adversary.stop();
 
         // However the race went, the target ends in one outcome and nothing outside went.
         EXPECT_LE(report.deleted.size() + report.partial.size(), 1u);
@@ -149,6 +168,37 @@ TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
     }
     // The adversary must really have raced the removals, or the test proves nothing.
     EXPECT_GT(swapsDuringRemoval, rounds);
+}
+
+TEST_F(RemovalRaceTest, SubtreesRemovedSideBySideNeverFollowSwappedLinks) {
+    const path tree = home / "cache/tree";
+    const path holding = makeDirectory(home / "holding");
+    WorkerPool pool(8);
+    std::atomic<std::int64_t> handedOver{0};
+    std::int64_t swapsDuringRemoval = 0;
+
+    for (int round = 0; round < rounds; ++round) {
+        buildTree(tree, 50, 40);
+        TaskGroup group;
+        platform::TreeRemovalOptions options{.addOwnerPermissions = true};
+        options.sharing = {.submit =
+                               [&](std::function<void()> task) {
+                                   handedOver.fetch_add(1);
+                                   pool.submit(group, std::move(task));
+                               },
+                           .waitForAll = [&] { pool.wait(group); },
+                           .hasIdleWorker = [&] { return pool.hasIdleWorker(); }};
+        SwappingAdversary adversary(tree, holding, outside);
+        platform::removeTree(tree, options);
+        swapsDuringRemoval += adversary.stop();
+
+        expectOutsideIntact();
+        std::error_code error;
+        fs::remove_all(tree, error);
+        for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
+    }
+    EXPECT_GT(swapsDuringRemoval, rounds);
+    EXPECT_GT(handedOver.load(), rounds) << "the subtrees were not removed side by side";
 }
 
 TEST_F(RemovalRaceTest, ALinkPlantedInTheParentChainIsNeverFollowed) {

@@ -6,8 +6,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
+#include <cstring>
 #include <filesystem>
+#include <functional>
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
@@ -24,15 +27,10 @@ using kelvo::testing::present;
 using kelvo::testing::makeDirectory;
 using kelvo::testing::writeFile;
 
-TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
-    TempDir root;
-    const path top = makeDirectory(root / "deep");
-    const path sibling = writeFile(root / "sibling/keep", 10);
-    // Built through descriptors: no path string could name the bottom of this tree.
-    const std::string name = "a-rather-long-level-name";
-    const int levels = PATH_MAX / static_cast<int>(name.size() + 1) + 50;
-    int fd = ::open(top.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(fd, 0);
+// Makes a chain of `levels` folders named `name` below the open folder `fd`, with a file
+// in each; through descriptors, since no path string could name the bottom of a deep one.
+void buildChain(int fd, const std::string& name, int levels) {
+    fd = ::dup(fd);
     for (int level = 0; level < levels; ++level) {
         ASSERT_EQ(::mkdirat(fd, name.c_str(), 0755), 0);
         const int file = ::openat(fd, ("file" + std::to_string(level % 3)).c_str(), O_WRONLY | O_CREAT, 0644);
@@ -45,10 +43,129 @@ TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
         fd = child;
     }
     ::close(fd);
+}
+
+int openDescriptors() {
+    return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+// Work sharing that hands nothing over: the walk asks for an idle thread at every step,
+// which makes the question a place to watch it (or to act against it) step by step.
+WorkSharing everyStep(std::function<void()> step) {
+    return {.submit = [](std::function<void()> task) { task(); },
+            .waitForAll = [] {},
+            .hasIdleWorker = [step = std::move(step)] {
+                step();
+                return false;
+            }};
+}
+
+TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
+    TempDir root;
+    const path top = makeDirectory(root / "deep");
+    const path sibling = writeFile(root / "sibling/keep", 10);
+    const std::string name = "a-rather-long-level-name";
+    const int fd = ::open(top.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    buildChain(fd, name, PATH_MAX / static_cast<int>(name.size() + 1) + 50);
+    ::close(fd);
 
     EXPECT_FALSE(removeTree(top));
     EXPECT_FALSE(present(top));
     EXPECT_TRUE(fs::exists(sibling));
+}
+
+TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
+    TempDir root;
+    const path tree = makeDirectory(root / "tree");
+    const path sibling = writeFile(root / "sibling/keep", 10);
+    // Each branch is deeper than a walk keeps open, so the top folder is closed and
+    // reopened while its other branches still wait to be removed.
+    const int fd = ::open(tree.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    for (int branch = 0; branch < 12; ++branch) buildChain(fd, "branch-" + std::to_string(branch), 48);
+    ::close(fd);
+    const int before = openDescriptors();
+    int peak = 0;
+
+    EXPECT_FALSE(removeTree(tree, {.sharing = everyStep([&] { peak = std::max(peak, openDescriptors()); })}));
+    EXPECT_FALSE(present(tree));
+    EXPECT_TRUE(fs::exists(sibling));
+    EXPECT_GT(peak, 0);
+    EXPECT_LE(peak - before, 36) << "descriptors should not grow with the depth of the tree";
+}
+
+TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
+    TempDir root;
+    const path tree = makeDirectory(root / "tree");
+    const path outside = makeDirectory(root / "outside");
+    for (int canary = 0; canary < 20; ++canary) writeFile(outside / ("canary" + std::to_string(canary)), 10);
+    const std::string before = listing(outside);
+    path deepest = tree;
+    for (int level = 0; level < 60; ++level) {
+        deepest /= "l" + std::to_string(level);
+        writeFile(deepest / "file", 10);
+    }
+    // Once the walk is at the bottom, with the upper levels closed, level 1 moves outside:
+    // going back up through "..", the walk would come out in the outside folder.
+    bool moved = false;
+    const auto moveLevelOne = [&] {
+        if (moved || present(deepest / "file")) return;
+        moved = ::rename((tree / "l0/l1").c_str(), (outside / "moved").c_str()) == 0;
+    };
+
+    EXPECT_EQ(removeTree(tree, {.sharing = everyStep(moveLevelOne)}).value(), ESTALE);
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(listing(outside), before + "moved/\n");
+    EXPECT_TRUE(fs::is_directory(tree / "l0"));
+}
+
+TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
+    TempDir root;
+    const path tree = root / "tree";
+    const path deep = writeFile(tree / "a/b/c/file", 10);
+    writeFile(tree / "other", 10);
+    // The top folder has been read to its end by the time the walk is this deep.
+    bool added = false;
+    const auto addLateFile = [&] {
+        if (added || present(deep)) return;
+        writeFile(tree / "late", 10);
+        added = true;
+    };
+
+    EXPECT_FALSE(removeTree(tree, {.sharing = everyStep(addLateFile)}));
+    ASSERT_TRUE(added);
+    EXPECT_FALSE(present(tree));
+}
+
+TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
+    // Hard links on a memory file system when there is one: names are what counts here.
+    std::string pattern = (fs::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0
+                               ? path("/dev/shm")
+                               : fs::temp_directory_path()).string() + "/kelvo-wide-XXXXXX";
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    const path root = pattern;
+    const path wide = makeDirectory(root / "wide");
+    const path sibling = writeFile(root / "sibling", 10);
+    writeFile(wide / "original", 10);
+    const int fd = ::open(wide.c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    constexpr int names = 400'000;
+    int made = 0;
+    for (; made < names; ++made) {
+        if (made % 100'000 == 0) writeFile(wide / ("sub" + std::to_string(made)) / "file", 10);
+        if (::linkat(fd, "original", fd, ("n" + std::to_string(made)).c_str(), 0) != 0) break;
+    }
+    ::close(fd);
+
+    if (made == names) {
+        EXPECT_FALSE(removeTree(wide));
+        EXPECT_FALSE(present(wide));
+    }
+    EXPECT_TRUE(fs::exists(sibling));
+    std::error_code error;
+    fs::remove_all(root, error);
+    ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
 }
 
 TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {

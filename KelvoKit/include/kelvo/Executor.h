@@ -15,6 +15,12 @@
 // cannot be read that far is refused. A dry run removes nothing, runs no command and counts
 // every target that passes the checks with its estimated size.
 //
+// Targets are checked on the calling thread in order; each removal then starts on the
+// worker pool while the next targets are checked, and its subtrees are spread over the
+// pool too. A target whose paths overlap a removal still running, and every command,
+// first waits for the removals before it, so the report (kept in target order) is the
+// one handling the targets one after another would give.
+//
 // The executor is an immutable value holding its dependencies, so tests inject a stub
 // probe and command runner (left out, the live ones); it keeps no state between runs.
 #include <cstdint>
@@ -46,6 +52,8 @@ struct RemovalOutcome {
     bool fullyRemoved = false;  // nothing exists at the path any longer
 };
 
+class WorkerPool;
+
 struct Executor {
     SafetyGuard safety;
     bool dryRun = false;
@@ -53,6 +61,7 @@ struct Executor {
     ProbeDependency probe;
     CommandRunner runCommand;
     ShellVariables shellVariables;  // HOME and TMPDIR of the run (Environment::shellVariables)
+    WorkerPool* pool = nullptr;     // nothing: a run that removes anything makes its own
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
     // Every target skipped with the same reason, nothing looked at: a run that must not start.
@@ -62,12 +71,13 @@ struct Executor {
     // variables set over it, and waits for it; -1 when it cannot start.
     static int shell(const std::string& commandLine, const ShellVariables& variables);
     // Removes what it can of a file, link or tree, adding the owner's permission bits where
-    // they block and going on past what cannot be removed.
-    static RemovalOutcome removeResiliently(const std::filesystem::path& path);
+    // they block and going on past what cannot be removed. With a pool, the measuring and
+    // the removal are spread over it; without, both run on the calling thread.
+    static RemovalOutcome removeResiliently(const std::filesystem::path& path, WorkerPool* pool = nullptr);
     // Removes a file, link (as a link) or whole tree; when a permission error blocks, adds
     // the owner's bits to the directories involved and tries once more. Nothing when the
     // item is gone, else the first error met (ENOENT when nothing was there).
-    static std::error_code removeItemMakingWritable(const std::filesystem::path& path);
+    static std::error_code removeItemMakingWritable(const std::filesystem::path& path, WorkerPool* pool = nullptr);
 
     // The checks behind execute; each gives the localised reason for refusing, or nothing.
     // The path of a running ".app" bundle among the target's paths (none for commands).

@@ -5,9 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
-#include <deque>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -100,193 +104,518 @@ bool isMountRoot(int fd, const struct stat& status, dev_t parentDevice) {
     return false;
 }
 
-struct Entry {
-    std::string name;
-    unsigned char type = DT_UNKNOWN;
+#if defined(__linux__)
+// One walk keeps at most this many directories open; a deeper one is closed and reached
+// again through "..", and its listing goes on from where it stopped.
+constexpr std::size_t openLevelsPerWalk = 32;
+#else
+// Elsewhere a listing position is not known to survive reopening a directory, so every
+// level of a walk stays open (one descriptor per level, as deep as the tree goes).
+constexpr std::size_t openLevelsPerWalk = SIZE_MAX;
+#endif
+// Times a directory is gone through when it should be empty afterwards but is not (a
+// listing that skipped entries while others were removed, entries added meanwhile).
+constexpr int passesPerDirectory = 3;
+constexpr std::size_t listingBufferSize = 64 * 1024;
+// A huge directory is read and emptied this many entries at a time.
+constexpr std::size_t entriesPerListing = 128 * 1024;
+
+bool isDotOrDotDot(const char* name) {
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+// A directory of the tree while something below it is being removed. Every walk that
+// works in it or below it holds it: its own walk, and each child directory not yet
+// gone. Whoever lets go last removes it from its parent and lets go of the parent.
+struct Node {
+    std::shared_ptr<Node> parent;  // nothing for the item's parent, which is outside the tree
+    std::string name;              // in the parent
+    dev_t device = 0;              // identity, checked when the directory is reached through ".."
+    ino_t inode = 0;
+    std::atomic<int> holders{1};
+    std::atomic<bool> failed{false};  // an entry could not be removed: it cannot become empty
+    std::once_flag widening;
+    bool widened = false;  // the owner's bits were added (read after the once flag only)
+    int passes = 1;        // touched only by the one that lets go last
 };
 
-// One directory being emptied. Its name in the parent is kept so the directory itself can
-// be removed relative to the parent's descriptor once it is empty.
-struct Level {
-    Descriptor fd;
-    dev_t device = 0;
-    bool mayWiden = true;  // false only for the item's parent, which is outside the tree
-    bool widened = false;
-    std::string nameInParent;
-    bool listed = false;
-    std::vector<Entry> entries;
-    std::size_t next = 0;
-};
-
-class Removal {
+// Names read from a directory, packed in one string with their terminating zeros, each
+// with its inode and the listing position just after it.
+class ListedNames {
 public:
-    explicit Removal(const TreeRemovalOptions& options) : options_(options) {}
-
-    // Removes one named entry of `parent`; a directory is opened and pushed, to be emptied
-    // and removed by drain().
-    void removeNamed(Level& parent, const std::string& name, unsigned char typeHint) {
-        if (typeHint == DT_UNKNOWN) {
-            struct stat status {};
-            int result = ::fstatat(parent.fd.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW);
-            if (result != 0 && permissionDenied(errno) && widen(parent))
-                result = ::fstatat(parent.fd.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW);
-            if (result != 0) {
-                if (errno != ENOENT) note(errno);
-                return;
-            }
-            typeHint = S_ISDIR(status.st_mode) ? DT_DIR : DT_REG;
-        }
-        if (typeHint != DT_DIR) {
-            const int error = unlinkIn(parent, name, 0);
-            if (error == 0 || error == ENOENT) return;
-            // Linux says EISDIR when a directory took the name meanwhile: handle it as one.
-            if (error != EISDIR) {
-                note(error);
-                return;
-            }
-        }
-        int error = 0;
-        auto child = openChild(parent, name, error);
-        if (child) {
-            stack_.push_back(std::move(*child));
-            return;
-        }
-        if (error == ENOENT) return;
-        if (error == ENOTDIR || error == ELOOP) {
-            // A link or a file stands under the name now: it goes as itself, never followed.
-            const int unlinkError = unlinkIn(parent, name, 0);
-            if (unlinkError != 0 && unlinkError != ENOENT) note(unlinkError);
-            return;
-        }
-        note(error);
-        // A directory that cannot be entered may still be empty and removable; a mount
-        // root is left alone altogether.
-        if (error != EXDEV) unlinkIn(parent, name, AT_REMOVEDIR);
+    void clear() {
+        characters_.clear();
+        entries_.clear();
     }
-
-    // Empties and removes every directory pushed so far, depth first, with an explicit
-    // stack so the depth of the tree is bounded by descriptors, not by the call stack.
-    void drain(Level& base) {
-        while (!stack_.empty()) {
-            Level& current = stack_.back();
-            if (!current.listed) list(current);
-            if (current.next < current.entries.size()) {
-                const Entry entry = current.entries[current.next++];
-                // A deque keeps references valid across push_back, so `current` may be
-                // handed on even though removeNamed can push.
-                removeNamed(current, entry.name, entry.type);
-                continue;
-            }
-            const std::string name = std::move(current.nameInParent);
-            stack_.pop_back();  // closes its descriptor before it is removed
-            Level& parent = stack_.empty() ? base : stack_.back();
-            const int error = unlinkIn(parent, name, AT_REMOVEDIR);
-            if (error != 0 && error != ENOENT) note(error);
-        }
+    void add(const char* name, ino_t inode, std::int64_t positionAfter) {
+        entries_.push_back({characters_.size(), inode, positionAfter});
+        characters_.append(name);
+        characters_.push_back('\0');
     }
-
-    std::error_code firstError() const { return first_; }
+    std::size_t size() const { return entries_.size(); }
+    const char* name(std::size_t index) const { return characters_.data() + entries_[index].start; }
+    std::int64_t positionAfter(std::size_t index) const { return entries_[index].positionAfter; }
+    void sortByInode() {
+        std::sort(entries_.begin(), entries_.end(),
+                  [](const Entry& left, const Entry& right) { return left.inode < right.inode; });
+    }
 
 private:
+    struct Entry {
+        std::size_t start;
+        ino_t inode;
+        std::int64_t positionAfter;
+    };
+    std::string characters_;
+    std::vector<Entry> entries_;
+};
+
+// One directory on a walk's way down.
+struct Frame {
+    std::shared_ptr<Node> node;
+    Descriptor fd;  // closed while the walk is deeper than its open levels allow
+    ListedNames pending;  // subdirectories of the last listing, in listing order
+    std::size_t next = 0;
+    std::int64_t listingStart = 0;  // listing position the last listing started from
+    std::int64_t position = 0;    // listing position after the last listing
+    bool listed = false;          // the listing reached its end
+
+    // Where to read on after reopening: just after the last subdirectory taken. Files of
+    // the listing are gone already; subdirectories not taken yet are read again.
+    std::int64_t resumePosition() const { return next > 0 ? pending.positionAfter(next - 1) : listingStart; }
+};
+
+struct Opened {
+    Descriptor fd;
+    struct stat status {};
+    bool widened = false;
+};
+
+// What every walk of one removal shares: the options, the item's parent and the first error.
+class Removal {
+public:
+    Removal(const TreeRemovalOptions& options, Descriptor parent, const struct stat& parentStatus)
+        : options_(options), baseFd_(std::move(parent)), base_(std::make_shared<Node>()) {
+        base_->device = parentStatus.st_dev;
+        base_->inode = parentStatus.st_ino;
+    }
+
+    // Removes the item named `name` in its parent, and, for a directory, everything below.
+    void removeItem(const std::string& name, bool isDirectory);
+
+    const WorkSharing& sharing() const { return options_.sharing; }
+    int baseFd() const { return baseFd_.get(); }
+    std::error_code firstError() const {
+        const int error = firstError_.load();
+        return error == 0 ? std::error_code{} : errorOf(error);
+    }
+
     void note(int error) {
-        if (!first_) first_ = errorOf(error);
+        int none = 0;
+        firstError_.compare_exchange_strong(none, error);
     }
 
-    // Adds the owner's read, write and search bits to a directory of the tree, once.
-    bool widen(Level& level) {
-        if (!options_.addOwnerPermissions || !level.mayWiden || level.widened) return false;
-        level.widened = true;
-        return addModeBits(level.fd.get(), S_IRWXU);
+    // An entry of `directory` stays: it cannot become empty.
+    void keep(Node& directory, int error) {
+        note(error);
+        directory.failed.store(true, std::memory_order_relaxed);
     }
 
-    int unlinkIn(Level& parent, const std::string& name, int flags) {
-        if (::unlinkat(parent.fd.get(), name.c_str(), flags) == 0) return 0;
+    // Adds the owner's read, write and search bits to a directory of the tree, once; true
+    // when they are there, so a blocked call is worth trying again.
+    bool widen(Node& directory, int fd) {
+        if (!options_.addOwnerPermissions || !directory.parent) return false;
+        std::call_once(directory.widening, [&] { directory.widened = addModeBits(fd, S_IRWXU); });
+        return directory.widened;
+    }
+
+    int unlinkIn(Node& directory, int fd, const char* name, int flags) {
+        if (::unlinkat(fd, name, flags) == 0) return 0;
         int error = errno;
-        if (permissionDenied(error) && widen(parent)) {
-            if (::unlinkat(parent.fd.get(), name.c_str(), flags) == 0) return 0;
+        if (permissionDenied(error) && widen(directory, fd)) {
+            if (::unlinkat(fd, name, flags) == 0) return 0;
             error = errno;
         }
         return error;
     }
 
-    std::optional<Level> openChild(Level& parent, const std::string& name, int& error) {
-        Descriptor fd(::openat(parent.fd.get(), name.c_str(), readFlags));
-        bool widenedChild = false;
-        if (!fd.valid()) {
+    int statIn(Node& directory, int fd, const char* name, struct stat& status) {
+        if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return 0;
+        int error = errno;
+        if (permissionDenied(error) && widen(directory, fd)) {
+            if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return 0;
             error = errno;
-            if (permissionDenied(error) && widen(parent)) {
-                fd = Descriptor(::openat(parent.fd.get(), name.c_str(), readFlags));
-                if (!fd.valid()) error = errno;
+        }
+        return error;
+    }
+
+    // Opens a subdirectory for reading, never through a link and never into another mount.
+    std::optional<Opened> openChild(Node& parent, int parentFd, const char* name, int& error) {
+        Opened opened;
+        opened.fd = Descriptor(::openat(parentFd, name, readFlags));
+        if (!opened.fd.valid()) {
+            error = errno;
+            if (permissionDenied(error) && widen(parent, parentFd)) {
+                opened.fd = Descriptor(::openat(parentFd, name, readFlags));
+                if (!opened.fd.valid()) error = errno;
             }
-            if (!fd.valid() && permissionDenied(error) && options_.addOwnerPermissions) {
+            if (!opened.fd.valid() && permissionDenied(error) && options_.addOwnerPermissions) {
                 // The directory withholds reading or searching from its owner: pin it
                 // without reading, add the bits through that descriptor, then open it for
                 // reading through the pinned descriptor itself, so nothing can be swapped
                 // in between.
-                Descriptor pinned(::openat(parent.fd.get(), name.c_str(), pinFlags));
+                Descriptor pinned(::openat(parentFd, name, pinFlags));
                 if (pinned.valid() && addModeBits(pinned.get(), S_IRWXU)) {
-                    widenedChild = true;
-                    fd = Descriptor(::openat(pinned.get(), ".", readFlags));
-                    if (!fd.valid()) error = errno;
+                    opened.widened = true;
+                    opened.fd = Descriptor(::openat(pinned.get(), ".", readFlags));
+                    if (!opened.fd.valid()) error = errno;
                 }
             }
-            if (!fd.valid()) return std::nullopt;
+            if (!opened.fd.valid()) return std::nullopt;
         }
-        struct stat status {};
-        if (::fstat(fd.get(), &status) != 0) {
+        if (::fstat(opened.fd.get(), &opened.status) != 0) {
             error = errno;
             return std::nullopt;
         }
-        if (!S_ISDIR(status.st_mode)) {
+        if (!S_ISDIR(opened.status.st_mode)) {
             error = ENOTDIR;
             return std::nullopt;
         }
-        if (isMountRoot(fd.get(), status, parent.device)) {
+        if (isMountRoot(opened.fd.get(), opened.status, parent.device)) {
             error = EXDEV;
             return std::nullopt;
         }
-        Level level;
-        level.fd = std::move(fd);
-        level.device = status.st_dev;
-        level.widened = widenedChild;
-        level.nameInParent = name;
-        return level;
+        return opened;
     }
 
-    // Reads every entry before any is removed: removing while a directory stream is open
-    // may skip entries.
-    void list(Level& level) {
-        level.listed = true;
-        const int copy = ::dup(level.fd.get());
-        if (copy < 0) {
-            note(errno);
+    // A subdirectory that could not be opened for the reason given.
+    void removeUnopened(Node& parent, int parentFd, const char* name, int error) {
+        if (error == ENOENT) return;  // gone meanwhile
+        if (error == ENOTDIR || error == ELOOP) {
+            // A link or a file stands under the name now: it goes as itself, never followed.
+            const int unlinkError = unlinkIn(parent, parentFd, name, 0);
+            if (unlinkError != 0 && unlinkError != ENOENT) keep(parent, unlinkError);
             return;
         }
+        note(error);
+        // A directory that cannot be entered may still be empty and removable; a mount
+        // root is left alone altogether.
+        if (error == EXDEV || unlinkIn(parent, parentFd, name, AT_REMOVEDIR) != 0) keep(parent, error);
+    }
+
+    // The node of a directory just opened; it holds its parent until it is gone.
+    std::shared_ptr<Node> nodeOf(const std::shared_ptr<Node>& parent, const char* name, const Opened& opened) {
+        auto node = std::make_shared<Node>();
+        node->parent = parent;
+        node->name = name;
+        node->device = opened.status.st_dev;
+        node->inode = opened.status.st_ino;
+        if (opened.widened) std::call_once(node->widening, [&] { node->widened = true; });
+        parent->holders.fetch_add(1, std::memory_order_relaxed);
+        return node;
+    }
+
+private:
+    TreeRemovalOptions options_;
+    Descriptor baseFd_;
+    std::shared_ptr<Node> base_;
+    std::atomic<int> firstError_{0};
+};
+
+// Reopens the parent of the directory open as `childFd` through "..", and makes sure it is
+// the directory expected: a directory moved elsewhere meanwhile has another parent, which
+// is not part of the tree.
+Descriptor openParent(int childFd, const Node& expected, int& error) {
+    Descriptor parent(::openat(childFd, "..", readFlags));
+    if (!parent.valid()) {
+        error = errno;
+        return parent;
+    }
+    struct stat status {};
+    if (::fstat(parent.get(), &status) != 0) {
+        error = errno;
+        return {};
+    }
+    if (status.st_dev != expected.device || status.st_ino != expected.inode) {
+        error = ESTALE;
+        return {};
+    }
+    return parent;
+}
+
+// Empties and removes one subtree, depth first, with an explicit stack of frames so the
+// depth of the tree is bounded by neither the call stack nor the descriptors. Subtrees
+// are handed to idle threads as they turn up, each as a walk of its own.
+class Walk {
+public:
+    explicit Walk(Removal& removal)
+        : removal_(removal), buffer_(std::make_unique_for_overwrite<char[]>(listingBufferSize)) {}
+
+    void run(std::shared_ptr<Node> node, Descriptor fd) {
+        push(std::move(node), std::move(fd));
+        const WorkSharing& sharing = removal_.sharing();
+        const bool sharesWork = sharing.enabled();
+        while (!frames_.empty()) {
+            // Every idle thread gets a subtree at once: each hand-off queues a task, which
+            // makes one idle thread fewer.
+            while (sharesWork && sharing.hasIdleWorker() && handOffShallowest()) {
+            }
+            Frame& top = frames_.back();
+            if (top.next < top.pending.size()) {
+                take(frames_.size() - 1, false);
+            } else if (!top.listed) {
+                readListing(top);
+            } else {
+                finishTop();
+            }
+        }
+    }
+
+private:
+    void push(std::shared_ptr<Node> node, Descriptor fd) {
+        Frame& frame = frames_.emplace_back();
+        frame.node = std::move(node);
+        frame.fd = std::move(fd);
+        if (++open_ <= openLevelsPerWalk) return;
+        // Open frames are always the deepest ones: close the shallowest of them.
+        Frame& oldest = frames_[frames_.size() - open_];
+        oldest.listingStart = oldest.position = oldest.resumePosition();
+        oldest.pending.clear();
+        oldest.next = 0;
+        oldest.listed = false;
+        oldest.fd = Descriptor();
+        --open_;
+    }
+
+    // Takes the next pending subdirectory of a frame, and walks it here or hands it off.
+    void take(std::size_t index, bool handOff) {
+        Frame& frame = frames_[index];
+        const char* name = frame.pending.name(frame.next++);
+        int error = 0;
+        auto opened = removal_.openChild(*frame.node, frame.fd.get(), name, error);
+        if (!opened) {
+            removal_.removeUnopened(*frame.node, frame.fd.get(), name, error);
+            return;
+        }
+        auto child = removal_.nodeOf(frame.node, name, *opened);
+        if (!handOff) {
+            push(std::move(child), std::move(opened->fd));
+            return;
+        }
+        auto fd = std::make_shared<Descriptor>(std::move(opened->fd));
+        Removal& removal = removal_;
+        removal_.sharing().submit([&removal, child, fd] { Walk(removal).run(child, std::move(*fd)); });
+    }
+
+    // Gives an idle thread the pending subdirectory nearest the top: likely the most work.
+    // False when there is none.
+    bool handOffShallowest() {
+        for (std::size_t index = frames_.size() - open_; index < frames_.size(); ++index) {
+            if (frames_[index].next < frames_[index].pending.size()) {
+                take(index, true);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Reads the top directory on, up to entriesPerListing entries. Files, links and the
+    // like go at once, in inode order: on ext4 and its kind the inode table is then
+    // written front to back rather than all over, which is most of what a huge folder
+    // costs. Subdirectories are kept, in listing order, to be taken one by one.
+    void readListing(Frame& frame) {
+        frame.pending.clear();
+        frame.next = 0;
+        frame.listingStart = frame.position;
+        files_.clear();
+        const int error = forEachEntry(frame, [&](const char* name, unsigned char type, ino_t inode,
+                                                  std::int64_t positionAfter) {
+            if (type == DT_UNKNOWN) type = typeOf(*frame.node, frame.fd.get(), name);
+            if (type == DT_DIR) {
+                frame.pending.add(name, inode, positionAfter);
+            } else if (type != DT_UNKNOWN) {
+                files_.add(name, inode, positionAfter);
+            }
+        });
+        if (error != 0) {
+            removal_.keep(*frame.node, error);
+            frame.listed = true;
+        }
+        files_.sortByInode();
+        for (std::size_t index = 0; index < files_.size(); ++index) {
+            const int unlinkError = removal_.unlinkIn(*frame.node, frame.fd.get(), files_.name(index), 0);
+            if (unlinkError == 0 || unlinkError == ENOENT) continue;
+            // Linux says EISDIR when a directory took the name meanwhile: handle it as one.
+            if (unlinkError == EISDIR) {
+                frame.pending.add(files_.name(index), 0, files_.positionAfter(index));
+            } else {
+                removal_.keep(*frame.node, unlinkError);
+            }
+        }
+    }
+
+    // The type of an entry the directory does not record: DT_DIR or DT_REG for anything
+    // else, DT_UNKNOWN when it is gone or cannot be looked at (and then stays).
+    unsigned char typeOf(Node& directory, int fd, const char* name) {
+        struct stat status {};
+        if (const int error = removal_.statIn(directory, fd, name, status)) {
+            if (error != ENOENT) removal_.keep(directory, error);
+            return DT_UNKNOWN;
+        }
+        return S_ISDIR(status.st_mode) ? DT_DIR : DT_REG;
+    }
+
+#if defined(__linux__)
+    // getdents64 with a large buffer: few system calls even for a directory of a million
+    // entries, and the position of every entry to go on from after reopening.
+    template <class OnEntry>
+    int forEachEntry(Frame& frame, OnEntry&& onEntry) {
+        struct Record {
+            ino64_t inode;
+            off64_t offset;
+            unsigned short length;
+            unsigned char type;
+            char name[1];
+        };
+        for (std::size_t seen = 0; seen < entriesPerListing;) {
+            const long count = ::syscall(SYS_getdents64, frame.fd.get(), buffer_.get(), listingBufferSize);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return errno;
+            if (count == 0) {
+                frame.listed = true;
+                break;
+            }
+            for (long offset = 0; offset < count; ++seen) {
+                const auto* record = reinterpret_cast<const Record*>(buffer_.get() + offset);
+                offset += record->length;
+                frame.position = record->offset;
+                if (!isDotOrDotDot(record->name)) onEntry(record->name, record->type, record->inode, record->offset);
+            }
+        }
+        return 0;
+    }
+#else
+    // The whole directory in one go, read before anything in it is removed: elsewhere
+    // removing while a directory stream is open may skip entries.
+    template <class OnEntry>
+    int forEachEntry(Frame& frame, OnEntry&& onEntry) {
+        frame.listed = true;
+        const int copy = ::dup(frame.fd.get());
+        if (copy < 0) return errno;
         DIR* directory = ::fdopendir(copy);
         if (!directory) {
-            note(errno);
+            const int error = errno;
             ::close(copy);
-            return;
+            return error;
         }
         ::rewinddir(directory);
+        struct Listed {
+            std::string name;
+            unsigned char type;
+            ino_t inode;
+        };
+        std::vector<Listed> entries;
+        int error = 0;
         while (true) {
             errno = 0;
             const dirent* entry = ::readdir(directory);
             if (!entry) {
-                if (errno != 0) note(errno);
+                error = errno;
                 break;
             }
-            const char* name = entry->d_name;
-            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) continue;
-            level.entries.push_back({name, entry->d_type});
+            if (!isDotOrDotDot(entry->d_name)) entries.push_back({entry->d_name, entry->d_type, entry->d_ino});
         }
         ::closedir(directory);
+        for (const auto& entry : entries) onEntry(entry.name.c_str(), entry.type, entry.inode, 0);
+        return error;
+    }
+#endif
+
+    // The top directory has been gone through: let go of it. Whoever lets go of a directory
+    // last removes it from its parent and lets go of the parent in turn, up to the first
+    // directory another walk or frame still holds.
+    void finishTop() {
+        std::shared_ptr<Node> node = std::move(frames_.back().node);
+        Descriptor fd = std::move(frames_.back().fd);
+        frames_.pop_back();
+        --open_;
+        // Within this walk the parent is the frame below; above the walk's first directory
+        // (and on the way further up) it is reached through "..", or is the item's parent.
+        Frame* parentFrame = frames_.empty() ? nullptr : &frames_.back();
+        while (node->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            Node& parent = *node->parent;
+            Descriptor ownParent;
+            int parentFd = removal_.baseFd();
+            int error = 0;
+            if (parentFrame) {
+                if (!parentFrame->fd.valid() && !reopen(*parentFrame, fd.get(), error)) return abandon(error);
+                parentFd = parentFrame->fd.get();
+            } else if (parent.parent) {
+                ownParent = openParent(fd.get(), parent, error);
+                if (!ownParent.valid()) return abandon(error);
+                parentFd = ownParent.get();
+            }
+            error = removal_.unlinkIn(parent, parentFd, node->name.c_str(), AT_REMOVEDIR);
+            if ((error == ENOTEMPTY || error == EEXIST) && !node->failed.load() && node->passes < passesPerDirectory) {
+                // Nothing in it failed, yet it is not empty: go through it once more.
+                ++node->passes;
+                node->holders.store(1, std::memory_order_relaxed);
+                ::lseek(fd.get(), 0, SEEK_SET);
+                push(std::move(node), std::move(fd));
+                return;
+            }
+            if (error != 0 && error != ENOENT) removal_.keep(parent, error);
+            fd = std::move(ownParent);
+            node = node->parent;
+            if (parentFrame || !node->parent) {
+                node->holders.fetch_sub(1, std::memory_order_acq_rel);  // never the last: a frame or the base holds it
+                return;
+            }
+        }
     }
 
-    TreeRemovalOptions options_;
-    std::deque<Level> stack_;
-    std::error_code first_;
+    // Opens a closed frame again from its child, and reads on where it left off.
+    bool reopen(Frame& frame, int childFd, int& error) {
+        Descriptor fd = openParent(childFd, *frame.node, error);
+        if (!fd.valid()) return false;
+        if (::lseek(fd.get(), frame.listingStart, SEEK_SET) < 0) {
+            error = errno;
+            return false;
+        }
+        frame.fd = std::move(fd);
+        ++open_;
+        return true;
+    }
+
+    // A directory this walk left cannot be reached again as itself (moved, or out of
+    // descriptors): it and everything of the walk above it stay.
+    void abandon(int error) {
+        removal_.note(error);
+        frames_.clear();
+        open_ = 0;
+    }
+
+    Removal& removal_;
+    std::unique_ptr<char[]> buffer_;
+    ListedNames files_;  // the files of the listing being emptied
+    std::vector<Frame> frames_;
+    std::size_t open_ = 0;  // the open frames are the last open_ of frames_
 };
+
+void Removal::removeItem(const std::string& name, bool isDirectory) {
+    const char* itemName = name.c_str();
+    if (!isDirectory) {
+        const int error = unlinkIn(*base_, baseFd(), itemName, 0);
+        if (error == 0 || error == ENOENT) return;
+        // Linux says EISDIR when a directory took the name meanwhile: handle it as one.
+        if (error != EISDIR) return note(error);
+    }
+    int error = 0;
+    auto opened = openChild(*base_, baseFd(), itemName, error);
+    if (!opened) return removeUnopened(*base_, baseFd(), itemName, error);
+    Walk(*this).run(nodeOf(base_, itemName, *opened), std::move(opened->fd));
+    if (options_.sharing.enabled()) options_.sharing.waitForAll();
+}
 
 // The components of an absolute, standardised path; nothing for anything else.
 std::optional<std::vector<std::string>> componentsOf(const std::filesystem::path& path) {
@@ -340,20 +669,15 @@ std::error_code removeTree(const std::filesystem::path& path, const TreeRemovalO
         current = std::move(next);
     }
 
-    Level parent;
     struct stat parentStatus {};
     if (::fstat(current.get(), &parentStatus) != 0) return errorOf(errno);
-    parent.fd = std::move(current);
-    parent.device = parentStatus.st_dev;
-    parent.mayWiden = false;
+    Removal removal(options, std::move(current), parentStatus);
 
     const std::string& name = components->back();
     struct stat itemStatus {};
-    if (::fstatat(parent.fd.get(), name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return errorOf(errno);
+    if (::fstatat(removal.baseFd(), name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return errorOf(errno);
 
-    Removal removal(options);
-    removal.removeNamed(parent, name, S_ISDIR(itemStatus.st_mode) ? DT_DIR : DT_REG);
-    removal.drain(parent);
+    removal.removeItem(name, S_ISDIR(itemStatus.st_mode));
     return removal.firstError();
 }
 
