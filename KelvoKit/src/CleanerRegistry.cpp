@@ -16,6 +16,12 @@
 namespace kelvo {
 namespace {
 
+// Metro's caches in the temporary folder, which may be shared: the executor runs this only
+// when every entry it names is the user's own.
+constexpr const char* metroCacheLine =
+    "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* "
+    "\"$TMPDIR\"/react-native-packager-cache-* \"$TMPDIR\"/haste-map-*";
+
 using Spec = PerProjectCleaner::ArtifactSpec;
 
 constexpr Level safe = Level::safe;
@@ -357,8 +363,7 @@ void addMacosEntries(CatalogBuilder& c, const Environment& env) {
     c.command("dotnet-workload-clean", F::dotNet, "dotnet workload clean", safe, redownload);
 
     c.command("metro-cache", F::reactNative,
-              "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* "
-              "\"$TMPDIR\"/react-native-packager-cache-* \"$TMPDIR\"/haste-map-*",
+              metroCacheLine,
               safe, rebuild);
     c.command("watchman-state", F::reactNative, "watchman watch-del-all; watchman shutdown-server", safe, rebuild);
 
@@ -575,11 +580,8 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
     c.paths("xamarin-android-sdk", F::dotNet, {at.data("Xamarin")}, moderate, redownload);
     c.command("dotnet-workload-clean", F::dotNet, "dotnet workload clean", safe, redownload);
 
-    // The temporary folder may be shared: the executor runs this only when every entry it
-    // names is the user's own.
     c.command("metro-cache", F::reactNative,
-              "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* "
-              "\"$TMPDIR\"/react-native-packager-cache-* \"$TMPDIR\"/haste-map-*",
+              metroCacheLine,
               safe, rebuild);
     c.command("watchman-state", F::reactNative, "watchman watch-del-all; watchman shutdown-server", safe, rebuild);
 
