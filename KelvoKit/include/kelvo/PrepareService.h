@@ -27,14 +27,14 @@ namespace kelvo {
 
 struct PrepareService {
     Environment env = Environment::live();
-    ProbeDependency probe;
-    CommandRunner runCommand;
+    ProbeDependency probe{};
+    CommandRunner runCommand{};
     int olderThanMonths = 6;
     std::chrono::system_clock::time_point now = std::chrono::system_clock::now();
-    MetadataDependency metadata;
-    RuntimeLister simLister;
+    MetadataDependency metadata{};
+    RuntimeLister simLister{};
     // Where installed applications are looked for; nothing means the standard folders.
-    std::optional<std::vector<std::filesystem::path>> appIndexDirs;
+    std::optional<std::vector<std::filesystem::path>> appIndexDirs{};
     // Where the system's Flatpak and Snap installations are looked for (Linux profile).
     std::filesystem::path systemRoot = "/";
 

@@ -17,6 +17,8 @@ const SecretSchema* schema() {
         {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING},
          {"account", SECRET_SCHEMA_ATTRIBUTE_STRING},
          {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}},
+        0,  // the reserved fields, unused
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
     };
     return &value;
 }

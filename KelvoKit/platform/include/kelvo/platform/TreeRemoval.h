@@ -44,7 +44,7 @@ struct TreeRemovalOptions {
     // parent, which lies outside the tree.
     bool addOwnerPermissions = false;
     // Left empty, the whole removal runs on the calling thread.
-    WorkSharing sharing;
+    WorkSharing sharing{};
 };
 
 // Removes the item at an absolute path and everything below it, going on past entries
