@@ -6,11 +6,11 @@
 
 #include "Commands.h"
 #include "PlanOutput.h"
+#include "kelvo/Console.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/Reporter.h"
 #include "kelvo/SafetyGuard.h"
-#include "kelvo/platform/Terminal.h"
 
 namespace kelvo::tool {
 namespace {
@@ -40,7 +40,7 @@ bool printRefusal(const Environment& env) {
 }
 
 int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& request, const std::set<Family>& families,
-             const CleanFunction& clean) {
+             CatalogProfile profile, const CleanFunction& clean) {
     PlanSelection plan(Reporter::largestFirst(scanned));
     if (const auto unknown = plan.unknownIDs(request.ids); !unknown.empty()) {
         for (const auto& id : unknown) fmt::print(stderr, "{}\n", L10n::t("cli.clean.unknownID", id));
@@ -53,9 +53,9 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         fmt::print("{}\n", L10n::t("cli.clean.nothing"));
         return 0;
     }
-    printChosen(plan);
+    printChosen(plan, profile);
     if (!request.dryRun && !request.yes) {
-        if (!platform::standardInputIsTerminal()) {
+        if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));
             return usageErrorStatus;
         }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kelvo/CatalogProfile.h"
 #include "kelvo/CleanTarget.h"
 #include "kelvo/Environment.h"
 #include "kelvo/ExecutionReport.h"
@@ -31,7 +32,8 @@ bool printRefusal(const Environment& env);
 using CleanFunction = std::function<ExecutionReport(const std::vector<CleanTarget>&, bool dryRun, bool force)>;
 
 // Returns the exit status: 0 nothing failed, 1 a target failed or was skipped, 2 usage.
+// Families are named under the profile's catalog.
 int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& request, const std::set<Family>& families,
-             const CleanFunction& clean);
+             CatalogProfile profile, const CleanFunction& clean);
 
 }  // namespace kelvo::tool

@@ -1,28 +1,65 @@
 #pragma once
-// The subcommands of the kelvo tool. Each registers itself on the application and records
-// the process's exit status when it runs: 0 success, 1 a failure of the work itself,
-// 2 a usage error, or a clean the library refuses before it starts.
+// The subcommands of the kelvo tool. Each adds itself to the application with its options
+// in a plain struct, and hands back how to run it; running returns the process's exit
+// status: 0 success, 1 a failure of the work itself, 2 a usage error, or a clean the
+// library refuses before it starts.
 #include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
 
+#include "CleanFlow.h"
+#include "kelvo/CatalogProfile.h"
 #include "kelvo/Environment.h"
 
 namespace kelvo::tool {
 
 inline constexpr int usageErrorStatus = 2;
 
-void registerSizeCommand(CLI::App& app);
-void registerConfigCommand(CLI::App& app);
-void registerScanCommand(CLI::App& app);
-void registerCleanCommand(CLI::App& app);
-void registerPrepareCommand(CLI::App& app);
+// --catalog macos|linux, for every subcommand.
+struct GlobalOptions {
+    std::string catalog;  // empty: the running system's profile
 
-// --catalog macos|linux, for every subcommand; catalogProfile() is the choice, else the
-// running system's profile, and liveEnvironment() the live environment built with it.
-void registerCatalogOption(CLI::App& app);
-CatalogProfile catalogProfile();
-Environment liveEnvironment();
+    CatalogProfile profile() const;
+    Environment liveEnvironment() const;
+};
 
-void setExitStatus(int status);
-int exitStatus();
+struct ScanCommandOptions {
+    std::vector<std::string> familyNames;
+    bool json = false;
+};
+
+struct PrepareCommandOptions {
+    bool json = false;
+};
+
+struct SizeCommandOptions {
+    std::vector<std::string> paths;
+};
+
+// Every option of one invocation; the commands keep references into it.
+struct Options {
+    GlobalOptions global;
+    ScanCommandOptions scan;
+    CleanRequest clean;
+    PrepareCommandOptions prepare;
+    CleanRequest prepareClean;
+    SizeCommandOptions size;
+};
+
+// A subcommand, and what it does when it is the one given.
+struct Command {
+    const CLI::App* app = nullptr;
+    std::function<int()> run;
+};
+
+void addCatalogOption(CLI::App& app, GlobalOptions& options);
+Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalOptions& global);
+Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOptions& global);
+// `prepare` and its `prepare clean`, the inner one first.
+std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
+                                        const GlobalOptions& global);
+Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
+Command addConfigCommand(CLI::App& app);
 
 }  // namespace kelvo::tool

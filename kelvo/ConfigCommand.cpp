@@ -8,17 +8,17 @@
 
 namespace kelvo::tool {
 
-void registerConfigCommand(CLI::App& app) {
+Command addConfigCommand(CLI::App& app) {
     auto* config = app.add_subcommand("config", "Show the configuration");
     config->require_subcommand(1);
     auto* show = config->add_subcommand("show", "Print the effective configuration and the file's path");
-    show->callback([] {
-        const auto home = Environment::liveHome();
-        const auto path = Config::filePath(home);
-        const bool present = Config::exists(home);
-        fmt::print("{}\n", L10n::t(present ? "cli.config.file" : "cli.config.noFile", path.string()));
-        fmt::print("{}\n", Config::load(home).encoded());
-    });
+    return {show, [] {
+                const auto home = Environment::liveHome();
+                const auto path = Config::filePath(home);
+                fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
+                fmt::print("{}\n", Config::load(home).encoded());
+                return 0;
+            }};
 }
 
 }  // namespace kelvo::tool

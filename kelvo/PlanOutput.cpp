@@ -6,16 +6,16 @@
 #include <mutex>
 
 #include "Commands.h"
+#include "kelvo/Console.h"
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Reporter.h"
-#include "kelvo/platform/Terminal.h"
 
 namespace kelvo::tool {
 namespace {
 
 std::string paint(const std::string& text, const char* code) {
-    static const bool colour = platform::colourWanted(platform::standardOutputIsTerminal());
+    static const bool colour = Console::colourOnOutput();
     return colour ? fmt::format("\033[{}m{}\033[0m", code, text) : text;
 }
 
@@ -27,9 +27,6 @@ const char* levelColour(Level level) {
     }
 }
 
-// The family's name under the catalog this run uses.
-std::string familyName(Family family) { return displayName(family, catalogProfile()); }
-
 std::string levelText(Level level) { return L10n::t("level." + std::string(rawValue(level))); }
 std::string costText(RegenCost cost) { return L10n::t("regenCost." + std::string(rawValue(cost))); }
 
@@ -40,42 +37,25 @@ void printTargetLine(const CleanTarget& target, bool chosen) {
     if (!target.notes.empty()) fmt::print("      {}\n", target.notes);
 }
 
-// Targets of each family, families in declaration order, each group largest first.
-std::vector<std::pair<Family, std::vector<CleanTarget>>> grouped(const std::vector<CleanTarget>& targets) {
-    std::vector<std::pair<Family, std::vector<CleanTarget>>> groups;
-    const auto sorted = Reporter::largestFirst(targets);
-    for (Family family : allFamilies()) {
-        std::vector<CleanTarget> members;
-        for (const auto& target : sorted)
-            if (target.family == family) members.push_back(target);
-        if (!members.empty()) groups.emplace_back(family, std::move(members));
-    }
-    return groups;
-}
-
-std::int64_t totalOf(const std::vector<CleanTarget>& targets) {
-    std::int64_t total = 0;
-    for (const auto& target : targets) total += target.sizeBytes;
-    return total;
-}
+std::int64_t totalOf(const std::vector<CleanTarget>& targets) { return Reporter::summarize(targets).totalBytes; }
 
 }  // namespace
 
-void printPlan(const PlanSelection& plan) {
+void printPlan(const PlanSelection& plan, CatalogProfile profile) {
     if (plan.targets.empty()) {
         fmt::print("{}\n", L10n::t("cli.plan.empty"));
         return;
     }
     const auto summary = Reporter::summarize(plan.targets);
-    for (const auto& [family, members] : grouped(plan.targets)) {
-        fmt::print("{}  {}\n", paint(familyName(family), "1"), Format::bytes(summary.byFamily.at(family)));
+    for (const auto& [family, members] : Reporter::byFamily(plan.targets)) {
+        fmt::print("{}  {}\n", paint(displayName(family, profile), "1"), Format::bytes(summary.byFamily.at(family)));
         for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id));
         fmt::print("\n");
     }
     fmt::print("{}\n", paint(L10n::t("cli.plan.byFamily"), "1"));
     for (Family family : allFamilies())
         if (summary.byFamily.contains(family))
-            fmt::print("  {:<40} {:>11}\n", familyName(family), Format::bytes(summary.byFamily.at(family)));
+            fmt::print("  {:<40} {:>11}\n", displayName(family, profile), Format::bytes(summary.byFamily.at(family)));
     fmt::print("{}\n", paint(L10n::t("cli.plan.byLevel"), "1"));
     for (Level level : {Level::safe, Level::moderate, Level::aggressive})
         if (summary.byLevel.contains(level))
@@ -86,12 +66,12 @@ void printPlan(const PlanSelection& plan) {
     fmt::print("{}\n", L10n::plural("cli.plan.chosen", count, count, Format::bytes(totalOf(chosen))));
 }
 
-void printChosen(const PlanSelection& plan) {
+void printChosen(const PlanSelection& plan, CatalogProfile profile) {
     const auto chosen = plan.selectedTargets();
     const auto count = static_cast<std::int64_t>(chosen.size());
     fmt::print("{}\n", L10n::plural("cli.clean.willRemove", count, count, Format::bytes(totalOf(chosen))));
-    for (const auto& [family, members] : grouped(chosen)) {
-        fmt::print("{}\n", paint(familyName(family), "1"));
+    for (const auto& [family, members] : Reporter::byFamily(chosen)) {
+        fmt::print("{}\n", paint(displayName(family, profile), "1"));
         for (const auto& target : members) printTargetLine(target, true);
     }
 }
@@ -119,21 +99,23 @@ void printReport(const ExecutionReport& report, bool dryRun) {
     entries("cli.report.failed", report.errors);
 }
 
-ProgressLine::ProgressLine() : enabled_(platform::standardErrorIsTerminal()) {}
+ProgressLine::ProgressLine() : enabled_(Console::errorIsTerminal()) {}
 
 ProgressLine::~ProgressLine() {
     if (enabled_) fmt::print(stderr, "\r\033[K");
 }
 
-std::function<void(const ScanProgress&)> ProgressLine::callback() {
-    if (!enabled_) return {};
-    return [](const ScanProgress& progress) {
+ScanOptions ProgressLine::options() const {
+    ScanOptions options;
+    if (!enabled_) return options;
+    options.progress = [](const ScanProgress& progress) {
         const auto total = static_cast<std::int64_t>(progress.cleanersTotal);
         fmt::print(stderr, "\r\033[K{}",
                    L10n::plural("cli.scan.progress", total, static_cast<std::int64_t>(progress.cleanersFinished), total,
                                 Format::bytes(progress.bytesFound)));
         std::fflush(stderr);
     };
+    return options;
 }
 
 std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names) {

@@ -1,11 +1,11 @@
 #pragma once
 // Text renderings shared by the scan, clean and prepare commands.
-#include <functional>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "kelvo/CatalogProfile.h"
 #include "kelvo/CleanTarget.h"
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/PlanSelection.h"
@@ -15,19 +15,19 @@ namespace kelvo::tool {
 
 // Targets grouped by family (families in declaration order, targets largest first), each
 // with size, level, regeneration cost and a mark when chosen; then totals by family and
-// level and the chosen total.
-void printPlan(const PlanSelection& plan);
+// level and the chosen total. Families are named under the profile's catalog.
+void printPlan(const PlanSelection& plan, CatalogProfile profile);
 // Only the chosen targets, as a list of what a clean will remove.
-void printChosen(const PlanSelection& plan);
+void printChosen(const PlanSelection& plan, CatalogProfile profile);
 void printReport(const ExecutionReport& report, bool dryRun);
 
 // A progress line on standard error while a scan runs, only when it is a terminal.
-// Returns the callback to hand to the scanner, and clears the line when destroyed.
+// Gives the scan options that draw it, and clears the line when destroyed.
 class ProgressLine {
 public:
     ProgressLine();
     ~ProgressLine();
-    std::function<void(const ScanProgress&)> callback();
+    ScanOptions options() const;
 
 private:
     bool enabled_;

@@ -1,5 +1,5 @@
 // kelvo prepare and kelvo prepare clean: leftovers of removed applications, applications
-// unused for six months and old simulator runtimes.
+// long unused and old simulator runtimes.
 #include <fmt/format.h>
 
 #include "CleanFlow.h"
@@ -14,49 +14,45 @@
 namespace kelvo::tool {
 namespace {
 
-constexpr int unusedForMonths = 6;
-
-// Everything else left out is the live one.
-PrepareService liveService() { return PrepareService{.env = liveEnvironment(), .olderThanMonths = unusedForMonths}; }
-
 std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
     ProgressLine progress;
-    return Reporter::largestFirst(service.scan({.progress = progress.callback()}).value_or(std::vector<CleanTarget>{}));
+    return Reporter::largestFirst(service.scan(progress.options()).value_or(std::vector<CleanTarget>{}));
 }
 
 }  // namespace
 
-void registerPrepareCommand(CLI::App& app) {
+std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
+                                        const GlobalOptions& global) {
     auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
-    static bool json = false;
-    command->add_flag("--json", json, "Print the scan plan as JSON");
+    command->add_flag("--json", options.json, "Print the scan plan as JSON");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
-    static CleanRequest request;
     addCleanOptions(*clean, request);
 
-    command->callback([clean] {
-        if (clean->parsed()) return;
-        const auto service = liveService();
-        if (json) {
-            const auto targets = Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
-            fmt::print("{}\n", ScanPlanJSON(targets).encoded());
-        } else {
-            const auto targets = scanWithProgress(service);
-            printPlan(PlanSelection(targets));
-            fmt::print("{}\n", PrepareSummary::line(targets));
-        }
-        setExitStatus(0);
-    });
-    clean->callback([] {
-        const auto families = parseFamilies(request.familyNames);
-        if (!families) return setExitStatus(usageErrorStatus);
-        const auto service = liveService();
-        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
-        const auto targets = scanWithProgress(service);
-        setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
-            return service.clean(chosen, dryRun, force);
-        }));
-    });
+    // Everything left out of the service is the live one.
+    const Command show{command, [&options, &global] {
+                           const PrepareService service{.env = global.liveEnvironment()};
+                           if (options.json) {
+                               const auto targets =
+                                   Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
+                               fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+                           } else {
+                               const auto targets = scanWithProgress(service);
+                               printPlan(PlanSelection(targets), global.profile());
+                               fmt::print("{}\n", PrepareSummary::line(targets));
+                           }
+                           return 0;
+                       }};
+    const Command remove{clean, [&request, &global] {
+                             const auto families = parseFamilies(request.familyNames);
+                             if (!families) return usageErrorStatus;
+                             const PrepareService service{.env = global.liveEnvironment()};
+                             if (printRefusal(service.env)) return usageErrorStatus;
+                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                                             [&](const auto& chosen, bool dryRun, bool force) {
+                                                 return service.clean(chosen, dryRun, force);
+                                             });
+                         }};
+    return {remove, show};
 }
 
 }  // namespace kelvo::tool

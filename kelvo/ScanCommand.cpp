@@ -13,60 +13,49 @@
 namespace kelvo::tool {
 namespace {
 
-// The live service; families named on the command line replace the configured choice.
-CleanService liveService(const std::set<Family>& families) {
-    Environment env = liveEnvironment();
-    if (!families.empty()) env.enabledFamilies = families;
-    return CleanService{.env = env};
-}
-
 std::vector<CleanTarget> scanWithProgress(const CleanService& service) {
     ProgressLine progress;
-    return service.scan({.progress = progress.callback()}).value_or(std::vector<CleanTarget>{});
+    return service.scan(progress.options()).value_or(std::vector<CleanTarget>{});
 }
 
 }  // namespace
 
-void registerScanCommand(CLI::App& app) {
+Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalOptions& global) {
     auto* command = app.add_subcommand("scan", "Show what can be cleaned, with the preselection");
-    static std::vector<std::string> familyNames;
-    static bool json = false;
-    command->add_option("--family", familyNames, "Scan only this family (repeatable)");
-    command->add_flag("--json", json, "Print the scan plan as JSON");
-    command->callback([] {
-        const auto families = parseFamilies(familyNames);
-        if (!families) return setExitStatus(usageErrorStatus);
-        const auto service = liveService(*families);
-        const auto targets = Reporter::largestFirst(json ? service.scan().value_or(std::vector<CleanTarget>{})
-                                                         : scanWithProgress(service));
-        const auto notes = service.catalogNotes();
-        if (json) {
-            ScanPlanJSON plan(targets);
-            plan.notes = notes;
-            fmt::print("{}\n", plan.encoded());
-        } else {
-            printPlan(PlanSelection(targets));
-            for (const auto& note : notes) fmt::print("{}\n", note);
-        }
-        setExitStatus(0);
-    });
+    command->add_option("--family", options.familyNames, "Scan only this family (repeatable)");
+    command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    return {command, [&options, &global] {
+                const auto families = parseFamilies(options.familyNames);
+                if (!families) return usageErrorStatus;
+                const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families);
+                const auto targets = Reporter::largestFirst(
+                    options.json ? service.scan().value_or(std::vector<CleanTarget>{}) : scanWithProgress(service));
+                const auto notes = service.catalogNotes();
+                if (options.json) {
+                    ScanPlanJSON plan(targets);
+                    plan.notes = notes;
+                    fmt::print("{}\n", plan.encoded());
+                } else {
+                    printPlan(PlanSelection(targets), global.profile());
+                    for (const auto& note : notes) fmt::print("{}\n", note);
+                }
+                return 0;
+            }};
 }
 
-void registerCleanCommand(CLI::App& app) {
+Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOptions& global) {
     auto* command = app.add_subcommand("clean", "Remove the preselected or named targets");
-    static CleanRequest request;
     addCleanOptions(*command, request);
-    command->callback([] {
-        const auto families = parseFamilies(request.familyNames);
-        if (!families) return setExitStatus(usageErrorStatus);
-        // Ids may name targets of any family, so only a family-only request narrows the scan.
-        const auto service = liveService(request.ids.empty() ? *families : std::set<Family>{});
-        if (printRefusal(service.env)) return setExitStatus(usageErrorStatus);
-        const auto targets = scanWithProgress(service);
-        setExitStatus(runClean(targets, request, *families, [&](const auto& chosen, bool dryRun, bool force) {
-            return service.clean(chosen, dryRun, force);
-        }));
-    });
+    return {command, [&request, &global] {
+                const auto families = parseFamilies(request.familyNames);
+                if (!families) return usageErrorStatus;
+                const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families, request.ids);
+                if (printRefusal(service.env)) return usageErrorStatus;
+                return runClean(scanWithProgress(service), request, *families, global.profile(),
+                                [&](const auto& chosen, bool dryRun, bool force) {
+                                    return service.clean(chosen, dryRun, force);
+                                });
+            }};
 }
 
 }  // namespace kelvo::tool

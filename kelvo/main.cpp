@@ -37,12 +37,15 @@ int main(int argc, char** argv) {
     CLI::App app{"Kelvo: finds and removes the disk space that developer tool chains waste."};
     app.set_version_flag("--version", fmt::format("kelvo {}", kelvo::KelvoKit::version()));
     app.require_subcommand(1);
-    kelvo::tool::registerCatalogOption(app);
-    kelvo::tool::registerScanCommand(app);
-    kelvo::tool::registerCleanCommand(app);
-    kelvo::tool::registerPrepareCommand(app);
-    kelvo::tool::registerSizeCommand(app);
-    kelvo::tool::registerConfigCommand(app);
+    kelvo::tool::Options options;
+    kelvo::tool::addCatalogOption(app, options.global);
+    std::vector<kelvo::tool::Command> commands{
+        kelvo::tool::addScanCommand(app, options.scan, options.global),
+        kelvo::tool::addCleanCommand(app, options.clean, options.global)};
+    for (auto& command : kelvo::tool::addPrepareCommands(app, options.prepare, options.prepareClean, options.global))
+        commands.push_back(std::move(command));
+    commands.push_back(kelvo::tool::addSizeCommand(app, options.size));
+    commands.push_back(kelvo::tool::addConfigCommand(app));
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -55,5 +58,8 @@ int main(int argc, char** argv) {
         const int status = app.exit(error);
         return status == 0 ? 0 : kelvo::tool::usageErrorStatus;
     }
-    return kelvo::tool::exitStatus();
+    // The innermost command given is the one that runs (`prepare clean`, not `prepare`).
+    for (const auto& command : commands)
+        if (command.app->parsed()) return command.run();
+    return 0;
 }

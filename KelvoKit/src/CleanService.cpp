@@ -15,6 +15,12 @@ std::optional<std::vector<CleanTarget>> CleanService::scan(const ScanOptions& op
     return Scanner(enabledCleaners()).scan(options);
 }
 
+CleanService CleanService::narrowedTo(const std::set<Family>& families, const std::vector<std::string>& ids) const {
+    CleanService narrowed = *this;
+    if (!families.empty() && ids.empty()) narrowed.env.enabledFamilies = families;
+    return narrowed;
+}
+
 std::vector<std::string> CleanService::catalogNotes() const { return CleanerRegistry::build(env).notes; }
 
 std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {

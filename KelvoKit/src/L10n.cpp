@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "kelvo/LocalFiles.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/UserSession.h"
 
@@ -53,11 +54,6 @@ std::string renderArgument(char kind, const FormatArgument* argument) {
     return "";
 }
 
-std::filesystem::path besideExecutable() {
-    const auto directory = platform::executableDirectory();
-    return (directory ? *directory : std::filesystem::path(".")) / bundleName;
-}
-
 }  // namespace
 
 std::optional<ResourceBundle> L10n::loadBundle(const std::filesystem::path& location) {
@@ -80,23 +76,25 @@ std::optional<ResourceBundle> L10n::loadBundle(const std::filesystem::path& loca
     return bundle;
 }
 
+ResourceBundle L10n::loadBundleOrExit(std::string_view name, const std::filesystem::path& fallback) {
+    const auto first = LocalFiles::besideExecutable(name);
+    if (auto bundle = loadBundle(first)) return std::move(*bundle);
+    if (auto bundle = loadBundle(fallback)) return std::move(*bundle);
+    std::fprintf(stderr, "could not load resource bundle: from %s or %s\n", first.c_str(), fallback.c_str());
+    std::exit(1);
+}
+
 const ResourceBundle& L10n::bundle() {
-    static const ResourceBundle loaded = [] {
-        const auto first = besideExecutable();
-        const std::filesystem::path second = KELVO_FALLBACK_BUNDLE_PATH;
-        if (auto bundle = loadBundle(first)) return std::move(*bundle);
-        if (auto bundle = loadBundle(second)) return std::move(*bundle);
-        std::fprintf(stderr, "could not load resource bundle: from %s or %s\n", first.c_str(), second.c_str());
-        std::exit(1);
-    }();
+    static const ResourceBundle loaded = loadBundleOrExit(bundleName, KELVO_FALLBACK_BUNDLE_PATH);
     return loaded;
 }
 
-std::string L10n::currentLanguage() {
-    const auto& catalogs = bundle().catalogs;
-    if (const auto language = platform::preferredLanguage(); language && catalogs.contains(*language)) return *language;
-    return "en";
+std::string L10n::languageAmong(const ResourceBundle& bundle) {
+    const auto language = platform::preferredLanguage();
+    return language && bundle.catalogs.contains(*language) ? *language : "en";
 }
+
+std::string L10n::currentLanguage() { return languageAmong(bundle()); }
 
 namespace {
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "kelvo/platform/FileSystem.h"
+
 namespace kelvo {
 namespace {
 
@@ -32,12 +34,7 @@ void appendComposed(std::string& out, std::string_view run) {
 
 }  // namespace
 
-std::filesystem::path Paths::standardized(const std::filesystem::path& path) {
-    if (path.empty()) return path;
-    std::string text = path.lexically_normal().string();
-    while (text.size() > 1 && text.back() == '/') text.pop_back();
-    return text;
-}
+std::filesystem::path Paths::standardized(const std::filesystem::path& path) { return platform::standardized(path); }
 
 std::string Paths::comparable(std::string_view path) {
     if (isASCII(path)) return std::string(path);

@@ -21,4 +21,16 @@ std::vector<CleanTarget> Reporter::largestFirst(std::vector<CleanTarget> targets
     return targets;
 }
 
+std::vector<std::pair<Family, std::vector<CleanTarget>>> Reporter::byFamily(const std::vector<CleanTarget>& targets) {
+    std::vector<std::pair<Family, std::vector<CleanTarget>>> groups;
+    const auto sorted = largestFirst(targets);
+    for (Family family : allFamilies()) {
+        std::vector<CleanTarget> members;
+        for (const auto& target : sorted)
+            if (target.family == family) members.push_back(target);
+        if (!members.empty()) groups.emplace_back(family, std::move(members));
+    }
+    return groups;
+}
+
 }  // namespace kelvo

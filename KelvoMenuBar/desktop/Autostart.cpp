@@ -5,8 +5,7 @@
 #include <sstream>
 
 #include "kelvo/Environment.h"
-#include "kelvo/platform/FileSystem.h"
-#include "kelvo/platform/UserSession.h"
+#include "kelvo/LocalFiles.h"
 
 namespace kelvo::app {
 namespace {
@@ -37,7 +36,7 @@ std::filesystem::path Autostart::runningProgram() {
 }
 
 bool Autostart::enabled() const {
-    const auto text = platform::readFile(entry);
+    const auto text = LocalFiles::read(entry);
     if (!text) return false;
     std::istringstream lines(*text);
     for (std::string line; std::getline(lines, line);) {
@@ -54,8 +53,7 @@ std::optional<std::string> Autostart::setEnabled(bool on) const {
     } else {
         const std::string content = "[Desktop Entry]\nType=Application\nName=Kelvo Cleaner\nExec=" +
                                     execArgument(program.string()) + "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
-        error = platform::createDirectories(entry.parent_path());
-        if (!error) error = platform::writeFileAtomically(entry, content);
+        error = LocalFiles::writeAtomically(entry, content);
     }
     if (error) return error.message();
     return std::nullopt;

@@ -1,19 +1,17 @@
 #include "desktop/CliLink.h"
 
-#include "kelvo/platform/FileSystem.h"
-#include "kelvo/platform/UserSession.h"
+#include "kelvo/LocalFiles.h"
 
 namespace kelvo::app {
 
 std::filesystem::path CliLink::besideApplication() {
-    const auto directory = kelvo::platform::executableDirectory();
-    return (directory ? *directory : std::filesystem::path(".")) / "kelvo";
+    return LocalFiles::besideExecutable("kelvo");
 }
 
 CliLink::Outcome CliLink::install() const {
     // The tool itself must be there: a link to a link to nothing helps nobody.
-    if (!platform::exists(tool)) return Outcome::notBundled;
-    if (platform::createDirectories(linkFolder)) return Outcome::refused;
+    if (!LocalFiles::exists(tool)) return Outcome::notBundled;
+    if (LocalFiles::createDirectories(linkFolder)) return Outcome::refused;
     std::error_code ignored;
     std::filesystem::remove(linkPath(), ignored);
     std::error_code error;

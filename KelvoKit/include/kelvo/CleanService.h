@@ -22,8 +22,8 @@ namespace kelvo {
 
 struct CleanService {
     Environment env = Environment::live();
-    ProbeDependency probe;
-    CommandRunner runCommand;
+    ProbeDependency probe{};
+    CommandRunner runCommand{};
 
     // The enabled cleaners of the catalog (all when no set is configured, none for an empty set).
     CleanerList enabledCleaners() const;
@@ -34,6 +34,9 @@ struct CleanService {
     // The families that have targets in a scan of the whole catalog, enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
+    // The same service with its scan narrowed to the families (an empty set changes
+    // nothing). A clean that names ids is not narrowed: an id may name a target of any family.
+    CleanService narrowedTo(const std::set<Family>& families, const std::vector<std::string>& ids = {}) const;
     // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
     // environment gives a reason, every target is skipped with it and nothing is looked at.
     ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;

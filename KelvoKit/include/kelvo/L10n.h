@@ -45,7 +45,13 @@ const ResourceBundle& bundle();
 // Loads a bundle directory; nothing when it is missing or a catalog is not valid JSON.
 std::optional<ResourceBundle> loadBundle(const std::filesystem::path& location);
 
+// Loads the named bundle from beside the running executable, else from the fallback
+// directory; when neither loads, the program stops with the message above.
+ResourceBundle loadBundleOrExit(std::string_view name, const std::filesystem::path& fallback);
+
 // The language chosen from the environment among those the bundle has ("en" by default).
+std::string languageAmong(const ResourceBundle& bundle);
+// languageAmong the library's own bundle.
 std::string currentLanguage();
 
 std::string t(std::string_view key);

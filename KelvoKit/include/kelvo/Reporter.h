@@ -3,6 +3,7 @@
 // occurs only with size 0 has an entry of 0.
 #include <cstdint>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
@@ -20,6 +21,9 @@ namespace Reporter {
 ScanSummary summarize(const std::vector<CleanTarget>& targets);
 // The targets largest first; equal sizes keep their order.
 std::vector<CleanTarget> largestFirst(std::vector<CleanTarget> targets);
+// The targets of each family that has any: families in declaration order, each group
+// largest first.
+std::vector<std::pair<Family, std::vector<CleanTarget>>> byFamily(const std::vector<CleanTarget>& targets);
 }
 
 }  // namespace kelvo

@@ -10,7 +10,6 @@
 #include <climits>
 
 #include "StatusFields.h"
-#include "kelvo/Paths.h"
 #include "kelvo/platform/DirectoryHandle.h"
 
 namespace kelvo::platform {
@@ -139,6 +138,13 @@ std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& pa
     return std::filesystem::path(buffer);
 }
 
+std::filesystem::path standardized(const std::filesystem::path& path) {
+    if (path.empty()) return path;
+    std::string text = path.lexically_normal().string();
+    while (text.size() > 1 && text.back() == '/') text.pop_back();
+    return text;
+}
+
 std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
     std::filesystem::path absolute = path;
     if (!path.is_absolute()) {
@@ -146,7 +152,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
         const auto workingDirectory = std::filesystem::current_path(error);
         if (!error) absolute = workingDirectory / path;
     }
-    std::string text = Paths::standardized(absolute).native();
+    std::string text = standardized(absolute).native();
     for (int hop = 0; hop < maxLinkHops; ++hop) {
         // realpath() of the longest prefix that exists and is short enough for the system.
         std::size_t end = text.size();
@@ -172,7 +178,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
                 if (length <= 0) break;
                 target.resize(static_cast<std::size_t>(length));
                 if (target.front() != '/') target = result + "/" + target;
-                text = Paths::standardized(target + text.substr(next)).native();
+                text = standardized(target + text.substr(next)).native();
                 end = std::string::npos;  // resolve the new text from the start
                 break;
             }
@@ -181,7 +187,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
             result += "/" + name;
             end = next;
         }
-        if (end != std::string::npos) return Paths::standardized(result + text.substr(end));
+        if (end != std::string::npos) return standardized(result + text.substr(end));
     }
     return text;  // a loop of links
 }

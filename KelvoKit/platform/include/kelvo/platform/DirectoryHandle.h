@@ -12,7 +12,7 @@
 #include <system_error>
 #include <type_traits>
 
-#include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/DirectoryEntry.h"
 
 namespace kelvo::platform {
 

@@ -15,16 +15,11 @@
 #include <system_error>
 #include <vector>
 
+#include "kelvo/platform/DirectoryEntry.h"
+
 namespace kelvo::platform {
 
 using TimePoint = std::chrono::system_clock::time_point;
-
-enum class EntryType { directory, file, symlink, other };
-
-struct ListedEntry {
-    std::string name;
-    std::optional<EntryType> type;  // the entry's own type (links not followed); nothing if unknown
-};
 
 // Something exists at the path, links followed (a dangling link does not exist).
 bool exists(const std::filesystem::path& path);
@@ -50,6 +45,9 @@ std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bi
 // read (no_such_file_or_directory when nothing is there).
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
 
+// The path lexically normalised ("a/./b/../c" is "a/c"), without a trailing separator
+// ("/" stays "/"); the empty path stays empty.
+std::filesystem::path standardized(const std::filesystem::path& path);
 // Resolves symbolic links along the path as far as it exists, past PATH_MAX too; the
 // components that do not exist are appended as written. The result is absolute and
 // standardised.
