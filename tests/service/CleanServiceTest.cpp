@@ -82,5 +82,25 @@ TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
     EXPECT_EQ(report.deleted.size(), targets->size());
 }
 
+// Families narrow the scan only when no id is named, since an id may name any family.
+TEST(CleanServiceNarrowing, FamiliesNarrowOnlyWithoutIds) {
+    using Families = std::optional<std::set<Family>>;
+    const std::set<Family> docker{Family::docker};
+    struct Case {
+        std::set<Family> families;
+        std::vector<std::string> ids;
+        Families expected;
+    };
+    const Case cases[] = {{{}, {}, Families{{Family::jvm}}},
+                          {docker, {}, docker},
+                          {docker, {"some.id"}, Families{{Family::jvm}}},
+                          {{}, {"some.id"}, Families{{Family::jvm}}}};
+    CleanService configured{.env = {}};
+    configured.env.enabledFamilies = std::set<Family>{Family::jvm};
+    for (const auto& c : cases)
+        EXPECT_EQ(configured.narrowedTo(c.families, c.ids).env.enabledFamilies, c.expected)
+            << c.families.size() << " families, " << c.ids.size() << " ids";
+}
+
 }  // namespace
 }  // namespace kelvo

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvo/Reporter.h"
+#include "support/TargetIds.h"
 
 namespace kelvo {
 namespace {
@@ -44,6 +45,21 @@ TEST(ReporterSummarize, SumsByFamilyAndLevelAndKeepsTheTargetsInOrder) {
     EXPECT_EQ(summary.targets[0].id, "x");
     EXPECT_EQ(summary.targets[1].id, "y");
     EXPECT_EQ(summary.targets[2].id, "z");
+}
+
+// Families in declaration order whatever the input order, each group largest first, and
+// no group for a family without targets.
+TEST(ReporterByFamily, GroupsInFamilyOrderLargestFirst) {
+    const auto groups = Reporter::byFamily({target("p1", Family::python, Level::safe, 1),
+                                            target("d1", Family::docker, Level::safe, 2),
+                                            target("p2", Family::python, Level::safe, 9),
+                                            target("x1", Family::xcodeCore, Level::safe, 0)});
+    std::vector<std::pair<Family, std::vector<std::string>>> seen;
+    for (const auto& [family, members] : groups) seen.emplace_back(family, testing::idsOf(members));
+    const std::vector<std::pair<Family, std::vector<std::string>>> expected{
+        {Family::xcodeCore, {"x1"}}, {Family::docker, {"d1"}}, {Family::python, {"p2", "p1"}}};
+    EXPECT_EQ(seen, expected);
+    EXPECT_TRUE(Reporter::byFamily({}).empty());
 }
 
 }  // namespace
