@@ -4,7 +4,6 @@
 
 #include <iostream>
 
-#include "Commands.h"
 #include "PlanOutput.h"
 #include "kelvo/Console.h"
 #include "kelvo/L10n.h"

@@ -14,6 +14,9 @@
 
 namespace kelvo::tool {
 
+// The exit status of a usage error, and of a clean the library refuses before it starts.
+inline constexpr int usageErrorStatus = 2;
+
 struct CleanRequest {
     std::vector<std::string> ids;
     std::vector<std::string> familyNames;

@@ -14,8 +14,6 @@
 
 namespace kelvo::tool {
 
-inline constexpr int usageErrorStatus = 2;
-
 // --catalog macos|linux, for every subcommand.
 struct GlobalOptions {
     std::string catalog;  // empty: the running system's profile

@@ -2,10 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <map>
-#include <mutex>
-
-#include "Commands.h"
 #include "kelvo/Console.h"
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
