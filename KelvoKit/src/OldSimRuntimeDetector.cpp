@@ -1,7 +1,7 @@
 #include "kelvo/OldSimRuntimeDetector.h"
 
 #include "kelvo/L10n.h"
-#include "kelvo/PrepareRegistry.h"
+#include "kelvo/MonthsBefore.h"
 
 namespace kelvo {
 namespace {
@@ -29,7 +29,7 @@ OldSimRuntimeDetector::OldSimRuntimeDetector(RuntimeLister lister, int olderThan
 
 std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
     std::optional<std::chrono::system_clock::time_point> cutOff;
-    if (now_) cutOff = PrepareRegistry::monthsBefore(*now_, olderThanMonths_);
+    if (now_) cutOff = monthsBefore(*now_, olderThanMonths_);
 
     std::vector<CleanTarget> targets;
     for (const auto& runtime : lister_()) {

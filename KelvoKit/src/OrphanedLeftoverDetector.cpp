@@ -6,7 +6,6 @@
 #include "kelvo/AppData.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
-#include "kelvo/PrepareRegistry.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/TextCase.h"
 
@@ -17,19 +16,6 @@ namespace {
 constexpr std::array<std::string_view, 5> plainPlaces{
     "Library/Application Support", "Library/Caches", "Library/Containers", "Library/HTTPStorages", "Library/Logs",
 };
-
-std::string lastNonEmptyPiece(const std::string& text) {
-    std::string last;
-    std::size_t start = 0;
-    while (start <= text.size()) {
-        const auto dot = text.find('.', start);
-        const auto end = dot == std::string::npos ? text.size() : dot;
-        if (end > start) last = text.substr(start, end - start);
-        if (dot == std::string::npos) break;
-        start = dot + 1;
-    }
-    return last;
-}
 
 // Lower case without blanks, "-" and "_", so "Foo Bar", "foo-bar" and "FooBar" meet.
 std::string matchKey(std::string_view text) {
@@ -47,10 +33,7 @@ OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, s
                                                    const std::vector<std::string>& unidentifiedAppNames)
     : home_(std::move(home)),
       installedBundleIDs_(std::move(installedBundleIDs)),
-      protectedBundleIDs_(std::move(protectedBundleIDs)),
-      protectedNames_(std::move(protectedNames)) {
-    for (const auto& bundleID : protectedBundleIDs_)
-        if (auto prefix = PrepareRegistry::brandPrefix(bundleID)) protectedBrandPrefixes_.insert(std::move(*prefix));
+      protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {
     for (const auto& name : unidentifiedAppNames)
         if (auto key = matchKey(name); !key.empty()) unidentifiedAppKeys_.insert(std::move(key));
 }
@@ -61,16 +44,6 @@ bool OrphanedLeftoverDetector::mayBelongToUnidentifiedApp(const std::string& bun
     for (const auto& key : unidentifiedAppKeys_)
         if (pieces.find("." + key + ".") != std::string::npos) return true;
     return false;
-}
-
-bool OrphanedLeftoverDetector::isProtected(const std::string& bundleID) const {
-    if (protectedBundleIDs_.contains(bundleID)) return true;
-    for (const auto& protectedID : protectedBundleIDs_)
-        if (bundleID.starts_with(protectedID + ".")) return true;
-    if (const auto prefix = PrepareRegistry::brandPrefix(bundleID); prefix && protectedBrandPrefixes_.contains(*prefix))
-        return true;
-    const std::string last = lastNonEmptyPiece(bundleID);
-    return !last.empty() && protectedNames_.contains(platform::lowercased(last));
 }
 
 std::set<std::string> OrphanedLeftoverDetector::collectCandidateBundleIDs() const {

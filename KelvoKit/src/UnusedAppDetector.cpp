@@ -3,10 +3,8 @@
 #include "kelvo/AppData.h"
 #include "kelvo/InstalledApps.h"
 #include "kelvo/L10n.h"
-#include "kelvo/Paths.h"
-#include "kelvo/PrepareRegistry.h"
+#include "kelvo/MonthsBefore.h"
 #include "kelvo/platform/FileSystem.h"
-#include "kelvo/platform/TextCase.h"
 
 namespace kelvo {
 
@@ -20,11 +18,10 @@ UnusedAppDetector::UnusedAppDetector(std::vector<std::filesystem::path> appDirs,
       now_(now),
       metadata_(std::move(metadata)),
       probe_(std::move(probe)),
-      protectedBundleIDs_(std::move(protectedBundleIDs)),
-      protectedNames_(std::move(protectedNames)) {}
+      protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {}
 
 std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) const {
-    const TimePoint cutOff = PrepareRegistry::monthsBefore(now_, olderThanMonths_);
+    const TimePoint cutOff = monthsBefore(now_, olderThanMonths_);
     std::vector<CleanTarget> targets;
     for (const auto& directory : appDirs_) {
         const auto entries = platform::listDirectory(directory, true);
@@ -34,15 +31,11 @@ std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) con
             // Cheapest tests first: names, then process questions, then Info.plist, and the
             // last-used lookup (which may start a process) last.
             const std::filesystem::path bundle = directory / entry.name;
-            if (Paths::extensionOf(bundle) != "app") continue;
-            const std::string appName = entry.name.substr(0, entry.name.size() - 4);
-            if (protectedNames_.contains(platform::lowercased(appName))) continue;
-            if (probe_->isRunning(appName)) continue;
-            const auto executable = InstalledApps::infoPlistString(bundle, "CFBundleExecutable");
-            if (executable && *executable != appName && probe_->isRunning(*executable)) continue;
-            if (probe_->isRunningUnder((bundle / "Contents/MacOS").string())) continue;
+            const auto appName = InstalledApps::appName(bundle);
+            if (!appName || protected_.coversName(*appName)) continue;
+            if (InstalledApps::isRunning(bundle, *probe_)) continue;
             const auto bundleID = InstalledApps::infoPlistString(bundle, "CFBundleIdentifier");
-            if (bundleID && protectedBundleIDs_.contains(*bundleID)) continue;
+            if (bundleID && protected_.bundleIDs().contains(*bundleID)) continue;
             const auto lastUsed = metadata_->lastUsed(bundle);
             if (!lastUsed || !(*lastUsed < cutOff)) continue;
 
@@ -54,7 +47,7 @@ std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) con
             if (total <= 0) continue;
             targets.push_back(CleanTarget{
                 .id = bundleID ? "app:" + *bundleID : "app-path:" + bundle.string(),
-                .name = L10n::t("cleaner.unusedApp.target", appName),
+                .name = L10n::t("cleaner.unusedApp.target", *appName),
                 .family = Family::unusedApps,
                 .kind = CleanKind::paths(std::move(paths)),
                 .sizeBytes = total,

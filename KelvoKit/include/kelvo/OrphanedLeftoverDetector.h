@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "kelvo/Cleaner.h"
+#include "kelvo/ProtectedApps.h"
 
 namespace kelvo {
 
@@ -39,18 +40,16 @@ public:
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
-    // True for an identifier that must never be offered: a protected one, a sub-component
-    // of one, one of a protected vendor (brand prefix), or one whose last piece, lower-cased,
-    // is a protected application name.
-    bool isProtected(const std::string& bundleID) const;
+    // True for an identifier that must never be offered (ProtectedApps::coversBundleID).
+    bool isProtected(const std::string& bundleID) const { return protected_.coversBundleID(bundleID); }
     // True for an identifier that may belong to an installed bundle whose own identifier
     // could not be read (the rule above).
     bool mayBelongToUnidentifiedApp(const std::string& bundleID) const;
 
     const std::filesystem::path& home() const { return home_; }
     const std::set<std::string>& installedBundleIDs() const { return installedBundleIDs_; }
-    const std::set<std::string>& protectedBundleIDs() const { return protectedBundleIDs_; }
-    const std::set<std::string>& protectedNames() const { return protectedNames_; }
+    const std::set<std::string>& protectedBundleIDs() const { return protected_.bundleIDs(); }
+    const std::set<std::string>& protectedNames() const { return protected_.names(); }
 
 private:
     // Names in the seven Library places that may be bundle identifiers (extensions of
@@ -61,9 +60,7 @@ private:
     std::string name_ = "Restos de apps desinstaladas";
     std::filesystem::path home_;
     std::set<std::string> installedBundleIDs_;
-    std::set<std::string> protectedBundleIDs_;
-    std::set<std::string> protectedNames_;  // lower case
-    std::set<std::string> protectedBrandPrefixes_;
+    ProtectedApps protected_;
     std::set<std::string> unidentifiedAppKeys_;  // names in the form matchKey gives
 };
 

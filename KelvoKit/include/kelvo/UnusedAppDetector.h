@@ -16,6 +16,7 @@
 #include "kelvo/AppMetadata.h"
 #include "kelvo/Cleaner.h"
 #include "kelvo/ProcessProbe.h"
+#include "kelvo/ProtectedApps.h"
 
 namespace kelvo {
 
@@ -46,8 +47,7 @@ private:
     TimePoint now_;
     MetadataDependency metadata_;
     ProbeDependency probe_;
-    std::set<std::string> protectedBundleIDs_;
-    std::set<std::string> protectedNames_;  // lower case
+    ProtectedApps protected_;
 };
 
 }  // namespace kelvo
