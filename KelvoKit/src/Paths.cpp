@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/UTF8.h"
+
 namespace kelvo {
 namespace {
 
@@ -32,12 +35,7 @@ void appendComposed(std::string& out, std::string_view run) {
 
 }  // namespace
 
-std::filesystem::path Paths::standardized(const std::filesystem::path& path) {
-    if (path.empty()) return path;
-    std::string text = path.lexically_normal().string();
-    while (text.size() > 1 && text.back() == '/') text.pop_back();
-    return text;
-}
+std::filesystem::path Paths::standardized(const std::filesystem::path& path) { return platform::standardized(path); }
 
 std::string Paths::comparable(std::string_view path) {
     if (isASCII(path)) return std::string(path);
@@ -46,11 +44,8 @@ std::string Paths::comparable(std::string_view path) {
     std::size_t runStart = 0;
     std::size_t index = 0;
     while (index < path.size()) {
-        utf8proc_int32_t codepoint = 0;
-        const auto length = utf8proc_iterate(bytesOf(path) + index, static_cast<utf8proc_ssize_t>(path.size() - index),
-                                             &codepoint);
-        if (length > 0) {
-            index += static_cast<std::size_t>(length);
+        if (const auto decoded = platform::decodeUTF8(path, index)) {
+            index += decoded->length;
             continue;
         }
         appendComposed(out, path.substr(runStart, index - runStart));

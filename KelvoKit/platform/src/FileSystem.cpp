@@ -10,7 +10,6 @@
 #include <climits>
 
 #include "StatusFields.h"
-#include "kelvo/Paths.h"
 #include "kelvo/platform/DirectoryHandle.h"
 
 namespace kelvo::platform {
@@ -69,11 +68,6 @@ std::optional<bool> isPresent(const std::filesystem::path& path) {
     return std::nullopt;
 }
 
-bool isDirectory(const std::filesystem::path& path) {
-    const auto status = statOf(path, true);
-    return status && S_ISDIR(status->st_mode);
-}
-
 std::optional<bool> isSymbolicLink(const std::filesystem::path& path) {
     const auto status = statOf(path, false);
     if (!status) return std::nullopt;
@@ -114,29 +108,17 @@ std::int64_t allocatedSize(const std::filesystem::path& path) {
     return status ? static_cast<std::int64_t>(status->st_blocks) * 512 : 0;
 }
 
-std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
-    const auto status = statOf(path, false);
-    if (!status) return std::nullopt;
-    return static_cast<unsigned>(status->st_mode & 07777);
-}
-
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {
     const auto status = statOf(path, false, error);
     if (!status) return std::nullopt;
     return static_cast<unsigned>(status->st_uid);
 }
 
-std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
-    if (::chmod(path.c_str(), static_cast<mode_t>(bits)) != 0) return {errno, std::generic_category()};
-    return {};
-}
-
-std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path) {
-    std::string buffer(PATH_MAX, '\0');
-    const ssize_t length = ::readlink(path.c_str(), buffer.data(), buffer.size());
-    if (length < 0) return std::nullopt;
-    buffer.resize(static_cast<std::size_t>(length));
-    return std::filesystem::path(buffer);
+std::filesystem::path standardized(const std::filesystem::path& path) {
+    if (path.empty()) return path;
+    std::string text = path.lexically_normal().string();
+    while (text.size() > 1 && text.back() == '/') text.pop_back();
+    return text;
 }
 
 std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
@@ -146,7 +128,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
         const auto workingDirectory = std::filesystem::current_path(error);
         if (!error) absolute = workingDirectory / path;
     }
-    std::string text = Paths::standardized(absolute).native();
+    std::string text = standardized(absolute).native();
     for (int hop = 0; hop < maxLinkHops; ++hop) {
         // realpath() of the longest prefix that exists and is short enough for the system.
         std::size_t end = text.size();
@@ -172,7 +154,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
                 if (length <= 0) break;
                 target.resize(static_cast<std::size_t>(length));
                 if (target.front() != '/') target = result + "/" + target;
-                text = Paths::standardized(target + text.substr(next)).native();
+                text = standardized(target + text.substr(next)).native();
                 end = std::string::npos;  // resolve the new text from the start
                 break;
             }
@@ -181,7 +163,7 @@ std::filesystem::path resolveSymlinks(const std::filesystem::path& path) {
             result += "/" + name;
             end = next;
         }
-        if (end != std::string::npos) return Paths::standardized(result + text.substr(end));
+        if (end != std::string::npos) return standardized(result + text.substr(end));
     }
     return text;  // a loop of links
 }
