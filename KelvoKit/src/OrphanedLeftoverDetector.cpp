@@ -31,7 +31,8 @@ OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, s
                                                    std::set<std::string> protectedBundleIDs,
                                                    std::set<std::string> protectedNames,
                                                    const std::vector<std::string>& unidentifiedAppNames)
-    : home_(std::move(home)),
+    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate, Reversibility::regenerable, RegenCost::redownload),
+      home_(std::move(home)),
       installedBundleIDs_(std::move(installedBundleIDs)),
       protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {
     for (const auto& name : unidentifiedAppNames)
@@ -74,20 +75,10 @@ std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& conte
         if (!AppData::isOrphanBundleID(bundleID, installedBundleIDs_)) continue;
         auto locations = AppData::leftoverPaths(bundleID, home_);
         if (locations.empty()) continue;
-        std::int64_t total = 0;
-        for (const auto& location : locations) total += context.sizer.measure(location).bytes;
+        const std::int64_t total = context.sizer.measureAll(locations).bytes;
         if (total <= 0) continue;
-        targets.push_back(CleanTarget{
-            .id = "leftover:" + bundleID,
-            .name = L10n::t("cleaner.leftover.target", bundleID),
-            .family = Family::appLeftovers,
-            .kind = CleanKind::paths(std::move(locations)),
-            .sizeBytes = total,
-            .reversibility = Reversibility::regenerable,
-            .regenCost = RegenCost::redownload,
-            .level = Level::moderate,
-            .notes = leftoverNote,
-        });
+        targets.push_back(target("leftover:" + bundleID, L10n::t("cleaner.leftover.target", bundleID),
+                                 CleanKind::paths(std::move(locations)), total, leftoverNote));
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.
     if (context.stop.stop_requested()) return {};

@@ -12,7 +12,8 @@ UnusedAppDetector::UnusedAppDetector(std::vector<std::filesystem::path> appDirs,
                                      int olderThanMonths, TimePoint now, MetadataDependency metadata,
                                      ProbeDependency probe, std::set<std::string> protectedBundleIDs,
                                      std::set<std::string> protectedNames)
-    : appDirs_(std::move(appDirs)),
+    : CatalogCleaner("unused-apps", "Apps grandes sin usar", Family::unusedApps, Level::aggressive, Reversibility::regenerable, RegenCost::redownload),
+      appDirs_(std::move(appDirs)),
       home_(std::move(home)),
       olderThanMonths_(olderThanMonths),
       now_(now),
@@ -42,20 +43,11 @@ std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) con
             std::vector<std::filesystem::path> paths{bundle};
             if (bundleID)
                 for (auto& location : AppData::leftoverPaths(*bundleID, home_)) paths.push_back(std::move(location));
-            std::int64_t total = 0;
-            for (const auto& path : paths) total += context.sizer.measure(path).bytes;
+            const std::int64_t total = context.sizer.measureAll(paths).bytes;
             if (total <= 0) continue;
-            targets.push_back(CleanTarget{
-                .id = bundleID ? "app:" + *bundleID : "app-path:" + bundle.string(),
-                .name = L10n::t("cleaner.unusedApp.target", *appName),
-                .family = Family::unusedApps,
-                .kind = CleanKind::paths(std::move(paths)),
-                .sizeBytes = total,
-                .reversibility = Reversibility::regenerable,
-                .regenCost = RegenCost::redownload,
-                .level = Level::aggressive,
-                .notes = "Reinstalable. Borrado permanente de la app y sus datos.",
-            });
+            targets.push_back(target(bundleID ? "app:" + *bundleID : "app-path:" + bundle.string(),
+                                     L10n::t("cleaner.unusedApp.target", *appName), CleanKind::paths(std::move(paths)),
+                                     total, "Reinstalable. Borrado permanente de la app y sus datos."));
         }
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.

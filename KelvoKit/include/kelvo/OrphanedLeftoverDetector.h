@@ -18,12 +18,12 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
 #include "kelvo/ProtectedApps.h"
 
 namespace kelvo {
 
-class OrphanedLeftoverDetector final : public Cleaner {
+class OrphanedLeftoverDetector final : public CatalogCleaner {
 public:
     // The note of every leftover target, whatever found it (a fixed text, not looked up).
     static constexpr const char* leftoverNote = "App no instalada; datos sobrantes.";
@@ -34,9 +34,6 @@ public:
                              std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames,
                              const std::vector<std::string>& unidentifiedAppNames = {});
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return Family::appLeftovers; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
@@ -56,8 +53,6 @@ private:
     // preference files and saved states dropped), sorted and without repeats.
     std::set<std::string> collectCandidateBundleIDs() const;
 
-    std::string id_ = "app-leftovers";
-    std::string name_ = "Restos de apps desinstaladas";
     std::filesystem::path home_;
     std::set<std::string> installedBundleIDs_;
     ProtectedApps protected_;
