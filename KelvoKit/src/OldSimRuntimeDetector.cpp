@@ -25,7 +25,8 @@ std::string shellWord(const std::string& text) {
 
 OldSimRuntimeDetector::OldSimRuntimeDetector(RuntimeLister lister, int olderThanMonths,
                                              std::optional<std::chrono::system_clock::time_point> now)
-    : CatalogCleaner("sim-runtimes", "Runtimes de simulador viejos", Family::simulators, Level::aggressive, Reversibility::regenerable, RegenCost::redownload),
+    : CatalogCleaner("sim-runtimes", "Runtimes de simulador viejos", Family::simulators, Level::aggressive,
+                     Reversibility::regenerable, RegenCost::redownload),
       lister_(std::move(lister)), olderThanMonths_(olderThanMonths), now_(now) {}
 
 std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
@@ -36,7 +37,8 @@ std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
     for (const auto& runtime : lister_()) {
         if (!runtime.isDeletable) continue;
         if (cutOff && !(runtime.lastUsed && *runtime.lastUsed < *cutOff)) continue;
-        targets.push_back(target("sim-runtime:" + runtime.identifier, L10n::t("cleaner.simRuntime.target", runtime.name),
+        targets.push_back(target("sim-runtime:" + runtime.identifier,
+                                 L10n::t("cleaner.simRuntime.target", runtime.name),
                                  CleanKind::command("xcrun simctl runtime delete " + shellWord(runtime.identifier)),
                                  runtime.sizeBytes, "Re-descargable desde Xcode."));
     }

@@ -31,7 +31,8 @@ OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, s
                                                    std::set<std::string> protectedBundleIDs,
                                                    std::set<std::string> protectedNames,
                                                    const std::vector<std::string>& unidentifiedAppNames)
-    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate, Reversibility::regenerable, RegenCost::redownload),
+    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate,
+                     Reversibility::regenerable, RegenCost::redownload),
       home_(std::move(home)),
       installedBundleIDs_(std::move(installedBundleIDs)),
       protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {

@@ -9,7 +9,9 @@
 namespace kelvo {
 
 PackageLeftoverDetector::PackageLeftoverDetector(std::vector<Source> sources)
-    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate, Reversibility::userData, RegenCost::redownload), sources_(std::move(sources)) {}
+    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate,
+                     Reversibility::userData, RegenCost::redownload),
+      sources_(std::move(sources)) {}
 
 std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& context) const {
     std::vector<CleanTarget> targets;

@@ -1,7 +1,7 @@
 #pragma once
 // The prepare domain's catalog: its three detectors, the folders searched for unused
-// applications, its protected paths, and the fixed lists of applications and vendors that
-// are never touched (the developer tools, terminals and browsers users depend on).
+// applications, its protected paths, and the applications that are never touched
+// (ProtectedApps::standard(), which the detectors are built with).
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -21,7 +21,7 @@ struct Environment;
 
 namespace PrepareRegistry {
 
-// The standard protected applications (ProtectedApps::standard()) under the catalog's names.
+// ProtectedApps::standard(), under the names the catalog gives them.
 const std::set<std::string>& protectedBundleIDs();
 const std::set<std::string>& protectedNames();  // lower case
 bool isProtectedBundleID(const std::string& bundleID);
