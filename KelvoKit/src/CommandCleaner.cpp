@@ -8,13 +8,8 @@ namespace kelvo {
 CommandCleaner::CommandCleaner(std::string id, std::string name, Family family, std::string command, Level level,
                                Reversibility reversibility, RegenCost regenCost, std::int64_t estimateBytes,
                                ToolCheck toolAvailable)
-    : id_(std::move(id)),
-      name_(std::move(name)),
-      family_(family),
+    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
       command_(std::move(command)),
-      level_(level),
-      reversibility_(reversibility),
-      regenCost_(regenCost),
       estimateBytes_(estimateBytes),
       toolAvailable_(toolAvailable ? std::move(toolAvailable) : ToolCheck(&CommandCleaner::which)) {}
 
@@ -33,17 +28,8 @@ std::string CommandCleaner::tool() const {
 
 std::vector<CleanTarget> CommandCleaner::scan(const ScanContext& context) const {
     if (context.stop.stop_requested() || !toolAvailable_(tool())) return {};
-    CleanTarget target;
-    target.id = id_;
-    target.name = name_;
-    target.family = family_;
-    target.kind = CleanKind::command(command_);
-    target.sizeBytes = estimateBytes_;
-    target.reversibility = reversibility_;
-    target.regenCost = regenCost_;
-    target.level = level_;
-    target.notes = estimateBytes_ != 0 ? std::string() : L10n::t("cleaner.note.unknownSize");
-    return {std::move(target)};
+    return {target(id(), name(), CleanKind::command(command_), estimateBytes_,
+                   estimateBytes_ != 0 ? std::string() : L10n::t("cleaner.note.unknownSize"))};
 }
 
 }  // namespace kelvo

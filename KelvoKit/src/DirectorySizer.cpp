@@ -176,6 +176,16 @@ Measurement DirectorySizer::measure(const std::filesystem::path& path) const {
     return measured;
 }
 
+Measurement DirectorySizer::measureAll(const std::vector<std::filesystem::path>& paths) const {
+    Measurement total;
+    for (const auto& path : paths) {
+        const Measurement measured = measure(path);
+        total.bytes += measured.bytes;
+        total.hadErrors = total.hadErrors || measured.hadErrors;
+    }
+    return total;
+}
+
 Measurement DirectorySizer::measureUncached(const std::filesystem::path& path) const {
     std::error_code error;
     // The top may be reached through a link (it was asked for by name); nothing below it is.

@@ -8,7 +8,7 @@
 #include "kelvo/InstalledApps.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
-#include "kelvo/PrepareRegistry.h"
+#include "kelvo/ProtectedApps.h"
 #include "kelvo/RemovalChecks.h"
 #include "kelvo/ShellCommand.h"
 #include "kelvo/WorkerPool.h"
@@ -24,14 +24,6 @@ using std::filesystem::path;
 // Anything at all stands at the path, a dangling link included (links not followed), or
 // what stands there cannot be told: then it is not known to be gone.
 bool somethingAt(const path& location) { return platform::isPresent(location).value_or(true); }
-
-bool isAppBundle(const path& location) { return Paths::extensionOf(location) == "app"; }
-
-// "Foo" for ".../Foo.app".
-std::string bundleName(const path& bundle) {
-    const std::string name = Paths::lastComponent(bundle);
-    return name.substr(0, name.size() - 4);
-}
 
 std::optional<std::string> bundleIDAfter(const std::string& id, const std::string& prefix) {
     if (!id.starts_with(prefix)) return std::nullopt;
@@ -242,47 +234,40 @@ RemovalOutcome Executor::removeResiliently(const path& location, WorkerPool* poo
 }
 
 std::error_code Executor::removeItemMakingWritable(const path& location, WorkerPool* pool) {
-    platform::TreeRemovalOptions options{.addOwnerPermissions = true};
     TaskGroup group;
+    platform::WorkSharing sharing;
     if (pool)
-        options.sharing = {
+        sharing = {
             .submit = [pool, &group](std::function<void()> task) { pool->submit(group, std::move(task)); },
             .waitForAll = [pool, &group] { pool->wait(group); },
             .hasIdleWorker = [pool] { return pool->hasIdleWorker(); },
         };
-    return platform::removeTree(Paths::standardized(location), options);
+    return platform::removeTree(Paths::standardized(location),
+                                {.addOwnerPermissions = true, .sharing = std::move(sharing)});
 }
 
 std::optional<std::string> Executor::runningBundle(const CleanTarget& target) const {
     if (target.kind.isCommand()) return std::nullopt;
-    const ProcessProbe& processes = *probe;
-    for (const auto& bundle : target.kind.pathList()) {
-        if (!isAppBundle(bundle)) continue;
-        const std::string name = bundleName(bundle);
-        if (processes.isRunning(name)) return bundle.string();
-        // The executable may be named differently from the bundle.
-        const auto executable = InstalledApps::infoPlistString(bundle, "CFBundleExecutable");
-        if (executable && *executable != name && processes.isRunning(*executable)) return bundle.string();
-        if (processes.isRunningUnder((Paths::standardized(bundle) / "Contents/MacOS").string())) return bundle.string();
-    }
+    for (const auto& bundle : target.kind.pathList())
+        if (InstalledApps::appName(bundle) && InstalledApps::isRunning(bundle, *probe)) return bundle.string();
     return std::nullopt;
 }
 
 std::optional<std::string> Executor::protectedAppReason(const CleanTarget& target) const {
     if (target.family != Family::appLeftovers && target.family != Family::unusedApps) return std::nullopt;
+    const ProtectedApps& apps = ProtectedApps::standard();
     for (const char* prefix : {"app:", "leftover:"}) {
         const auto bundleID = bundleIDAfter(target.id, prefix);
-        if (bundleID && PrepareRegistry::isProtectedBundleID(*bundleID))
+        if (bundleID && apps.coversBundleID(*bundleID))
             return L10n::t("exec.skip.protectedApp.id", *bundleID);
     }
     if (target.kind.isCommand()) return std::nullopt;
     for (const auto& bundle : target.kind.pathList()) {
-        if (!isAppBundle(bundle)) continue;
+        const auto name = InstalledApps::appName(bundle);
+        if (!name) continue;
         const auto bundleID = InstalledApps::infoPlistString(bundle, "CFBundleIdentifier");
-        if (bundleID && PrepareRegistry::isProtectedBundleID(*bundleID))
-            return L10n::t("exec.skip.protectedApp.id", *bundleID);
-        const std::string name = bundleName(bundle);
-        if (PrepareRegistry::isProtectedName(name)) return L10n::t("exec.skip.protectedApp.name", name);
+        if (bundleID && apps.coversBundleID(*bundleID)) return L10n::t("exec.skip.protectedApp.id", *bundleID);
+        if (apps.coversName(*name)) return L10n::t("exec.skip.protectedApp.name", *name);
     }
     return std::nullopt;
 }

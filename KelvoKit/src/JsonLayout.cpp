@@ -2,41 +2,22 @@
 
 #include <cstdio>
 
+#include "kelvo/platform/UTF8.h"
+
 namespace kelvo::JsonLayout {
 namespace {
-
-// Length of the valid UTF-8 sequence starting at text[i], or 0 when it is not valid.
-std::size_t validSequenceLength(const std::string& text, std::size_t i) {
-    const auto lead = static_cast<unsigned char>(text[i]);
-    std::size_t length = 0;
-    unsigned minimum = 0;
-    if (lead >= 0xC2 && lead <= 0xDF) length = 2, minimum = 0x80;
-    else if (lead >= 0xE0 && lead <= 0xEF) length = 3, minimum = 0x800;
-    else if (lead >= 0xF0 && lead <= 0xF4) length = 4, minimum = 0x10000;
-    else return 0;
-    if (i + length > text.size()) return 0;
-    unsigned code = lead & (0xFF >> (length + 1));
-    for (std::size_t k = 1; k < length; ++k) {
-        const auto next = static_cast<unsigned char>(text[i + k]);
-        if ((next & 0xC0) != 0x80) return 0;
-        code = (code << 6) | (next & 0x3F);
-    }
-    if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
-    return length;
-}
 
 void writeString(std::string& out, const std::string& text) {
     out += '"';
     for (std::size_t i = 0; i < text.size();) {
         const auto c = static_cast<unsigned char>(text[i]);
         if (c >= 0x80) {
-            const std::size_t length = validSequenceLength(text, i);
-            if (length == 0) {
+            if (const auto decoded = platform::decodeUTF8(text, i)) {
+                out.append(text, i, decoded->length);
+                i += decoded->length;
+            } else {
                 out += "\xEF\xBF\xBD";
                 ++i;
-            } else {
-                out.append(text, i, length);
-                i += length;
             }
             continue;
         }

@@ -1,7 +1,7 @@
 #include "kelvo/OldSimRuntimeDetector.h"
 
 #include "kelvo/L10n.h"
-#include "kelvo/PrepareRegistry.h"
+#include "kelvo/MonthsBefore.h"
 
 namespace kelvo {
 namespace {
@@ -25,27 +25,22 @@ std::string shellWord(const std::string& text) {
 
 OldSimRuntimeDetector::OldSimRuntimeDetector(RuntimeLister lister, int olderThanMonths,
                                              std::optional<std::chrono::system_clock::time_point> now)
-    : lister_(std::move(lister)), olderThanMonths_(olderThanMonths), now_(now) {}
+    : CatalogCleaner("sim-runtimes", "Runtimes de simulador viejos", Family::simulators, Level::aggressive,
+                     Reversibility::regenerable, RegenCost::redownload),
+      lister_(std::move(lister)), olderThanMonths_(olderThanMonths), now_(now) {}
 
 std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
     std::optional<std::chrono::system_clock::time_point> cutOff;
-    if (now_) cutOff = PrepareRegistry::monthsBefore(*now_, olderThanMonths_);
+    if (now_) cutOff = monthsBefore(*now_, olderThanMonths_);
 
     std::vector<CleanTarget> targets;
     for (const auto& runtime : lister_()) {
         if (!runtime.isDeletable) continue;
         if (cutOff && !(runtime.lastUsed && *runtime.lastUsed < *cutOff)) continue;
-        targets.push_back(CleanTarget{
-            .id = "sim-runtime:" + runtime.identifier,
-            .name = L10n::t("cleaner.simRuntime.target", runtime.name),
-            .family = Family::simulators,
-            .kind = CleanKind::command("xcrun simctl runtime delete " + shellWord(runtime.identifier)),
-            .sizeBytes = runtime.sizeBytes,
-            .reversibility = Reversibility::regenerable,
-            .regenCost = RegenCost::redownload,
-            .level = Level::aggressive,
-            .notes = "Re-descargable desde Xcode.",
-        });
+        targets.push_back(target("sim-runtime:" + runtime.identifier,
+                                 L10n::t("cleaner.simRuntime.target", runtime.name),
+                                 CleanKind::command("xcrun simctl runtime delete " + shellWord(runtime.identifier)),
+                                 runtime.sizeBytes, "Re-descargable desde Xcode."));
     }
     return targets;
 }

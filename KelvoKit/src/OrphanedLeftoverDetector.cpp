@@ -6,7 +6,6 @@
 #include "kelvo/AppData.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
-#include "kelvo/PrepareRegistry.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/TextCase.h"
 
@@ -17,19 +16,6 @@ namespace {
 constexpr std::array<std::string_view, 5> plainPlaces{
     "Library/Application Support", "Library/Caches", "Library/Containers", "Library/HTTPStorages", "Library/Logs",
 };
-
-std::string lastNonEmptyPiece(const std::string& text) {
-    std::string last;
-    std::size_t start = 0;
-    while (start <= text.size()) {
-        const auto dot = text.find('.', start);
-        const auto end = dot == std::string::npos ? text.size() : dot;
-        if (end > start) last = text.substr(start, end - start);
-        if (dot == std::string::npos) break;
-        start = dot + 1;
-    }
-    return last;
-}
 
 // Lower case without blanks, "-" and "_", so "Foo Bar", "foo-bar" and "FooBar" meet.
 std::string matchKey(std::string_view text) {
@@ -45,12 +31,11 @@ OrphanedLeftoverDetector::OrphanedLeftoverDetector(std::filesystem::path home, s
                                                    std::set<std::string> protectedBundleIDs,
                                                    std::set<std::string> protectedNames,
                                                    const std::vector<std::string>& unidentifiedAppNames)
-    : home_(std::move(home)),
+    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate,
+                     Reversibility::regenerable, RegenCost::redownload),
+      home_(std::move(home)),
       installedBundleIDs_(std::move(installedBundleIDs)),
-      protectedBundleIDs_(std::move(protectedBundleIDs)),
-      protectedNames_(std::move(protectedNames)) {
-    for (const auto& bundleID : protectedBundleIDs_)
-        if (auto prefix = PrepareRegistry::brandPrefix(bundleID)) protectedBrandPrefixes_.insert(std::move(*prefix));
+      protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {
     for (const auto& name : unidentifiedAppNames)
         if (auto key = matchKey(name); !key.empty()) unidentifiedAppKeys_.insert(std::move(key));
 }
@@ -61,16 +46,6 @@ bool OrphanedLeftoverDetector::mayBelongToUnidentifiedApp(const std::string& bun
     for (const auto& key : unidentifiedAppKeys_)
         if (pieces.find("." + key + ".") != std::string::npos) return true;
     return false;
-}
-
-bool OrphanedLeftoverDetector::isProtected(const std::string& bundleID) const {
-    if (protectedBundleIDs_.contains(bundleID)) return true;
-    for (const auto& protectedID : protectedBundleIDs_)
-        if (bundleID.starts_with(protectedID + ".")) return true;
-    if (const auto prefix = PrepareRegistry::brandPrefix(bundleID); prefix && protectedBrandPrefixes_.contains(*prefix))
-        return true;
-    const std::string last = lastNonEmptyPiece(bundleID);
-    return !last.empty() && protectedNames_.contains(platform::lowercased(last));
 }
 
 std::set<std::string> OrphanedLeftoverDetector::collectCandidateBundleIDs() const {
@@ -101,20 +76,10 @@ std::vector<CleanTarget> OrphanedLeftoverDetector::scan(const ScanContext& conte
         if (!AppData::isOrphanBundleID(bundleID, installedBundleIDs_)) continue;
         auto locations = AppData::leftoverPaths(bundleID, home_);
         if (locations.empty()) continue;
-        std::int64_t total = 0;
-        for (const auto& location : locations) total += context.sizer.measure(location).bytes;
+        const std::int64_t total = context.sizer.measureAll(locations).bytes;
         if (total <= 0) continue;
-        targets.push_back(CleanTarget{
-            .id = "leftover:" + bundleID,
-            .name = L10n::t("cleaner.leftover.target", bundleID),
-            .family = Family::appLeftovers,
-            .kind = CleanKind::paths(std::move(locations)),
-            .sizeBytes = total,
-            .reversibility = Reversibility::regenerable,
-            .regenCost = RegenCost::redownload,
-            .level = Level::moderate,
-            .notes = leftoverNote,
-        });
+        targets.push_back(target("leftover:" + bundleID, L10n::t("cleaner.leftover.target", bundleID),
+                                 CleanKind::paths(std::move(locations)), total, leftoverNote));
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.
     if (context.stop.stop_requested()) return {};

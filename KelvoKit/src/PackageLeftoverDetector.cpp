@@ -8,7 +8,10 @@
 
 namespace kelvo {
 
-PackageLeftoverDetector::PackageLeftoverDetector(std::vector<Source> sources) : sources_(std::move(sources)) {}
+PackageLeftoverDetector::PackageLeftoverDetector(std::vector<Source> sources)
+    : CatalogCleaner("app-leftovers", "Restos de apps desinstaladas", Family::appLeftovers, Level::moderate,
+                     Reversibility::userData, RegenCost::redownload),
+      sources_(std::move(sources)) {}
 
 std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& context) const {
     std::vector<CleanTarget> targets;
@@ -27,17 +30,9 @@ std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& contex
             auto folder = source.dataFolder / name;
             const Measurement measured = context.sizer.measure(folder);
             if (measured.bytes < 1) continue;
-            targets.push_back(CleanTarget{
-                .id = "leftover:" + source.idPrefix + name,
-                .name = L10n::t("cleaner.leftover.target", name),
-                .family = Family::appLeftovers,
-                .kind = CleanKind::paths({std::move(folder)}),
-                .sizeBytes = measured.bytes,
-                .reversibility = Reversibility::userData,
-                .regenCost = RegenCost::redownload,
-                .level = Level::moderate,
-                .notes = OrphanedLeftoverDetector::leftoverNote,
-            });
+            targets.push_back(target("leftover:" + source.idPrefix + name, L10n::t("cleaner.leftover.target", name),
+                                     CleanKind::paths({std::move(folder)}), measured.bytes,
+                                     OrphanedLeftoverDetector::leftoverNote));
         }
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/UTF8.h"
 
 namespace kelvo {
 namespace {
@@ -43,11 +44,8 @@ std::string Paths::comparable(std::string_view path) {
     std::size_t runStart = 0;
     std::size_t index = 0;
     while (index < path.size()) {
-        utf8proc_int32_t codepoint = 0;
-        const auto length = utf8proc_iterate(bytesOf(path) + index, static_cast<utf8proc_ssize_t>(path.size() - index),
-                                             &codepoint);
-        if (length > 0) {
-            index += static_cast<std::size_t>(length);
+        if (const auto decoded = platform::decodeUTF8(path, index)) {
+            index += decoded->length;
             continue;
         }
         appendComposed(out, path.substr(runStart, index - runStart));

@@ -228,15 +228,9 @@ std::vector<CleanTarget> PerProjectCleaner::scan(const ScanContext& context) con
 
     std::vector<CleanTarget> targets;
     for (auto& kind : walk.kinds()) {
-        std::int64_t total = 0;
-        bool partial = false;
-        for (const auto& folder : kind.folders) {
-            const Measurement measured = context.sizer.measure(folder);
-            total += measured.bytes;
-            partial = partial || measured.hadErrors;
-        }
+        const Measurement measured = context.sizer.measureAll(kind.folders);
         if (context.stop.stop_requested()) return {};
-        if (total < 1) continue;
+        if (measured.bytes < 1) continue;
 
         const auto& spec = *kind.spec;
         CleanTarget target;
@@ -244,11 +238,11 @@ std::vector<CleanTarget> PerProjectCleaner::scan(const ScanContext& context) con
         target.name = L10n::t("cleaner.perProject.target", spec.dirName, static_cast<std::int64_t>(kind.folders.size()));
         target.family = Family::perProject;
         target.kind = CleanKind::paths(std::move(kind.folders));
-        target.sizeBytes = total;
+        target.sizeBytes = measured.bytes;
         target.reversibility = spec.reversibility;
         target.regenCost = spec.regenCost;
         target.level = spec.level;
-        target.notes = partial ? CleanTarget::partialSizeNote() : std::string();
+        target.notes = measured.hadErrors ? CleanTarget::partialSizeNote() : std::string();
         targets.push_back(std::move(target));
     }
     return targets;

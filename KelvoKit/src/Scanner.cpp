@@ -64,18 +64,12 @@ std::vector<CleanTarget> keepingPaths(const std::vector<CleanTarget>& targets, c
             continue;
         }
         if (kept.empty()) continue;
-        std::int64_t bytes = 0;
-        bool hadErrors = false;
-        for (const auto& url : kept) {
-            const auto measurement = sizer.measure(url);
-            bytes += measurement.bytes;
-            hadErrors = hadErrors || measurement.hadErrors;
-        }
-        if (bytes <= 0) continue;
+        const Measurement measured = sizer.measureAll(kept);
+        if (measured.bytes <= 0) continue;
         CleanTarget narrowed = target;
         narrowed.kind = CleanKind::paths(std::move(kept));
-        narrowed.sizeBytes = bytes;
-        if (hadErrors) narrowed.notes = CleanTarget::partialSizeNote();
+        narrowed.sizeBytes = measured.bytes;
+        if (measured.hadErrors) narrowed.notes = CleanTarget::partialSizeNote();
         result.push_back(std::move(narrowed));
     }
     return result;

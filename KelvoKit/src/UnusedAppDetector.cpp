@@ -3,10 +3,8 @@
 #include "kelvo/AppData.h"
 #include "kelvo/InstalledApps.h"
 #include "kelvo/L10n.h"
-#include "kelvo/Paths.h"
-#include "kelvo/PrepareRegistry.h"
+#include "kelvo/MonthsBefore.h"
 #include "kelvo/platform/FileSystem.h"
-#include "kelvo/platform/TextCase.h"
 
 namespace kelvo {
 
@@ -14,17 +12,18 @@ UnusedAppDetector::UnusedAppDetector(std::vector<std::filesystem::path> appDirs,
                                      int olderThanMonths, TimePoint now, MetadataDependency metadata,
                                      ProbeDependency probe, std::set<std::string> protectedBundleIDs,
                                      std::set<std::string> protectedNames)
-    : appDirs_(std::move(appDirs)),
+    : CatalogCleaner("unused-apps", "Apps grandes sin usar", Family::unusedApps, Level::aggressive,
+                     Reversibility::regenerable, RegenCost::redownload),
+      appDirs_(std::move(appDirs)),
       home_(std::move(home)),
       olderThanMonths_(olderThanMonths),
       now_(now),
       metadata_(std::move(metadata)),
       probe_(std::move(probe)),
-      protectedBundleIDs_(std::move(protectedBundleIDs)),
-      protectedNames_(std::move(protectedNames)) {}
+      protected_(std::move(protectedBundleIDs), std::move(protectedNames)) {}
 
 std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) const {
-    const TimePoint cutOff = PrepareRegistry::monthsBefore(now_, olderThanMonths_);
+    const TimePoint cutOff = monthsBefore(now_, olderThanMonths_);
     std::vector<CleanTarget> targets;
     for (const auto& directory : appDirs_) {
         const auto entries = platform::listDirectory(directory, true);
@@ -34,35 +33,22 @@ std::vector<CleanTarget> UnusedAppDetector::scan(const ScanContext& context) con
             // Cheapest tests first: names, then process questions, then Info.plist, and the
             // last-used lookup (which may start a process) last.
             const std::filesystem::path bundle = directory / entry.name;
-            if (Paths::extensionOf(bundle) != "app") continue;
-            const std::string appName = entry.name.substr(0, entry.name.size() - 4);
-            if (protectedNames_.contains(platform::lowercased(appName))) continue;
-            if (probe_->isRunning(appName)) continue;
-            const auto executable = InstalledApps::infoPlistString(bundle, "CFBundleExecutable");
-            if (executable && *executable != appName && probe_->isRunning(*executable)) continue;
-            if (probe_->isRunningUnder((bundle / "Contents/MacOS").string())) continue;
+            const auto appName = InstalledApps::appName(bundle);
+            if (!appName || protected_.coversName(*appName)) continue;
+            if (InstalledApps::isRunning(bundle, *probe_)) continue;
             const auto bundleID = InstalledApps::infoPlistString(bundle, "CFBundleIdentifier");
-            if (bundleID && protectedBundleIDs_.contains(*bundleID)) continue;
+            if (bundleID && protected_.bundleIDs().contains(*bundleID)) continue;
             const auto lastUsed = metadata_->lastUsed(bundle);
             if (!lastUsed || !(*lastUsed < cutOff)) continue;
 
             std::vector<std::filesystem::path> paths{bundle};
             if (bundleID)
                 for (auto& location : AppData::leftoverPaths(*bundleID, home_)) paths.push_back(std::move(location));
-            std::int64_t total = 0;
-            for (const auto& path : paths) total += context.sizer.measure(path).bytes;
+            const std::int64_t total = context.sizer.measureAll(paths).bytes;
             if (total <= 0) continue;
-            targets.push_back(CleanTarget{
-                .id = bundleID ? "app:" + *bundleID : "app-path:" + bundle.string(),
-                .name = L10n::t("cleaner.unusedApp.target", appName),
-                .family = Family::unusedApps,
-                .kind = CleanKind::paths(std::move(paths)),
-                .sizeBytes = total,
-                .reversibility = Reversibility::regenerable,
-                .regenCost = RegenCost::redownload,
-                .level = Level::aggressive,
-                .notes = "Reinstalable. Borrado permanente de la app y sus datos.",
-            });
+            targets.push_back(target(bundleID ? "app:" + *bundleID : "app-path:" + bundle.string(),
+                                     L10n::t("cleaner.unusedApp.target", *appName), CleanKind::paths(std::move(paths)),
+                                     total, "Reinstalable. Borrado permanente de la app y sus datos."));
         }
     }
     // A walk cut short by the stop request measured too little; such a scan publishes nothing.

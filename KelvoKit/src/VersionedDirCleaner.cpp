@@ -7,14 +7,9 @@ namespace kelvo {
 VersionedDirCleaner::VersionedDirCleaner(std::string id, std::string name, Family family,
                                          std::filesystem::path parent, std::vector<std::string> prefixes,
                                          Level level, Reversibility reversibility, RegenCost regenCost)
-    : id_(std::move(id)),
-      name_(std::move(name)),
-      family_(family),
+    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
       parent_(std::move(parent)),
-      prefixes_(std::move(prefixes)),
-      level_(level),
-      reversibility_(reversibility),
-      regenCost_(regenCost) {}
+      prefixes_(std::move(prefixes)) {}
 
 bool VersionedDirCleaner::admits(const std::string& entryName) const {
     if (prefixes_.empty()) return true;
@@ -35,18 +30,7 @@ std::vector<CleanTarget> VersionedDirCleaner::scan(const ScanContext& context) c
         auto path = parent_ / entry.name;
         const Measurement measured = context.sizer.measure(path);
         if (measured.bytes < 1) continue;
-
-        CleanTarget target;
-        target.id = id_ + "/" + entry.name;
-        target.name = name_ + ": " + entry.name;
-        target.family = family_;
-        target.kind = CleanKind::paths({std::move(path)});
-        target.sizeBytes = measured.bytes;
-        target.reversibility = reversibility_;
-        target.regenCost = regenCost_;
-        target.level = level_;
-        target.notes = measured.hadErrors ? CleanTarget::partialSizeNote() : std::string();
-        targets.push_back(std::move(target));
+        targets.push_back(target(id() + "/" + entry.name, name() + ": " + entry.name, {std::move(path)}, measured));
     }
     return targets;
 }

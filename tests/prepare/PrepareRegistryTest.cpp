@@ -8,7 +8,9 @@
 #include "kelvo/Environment.h"
 #include "kelvo/OldSimRuntimeDetector.h"
 #include "kelvo/OrphanedLeftoverDetector.h"
+#include "kelvo/MonthsBefore.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/ProtectedApps.h"
 #include "kelvo/UnusedAppDetector.h"
 
 namespace kelvo {
@@ -108,14 +110,14 @@ TEST(MakePreparers, RuntimeDetectorAlwaysHasACutOff) {
 
 TEST(MonthsBefore, ThirtyDayMonthsAndTheClocksLimits) {
     const auto now = utc(2024, 6, 30);
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, 3), utc(2024, 4, 1));
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, 0), now);
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, -1), now + 30 * 24h);
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now + 250ms, 1), now + 250ms - 30 * 24h);
+    EXPECT_EQ(monthsBefore(now, 3), utc(2024, 4, 1));
+    EXPECT_EQ(monthsBefore(now, 0), now);
+    EXPECT_EQ(monthsBefore(now, -1), now + 30 * 24h);
+    EXPECT_EQ(monthsBefore(now + 250ms, 1), now + 250ms - 30 * 24h);
     using TimePoint = std::chrono::system_clock::time_point;
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, std::numeric_limits<int>::max()), TimePoint::min());
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, std::numeric_limits<int>::min()), TimePoint::max());
-    EXPECT_EQ(PrepareRegistry::monthsBefore(TimePoint::min() + 24h, 1), TimePoint::min());
+    EXPECT_EQ(monthsBefore(now, std::numeric_limits<int>::max()), TimePoint::min());
+    EXPECT_EQ(monthsBefore(now, std::numeric_limits<int>::min()), TimePoint::max());
+    EXPECT_EQ(monthsBefore(TimePoint::min() + 24h, 1), TimePoint::min());
 }
 
 TEST(ProtectedApplications, IdentifiersVendorsAndNames) {
@@ -125,11 +127,11 @@ TEST(ProtectedApplications, IdentifiersVendorsAndNames) {
     for (const std::string id : {"com.acme.Coder", "com.acme", "com", "", "com.googlex.Keep", "org.mozillafoundation.x"})
         EXPECT_FALSE(PrepareRegistry::isProtectedBundleID(id)) << id;
 
-    EXPECT_EQ(PrepareRegistry::brandPrefix("a.b"), "a.b");
-    EXPECT_EQ(PrepareRegistry::brandPrefix("a..b"), std::nullopt);
-    EXPECT_EQ(PrepareRegistry::brandPrefix("a.b.c.d"), "a.b");
-    EXPECT_EQ(PrepareRegistry::brandPrefix("com"), std::nullopt);
-    EXPECT_EQ(PrepareRegistry::brandPrefix(".x.y"), std::nullopt);
+    EXPECT_EQ(ProtectedApps::brandPrefix("a.b"), "a.b");
+    EXPECT_EQ(ProtectedApps::brandPrefix("a..b"), std::nullopt);
+    EXPECT_EQ(ProtectedApps::brandPrefix("a.b.c.d"), "a.b");
+    EXPECT_EQ(ProtectedApps::brandPrefix("com"), std::nullopt);
+    EXPECT_EQ(ProtectedApps::brandPrefix(".x.y"), std::nullopt);
 
     EXPECT_TRUE(PrepareRegistry::isProtectedName("Google Chrome"));
     EXPECT_TRUE(PrepareRegistry::isProtectedName("SAFARI"));

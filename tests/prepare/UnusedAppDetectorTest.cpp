@@ -5,6 +5,7 @@
 #include "support/TempDir.h"
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/L10n.h"
+#include "kelvo/MonthsBefore.h"
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/UnusedAppDetector.h"
 
@@ -50,7 +51,7 @@ TEST(UnusedAppDetector, IdentityOfTheDetector) {
 }
 
 TEST(UnusedAppDetector, CutOffIsStrictAndCountsThirtyDayMonths) {
-    EXPECT_EQ(PrepareRegistry::monthsBefore(now, 6), utc(2025, 1, 2));
+    EXPECT_EQ(monthsBefore(now, 6), utc(2025, 1, 2));
     TempDir apps;
     makeApp(apps.path(), "Before", {.bundleID = "com.x.Before"});
     makeApp(apps.path(), "AtCutOff", {.bundleID = "com.x.AtCutOff"});

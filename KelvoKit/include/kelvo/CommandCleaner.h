@@ -8,13 +8,11 @@
 #include <functional>
 #include <string>
 
-#include "kelvo/Cleaner.h"
-#include "kelvo/Family.h"
-#include "kelvo/RiskAxes.h"
+#include "kelvo/CatalogCleaner.h"
 
 namespace kelvo {
 
-class CommandCleaner final : public Cleaner {
+class CommandCleaner final : public CatalogCleaner {
 public:
     using ToolCheck = std::function<bool(const std::string& tool)>;
 
@@ -26,9 +24,6 @@ public:
     // True when `/usr/bin/which tool` can be started and exits with status 0.
     static bool which(const std::string& tool);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return family_; }
     // One target when the tool is available, none otherwise.
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
@@ -38,20 +33,11 @@ public:
     std::string tool() const;
 
     const std::string& command() const { return command_; }
-    Level level() const { return level_; }
-    Reversibility reversibility() const { return reversibility_; }
-    RegenCost regenCost() const { return regenCost_; }
     std::int64_t estimateBytes() const { return estimateBytes_; }
     const ToolCheck& toolAvailable() const { return toolAvailable_; }
 
 private:
-    std::string id_;
-    std::string name_;
-    Family family_;
     std::string command_;
-    Level level_;
-    Reversibility reversibility_;
-    RegenCost regenCost_;
     std::int64_t estimateBytes_;
     ToolCheck toolAvailable_;
 };

@@ -19,6 +19,7 @@
 #include <stop_token>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace kelvo {
 
@@ -48,6 +49,8 @@ public:
     DirectorySizer(WorkerPool& pool, std::stop_token stop = {}, std::shared_ptr<SizeMemo> memo = nullptr);
 
     Measurement measure(const std::filesystem::path& path) const;
+    // The paths measured one by one: their bytes summed, hadErrors when any had errors.
+    Measurement measureAll(const std::vector<std::filesystem::path>& paths) const;
     std::int64_t size(const std::filesystem::path& path) const { return measure(path).bytes; }
 
 private:

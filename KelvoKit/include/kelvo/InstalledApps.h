@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "kelvo/ProcessProbe.h"
+
 namespace kelvo {
 
 struct AppInfo {
@@ -36,6 +38,11 @@ std::vector<AppInfo> scan(const std::vector<std::filesystem::path>& appDirs);
 AppInventory inventory(const std::vector<std::filesystem::path>& appDirs);
 // One string value of the bundle's Contents/Info.plist; nothing on any failure.
 std::optional<std::string> infoPlistString(const std::filesystem::path& bundle, const std::string& key);
+// "Foo" for ".../Foo.app"; nothing for a path whose extension is not exactly "app".
+std::optional<std::string> appName(const std::filesystem::path& bundle);
+// The bundle's application runs: a process is named like the bundle or like its
+// CFBundleExecutable, or runs a program from its Contents/MacOS.
+bool isRunning(const std::filesystem::path& bundle, const ProcessProbe& processes);
 
 }  // namespace InstalledApps
 }  // namespace kelvo

@@ -11,19 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
 #include "kelvo/SimRuntime.h"
 
 namespace kelvo {
 
-class OldSimRuntimeDetector final : public Cleaner {
+class OldSimRuntimeDetector final : public CatalogCleaner {
 public:
     OldSimRuntimeDetector(RuntimeLister lister, int olderThanMonths,
                           std::optional<std::chrono::system_clock::time_point> now);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return Family::simulators; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
@@ -31,8 +28,6 @@ public:
     const std::optional<std::chrono::system_clock::time_point>& now() const { return now_; }
 
 private:
-    std::string id_ = "sim-runtimes";
-    std::string name_ = "Runtimes de simulador viejos";
     RuntimeLister lister_;
     int olderThanMonths_;
     std::optional<std::chrono::system_clock::time_point> now_;

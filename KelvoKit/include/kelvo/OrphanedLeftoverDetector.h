@@ -18,11 +18,12 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
+#include "kelvo/ProtectedApps.h"
 
 namespace kelvo {
 
-class OrphanedLeftoverDetector final : public Cleaner {
+class OrphanedLeftoverDetector final : public CatalogCleaner {
 public:
     // The note of every leftover target, whatever found it (a fixed text, not looked up).
     static constexpr const char* leftoverNote = "App no instalada; datos sobrantes.";
@@ -33,37 +34,28 @@ public:
                              std::set<std::string> protectedBundleIDs, std::set<std::string> protectedNames,
                              const std::vector<std::string>& unidentifiedAppNames = {});
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return Family::appLeftovers; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
-    // True for an identifier that must never be offered: a protected one, a sub-component
-    // of one, one of a protected vendor (brand prefix), or one whose last piece, lower-cased,
-    // is a protected application name.
-    bool isProtected(const std::string& bundleID) const;
+    // True for an identifier that must never be offered (ProtectedApps::coversBundleID).
+    bool isProtected(const std::string& bundleID) const { return protected_.coversBundleID(bundleID); }
     // True for an identifier that may belong to an installed bundle whose own identifier
     // could not be read (the rule above).
     bool mayBelongToUnidentifiedApp(const std::string& bundleID) const;
 
     const std::filesystem::path& home() const { return home_; }
     const std::set<std::string>& installedBundleIDs() const { return installedBundleIDs_; }
-    const std::set<std::string>& protectedBundleIDs() const { return protectedBundleIDs_; }
-    const std::set<std::string>& protectedNames() const { return protectedNames_; }
+    const std::set<std::string>& protectedBundleIDs() const { return protected_.bundleIDs(); }
+    const std::set<std::string>& protectedNames() const { return protected_.names(); }
 
 private:
     // Names in the seven Library places that may be bundle identifiers (extensions of
     // preference files and saved states dropped), sorted and without repeats.
     std::set<std::string> collectCandidateBundleIDs() const;
 
-    std::string id_ = "app-leftovers";
-    std::string name_ = "Restos de apps desinstaladas";
     std::filesystem::path home_;
     std::set<std::string> installedBundleIDs_;
-    std::set<std::string> protectedBundleIDs_;
-    std::set<std::string> protectedNames_;  // lower case
-    std::set<std::string> protectedBrandPrefixes_;
+    ProtectedApps protected_;
     std::set<std::string> unidentifiedAppKeys_;  // names in the form matchKey gives
 };
 

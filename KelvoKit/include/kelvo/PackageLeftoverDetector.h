@@ -14,11 +14,11 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
 
 namespace kelvo {
 
-class PackageLeftoverDetector final : public Cleaner {
+class PackageLeftoverDetector final : public CatalogCleaner {
 public:
     struct Source {
         std::filesystem::path dataFolder;                // ~/.var/app, ~/snap
@@ -29,17 +29,12 @@ public:
 
     explicit PackageLeftoverDetector(std::vector<Source> sources);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return Family::appLeftovers; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
     const std::vector<Source>& sources() const { return sources_; }
 
 private:
-    std::string id_ = "app-leftovers";
-    std::string name_ = "Restos de apps desinstaladas";
     std::vector<Source> sources_;
 };
 

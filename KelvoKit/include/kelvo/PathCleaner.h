@@ -12,37 +12,25 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
 
 namespace kelvo {
 
-class PathCleaner final : public Cleaner {
+class PathCleaner final : public CatalogCleaner {
 public:
     PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                 std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return family_; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
     const std::filesystem::path& home() const { return home_; }
     // Relative to home, in the order the target lists them.
     const std::vector<std::string>& relativePaths() const { return relativePaths_; }
-    Level level() const { return level_; }
-    Reversibility reversibility() const { return reversibility_; }
-    RegenCost regenCost() const { return regenCost_; }
 
 private:
-    std::string id_;
-    std::string name_;
-    Family family_;
     std::filesystem::path home_;
     std::vector<std::string> relativePaths_;
-    Level level_;
-    Reversibility reversibility_;
-    RegenCost regenCost_;
 };
 
 }  // namespace kelvo

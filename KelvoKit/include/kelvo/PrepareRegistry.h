@@ -1,7 +1,7 @@
 #pragma once
 // The prepare domain's catalog: its three detectors, the folders searched for unused
-// applications, its protected paths, and the fixed lists of applications and vendors that
-// are never touched (the developer tools, terminals and browsers users depend on).
+// applications, its protected paths, and the applications that are never touched
+// (ProtectedApps::standard(), which the detectors are built with).
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -21,18 +21,11 @@ struct Environment;
 
 namespace PrepareRegistry {
 
+// ProtectedApps::standard(), under the names the catalog gives them.
 const std::set<std::string>& protectedBundleIDs();
 const std::set<std::string>& protectedNames();  // lower case
-// "com.google" for "com.google.android.studio"; nothing when either of the first two
-// dot-separated pieces is missing or empty.
-std::optional<std::string> brandPrefix(const std::string& text);
 bool isProtectedBundleID(const std::string& bundleID);
 bool isProtectedName(const std::string& name);
-
-// The cut-off of the domain's age rule: now minus months of exactly 30 x 86,400 seconds,
-// formed in floating point (months x -30.0 x 86400.0). Month counts beyond the clock's
-// range give its earliest (or latest) instant rather than overflowing.
-std::chrono::system_clock::time_point monthsBefore(std::chrono::system_clock::time_point now, int months);
 
 // "/Applications" and home/Applications.
 std::vector<std::filesystem::path> userAppDirs(const Environment& env);

@@ -14,21 +14,19 @@
 #include <vector>
 
 #include "kelvo/AppMetadata.h"
-#include "kelvo/Cleaner.h"
+#include "kelvo/CatalogCleaner.h"
 #include "kelvo/ProcessProbe.h"
+#include "kelvo/ProtectedApps.h"
 
 namespace kelvo {
 
-class UnusedAppDetector final : public Cleaner {
+class UnusedAppDetector final : public CatalogCleaner {
 public:
     UnusedAppDetector(std::vector<std::filesystem::path> appDirs, std::filesystem::path home, int olderThanMonths,
                       TimePoint now, MetadataDependency metadata, ProbeDependency probe,
                       std::set<std::string> protectedBundleIDs,
                       std::set<std::string> protectedNames);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return Family::unusedApps; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
@@ -38,16 +36,13 @@ public:
     TimePoint now() const { return now_; }
 
 private:
-    std::string id_ = "unused-apps";
-    std::string name_ = "Apps grandes sin usar";
     std::vector<std::filesystem::path> appDirs_;
     std::filesystem::path home_;
     int olderThanMonths_;
     TimePoint now_;
     MetadataDependency metadata_;
     ProbeDependency probe_;
-    std::set<std::string> protectedBundleIDs_;
-    std::set<std::string> protectedNames_;  // lower case
+    ProtectedApps protected_;
 };
 
 }  // namespace kelvo

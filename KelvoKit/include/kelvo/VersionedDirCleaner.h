@@ -10,42 +10,28 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/Cleaner.h"
-#include "kelvo/Family.h"
-#include "kelvo/RiskAxes.h"
+#include "kelvo/CatalogCleaner.h"
 
 namespace kelvo {
 
-class VersionedDirCleaner final : public Cleaner {
+class VersionedDirCleaner final : public CatalogCleaner {
 public:
     VersionedDirCleaner(std::string id, std::string name, Family family, std::filesystem::path parent,
                         std::vector<std::string> prefixes, Level level, Reversibility reversibility,
                         RegenCost regenCost);
 
-    const std::string& id() const override { return id_; }
-    const std::string& name() const override { return name_; }
-    Family family() const override { return family_; }
     // Targets in the order the parent lists its entries (not sorted).
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
 
     const std::filesystem::path& parent() const { return parent_; }
     const std::vector<std::string>& prefixes() const { return prefixes_; }
-    Level level() const { return level_; }
-    Reversibility reversibility() const { return reversibility_; }
-    RegenCost regenCost() const { return regenCost_; }
 
 private:
     bool admits(const std::string& entryName) const;
 
-    std::string id_;
-    std::string name_;
-    Family family_;
     std::filesystem::path parent_;
     std::vector<std::string> prefixes_;
-    Level level_;
-    Reversibility reversibility_;
-    RegenCost regenCost_;
 };
 
 }  // namespace kelvo

@@ -68,11 +68,6 @@ std::optional<bool> isPresent(const std::filesystem::path& path) {
     return std::nullopt;
 }
 
-bool isDirectory(const std::filesystem::path& path) {
-    const auto status = statOf(path, true);
-    return status && S_ISDIR(status->st_mode);
-}
-
 std::optional<bool> isSymbolicLink(const std::filesystem::path& path) {
     const auto status = statOf(path, false);
     if (!status) return std::nullopt;
@@ -113,29 +108,10 @@ std::int64_t allocatedSize(const std::filesystem::path& path) {
     return status ? static_cast<std::int64_t>(status->st_blocks) * 512 : 0;
 }
 
-std::optional<unsigned> permissionBits(const std::filesystem::path& path) {
-    const auto status = statOf(path, false);
-    if (!status) return std::nullopt;
-    return static_cast<unsigned>(status->st_mode & 07777);
-}
-
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {
     const auto status = statOf(path, false, error);
     if (!status) return std::nullopt;
     return static_cast<unsigned>(status->st_uid);
-}
-
-std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits) {
-    if (::chmod(path.c_str(), static_cast<mode_t>(bits)) != 0) return {errno, std::generic_category()};
-    return {};
-}
-
-std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path) {
-    std::string buffer(PATH_MAX, '\0');
-    const ssize_t length = ::readlink(path.c_str(), buffer.data(), buffer.size());
-    if (length < 0) return std::nullopt;
-    buffer.resize(static_cast<std::size_t>(length));
-    return std::filesystem::path(buffer);
 }
 
 std::filesystem::path standardized(const std::filesystem::path& path) {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string_view>
 
-#include "UTF8.h"
+#include "kelvo/platform/UTF8.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo::platform {

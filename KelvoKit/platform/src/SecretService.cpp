@@ -11,15 +11,15 @@ namespace kelvo::platform {
 namespace {
 
 const SecretSchema* schema() {
-    static const SecretSchema value = {
-        "dev.kelvo.KeyValue",
-        SECRET_SCHEMA_NONE,
-        {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING},
-         {"account", SECRET_SCHEMA_ATTRIBUTE_STRING},
-         {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}},
-        0,  // the reserved fields, unused
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-    };
+    // Built field by field: the schema's reserved fields belong to libsecret.
+    static const SecretSchema value = [] {
+        SecretSchema schema{};
+        schema.name = "dev.kelvo.KeyValue";
+        schema.flags = SECRET_SCHEMA_NONE;
+        schema.attributes[0] = {"service", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        schema.attributes[1] = {"account", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        return schema;
+    }();
     return &value;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 // Path-based file-system questions and small writes. Every OS failure comes back as a
-// value (nothing, false, an error_code); nothing here throws. Removal of trees is not
-// here: it lives in DirectoryHandle, which never re-resolves path strings.
+// value (nothing, false, an error_code); nothing here throws. Nothing here removes: trees
+// are removed by TreeRemoval, through directory descriptors, never by re-resolving paths.
 //
-// The status questions (existence, type, dates, sizes, permission bits) answer for paths
+// The status questions (existence, type, dates, sizes, owner) answer for paths
 // longer than PATH_MAX too: the item is read relative to its parent, opened as
 // DirectoryHandle::open opens a long path; a link it may not follow there makes the item
 // unreadable.
@@ -23,8 +23,6 @@ using TimePoint = std::chrono::system_clock::time_point;
 
 // Something exists at the path, links followed (a dangling link does not exist).
 bool exists(const std::filesystem::path& path);
-// A directory is at the path, links followed.
-bool isDirectory(const std::filesystem::path& path);
 // Whether anything stands at the path, a dangling link included (links not followed);
 // nothing when that cannot be told because the status is unreadable for another reason
 // than absence (no search permission on the way, a link met past PATH_MAX).
@@ -38,22 +36,17 @@ std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::pat
 std::optional<TimePoint> modificationTime(const std::filesystem::path& path, bool followLinks = true);
 // Allocated bytes of one item (blocks x 512), links followed; 0 when unreadable.
 std::int64_t allocatedSize(const std::filesystem::path& path);
-// Permission bits of the item itself (links not followed); nothing when unreadable.
-std::optional<unsigned> permissionBits(const std::filesystem::path& path);
-std::error_code setPermissionBits(const std::filesystem::path& path, unsigned bits);
 // The user id owning the item itself (links not followed); the error when it cannot be
 // read (no_such_file_or_directory when nothing is there).
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
 
-// The path lexically normalised ("a/./b/../c" is "a/c"), without a trailing separator
-// ("/" stays "/"); the empty path stays empty.
+// The path standardised by its text alone: "." dropped, ".." folded, no repeated or
+// trailing separator, no link resolved; the empty path stays empty.
 std::filesystem::path standardized(const std::filesystem::path& path);
 // Resolves symbolic links along the path as far as it exists, past PATH_MAX too; the
 // components that do not exist are appended as written. The result is absolute and
 // standardised.
 std::filesystem::path resolveSymlinks(const std::filesystem::path& path);
-// The target of one symbolic link as written; nothing when it is not a readable link.
-std::optional<std::filesystem::path> readSymlink(const std::filesystem::path& path);
 
 // The whole content of whatever opens for reading, pseudo-files of /proc included.
 std::optional<std::string> readFile(const std::filesystem::path& path);

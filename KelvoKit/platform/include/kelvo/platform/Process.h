@@ -13,9 +13,9 @@ struct ProcessOutcome {
     std::string standardOutput;     // empty unless captured
 };
 
-// Runs a program with arguments (no shell), standard error discarded into a pipe that is
-// never read; standard output captured when asked, else discarded likewise. Nothing when
-// the program cannot be started.
+// Runs a program with arguments (no shell), standard input read from /dev/null and
+// standard error written to it; standard output captured when asked, else discarded
+// likewise. Nothing when the program cannot be started.
 std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                                          bool captureOutput);
 // Runs "/bin/sh -c commandLine" with this process's standard streams and environment,
