@@ -1,4 +1,5 @@
-// The panel's rules as functions: screen order, disk tone, action title, result line, risk text.
+// The panel's rules as functions: disk tone, result line, risk text, placement. The screen
+// order, the action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
 #include "desktop/TrayPlacement.h"
@@ -6,20 +7,6 @@
 
 namespace kelvo::app {
 namespace {
-
-TEST(PanelRules, ScreenOrderIsUpdateThenSettingsThenOnboardingThenMain) {
-    const struct {
-        bool update, settings, needsOnboarding, dismissed;
-        Screen expected;
-    } rows[] = {
-        {true, true, true, false, Screen::updateRequired}, {false, true, true, false, Screen::settings},
-        {false, false, true, false, Screen::onboarding},   {false, false, true, true, Screen::main},
-        {false, false, false, false, Screen::main},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(chooseScreen(row.update, row.settings, row.needsOnboarding, row.dismissed), row.expected)
-            << row.update << row.settings << row.needsOnboarding << row.dismissed;
-}
 
 TEST(PanelRules, DiskToneByUsedFraction) {
     const struct {
@@ -30,11 +17,6 @@ TEST(PanelRules, DiskToneByUsedFraction) {
         {{100, 25}, Tone::accent}, {{100, 50}, Tone::accent}, {{0, 0}, Tone::accent},   {{-1, 0}, Tone::accent},
     };
     for (const auto& row : rows) EXPECT_EQ(diskTone(row.disk), row.expected) << row.disk.totalBytes << " " << row.disk.freeBytes;
-}
-
-TEST(PanelRules, ActionTitleNamesTheDomainAndTheSelectedBytes) {
-    EXPECT_EQ(actionTitle(AppModel::Domain::clean, true, 0), "Clean: nothing selected");
-    EXPECT_EQ(actionTitle(AppModel::Domain::prepare, false, 1024), "Free up 1.00 KB");
 }
 
 TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
@@ -54,14 +36,6 @@ TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
     target.level = Level::aggressive;
     target.regenCost = RegenCost::rebuild;
     EXPECT_EQ(riskText(target), "Aggressive");
-}
-
-TEST(PanelRules, GroupsFollowTheOrderOfEveryFamily) {
-    std::vector<CleanTarget> targets(3);
-    targets[0].family = Family::docker;
-    targets[1].family = Family::xcodeCore;
-    targets[2].family = Family::docker;
-    EXPECT_EQ(groups(targets), (std::vector<Family>{Family::xcodeCore, Family::docker}));
 }
 
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {
