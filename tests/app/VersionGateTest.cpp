@@ -15,7 +15,7 @@ TEST(VersionGate, ComparesDottedVersionsNumberByNumber) {
         bool older;
     };
     const Row rows[] = {
-        {"1.2", "1.10", true},       {"1.2.0", "1.2", false},  {"2.0", "1.9.9", false}, {"1.2", "1.2.1", true},
+        {"1.2", "1.10", true},       {"1.2.0", "1.2", false},  {"1.9", "1.8.9", false}, {"1.2", "1.2.1", true},
         {"1.2-beta", "1.2", true},   {"", "0", false},         {"", "1", true},         {"1..2", ".1.2.", false},
         {"007", "7", false},         {"beta", "0.1", true},    {"+3", "3", false},      {"-1", "0", true},
         {"+-3", "-3", false},        {"99999999999999999999", "1", true},             {"1.10", "1.9", false},
