@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "kelvo/CompositeStore.h"
 #include "kelvo/InMemoryStore.h"
 #include "kelvo/MinVersionInfo.h"
 #include "kelvo/VersionGate.h"
@@ -54,24 +53,6 @@ TEST(VersionGate, DecidesFromTheDocumentElseFromTheCachedMinimum) {
 TEST(VersionGate, DocumentEncodesWithItsOneKey) {
     EXPECT_EQ(MinVersionInfo{"1.4.2"}.encoded(), R"({"minVersion":"1.4.2"})");
     EXPECT_EQ(MinVersionInfo::decode(R"({"minVersion":"1.4.2"})"), MinVersionInfo{"1.4.2"});
-}
-
-TEST(CompositeStore, ReadsFromTheFirstStoreThatHasTheKeyAndCopiesItIntoTheOthers) {
-    auto first = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "mine"}, {"m", "x"}});
-    auto second = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "theirs"}, {"k", "v"}});
-    CompositeStore composite({first, second});
-    EXPECT_EQ(composite.string("k"), "v");
-    EXPECT_EQ(first->string("k"), "v");
-    EXPECT_EQ(composite.string("j"), "mine");
-    EXPECT_EQ(second->string("j"), "theirs");
-    EXPECT_EQ(composite.string("m"), "x");
-    EXPECT_EQ(second->string("m"), "x");
-    EXPECT_FALSE(composite.string("absent"));
-
-    composite.set(std::nullopt, "k");
-    EXPECT_FALSE(first->string("k") || second->string("k"));
-    composite.set("w", "k");
-    EXPECT_TRUE(first->string("k") == "w" && second->string("k") == "w");
 }
 
 }  // namespace
