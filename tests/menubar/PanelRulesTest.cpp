@@ -1,5 +1,5 @@
-// The panel's rules as functions: disk tone, result line, risk text, placement. The screen
-// order, the action title and the order of the groups are checked on the panel itself.
+// The panel's rules as functions: screen order, disk tone, result line, risk text, placement.
+// The action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
 #include "desktop/TrayPlacement.h"
@@ -7,6 +7,20 @@
 
 namespace kelvo::app {
 namespace {
+
+TEST(PanelRules, ScreenOrderIsUpdateThenSettingsThenOnboardingThenMain) {
+    const struct {
+        bool update, settings, needsOnboarding, dismissed;
+        Screen expected;
+    } rows[] = {
+        {true, true, true, false, Screen::updateRequired}, {false, true, true, false, Screen::settings},
+        {false, false, true, false, Screen::onboarding},   {false, false, true, true, Screen::main},
+        {false, false, false, false, Screen::main},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(chooseScreen(row.update, row.settings, row.needsOnboarding, row.dismissed), row.expected)
+            << row.update << row.settings << row.needsOnboarding << row.dismissed;
+}
 
 TEST(PanelRules, DiskToneByUsedFraction) {
     const struct {

@@ -131,6 +131,7 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     EXPECT_TRUE(std::filesystem::exists(home / ".cache/huggingface/hub/model.bin"));
     EXPECT_TRUE(std::filesystem::exists(home / "Documents/thesis.tex"));
     ASSERT_TRUE(model->lastReport());
+    EXPECT_GE(model->lastReport()->freedBytes, 9000);
     EXPECT_EQ(footer.resultText()->text().toStdString(), "Freed " + Format::bytes(model->lastReport()->freedBytes));
     screenshot(*panel, "panel-done");
 }
