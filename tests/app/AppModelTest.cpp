@@ -7,7 +7,8 @@
 #include "kelvo/Config.h"
 #include "kelvo/InMemoryStore.h"
 #include "support/ClosureQueue.h"
-#include "support/Instants.h"
+#include "support/StubServices.h"
+#include "support/TargetIds.h"
 #include "support/TempDir.h"
 #include "support/Unprivileged.h"
 
@@ -16,26 +17,16 @@ namespace {
 
 using Field = AppModel::Field;
 using Phase = AppModel::Phase;
+using testing::idsOf;
 using testing::utc;
 using Ids = std::vector<std::string>;
 
 SimRuntime runtime(const std::string& id, std::int64_t size) { return {id, "iOS " + id, size, true, utc(2024, 1, 1)}; }
 
-Ids idsOf(const std::vector<CleanTarget>& targets) {
-    Ids ids;
-    for (const auto& target : targets) ids.push_back(target.id);
-    return ids;
-}
-
 class AppModelTest : public ::testing::Test {
 protected:
     AppServices services(const Environment& env) const {
-        const auto probe = std::make_shared<StubProcessProbe>();
-        const CommandRunner runner = [](const std::string& line, const ShellVariables&) { return line.ends_with(" fail") ? 1 : 0; };
-        return {CleanService{env, probe, runner},
-                PrepareService{env, probe, runner, 6, utc(2025, 7, 1),
-                               std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
-                               [runtimes = runtimes] { return *runtimes; }, std::vector<std::filesystem::path>{}}};
+        return testing::stubServices(env, [runtimes = runtimes] { return *runtimes; });
     }
 
     // A model of the prepare domain, whose runtimes the test chooses.
@@ -89,6 +80,9 @@ TEST_F(AppModelTest, PhaseFollowsScansCancellationsAndRuns) {
             if (step == 'w') finishWork();
         }
         EXPECT_EQ(model->phase(), expected) << steps;
+        if (steps == "rw") {  // nothing was selected: an empty report
+            EXPECT_TRUE(model->lastReport() && model->lastReport()->deleted.empty() && !model->lastReport()->freedBytes);
+        }
         background.takeAll();
         ui.takeAll();
     }
@@ -105,17 +99,6 @@ TEST_F(AppModelTest, LiveConstructionBuildsServicesFromTheEnvironmentTheGateAndT
     EXPECT_EQ(model.disk(), (DiskSpace{10, 5}));
     ASSERT_TRUE(model.versionGate());
     EXPECT_EQ(model.versionGate()->currentVersion, KelvoKit::version());
-    EXPECT_EQ(AppModel::rawValue(AppModel::allDomains[1]), "prepare");
-}
-
-TEST_F(AppModelTest, RunWithNothingSelectedPublishesAnEmptyReport) {
-    auto model = makeModel();
-    model->run(false, false);
-    finishWork();
-    ASSERT_TRUE(model->lastReport());
-    const auto& report = *model->lastReport();
-    EXPECT_TRUE(report.freedBytes == 0 && report.deleted.empty() && report.partial.empty() && report.skipped.empty() &&
-                report.errors.empty());
 }
 
 TEST_F(AppModelTest, ScanPublishesLargestFirstKeepingTheServicesOrderForEqualSizes) {

@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 
 #include "kelvo/KeychainStore.h"
-#include "kelvo/platform/Process.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -15,17 +14,15 @@ namespace {
 
 // Every item with the two attributes, whatever schema wrote it: its secret, or "locked".
 std::vector<std::string> itemsFor(const std::string& service, const std::string& account) {
-    static const SecretSchema anySchema = {"any",
-                                           SECRET_SCHEMA_DONT_MATCH_NAME,
-                                           {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING},
-                                            {"account", SECRET_SCHEMA_ATTRIBUTE_STRING},
-                                            {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}}};
+    SecretSchema* anySchema = secret_schema_new("any", SECRET_SCHEMA_DONT_MATCH_NAME, "service", SECRET_SCHEMA_ATTRIBUTE_STRING,
+                                                "account", SECRET_SCHEMA_ATTRIBUTE_STRING, nullptr);
     GHashTable* attributes =
-        secret_attributes_build(&anySchema, "service", service.c_str(), "account", account.c_str(), nullptr);
-    GList* items = secret_service_search_sync(nullptr, &anySchema, attributes,
+        secret_attributes_build(anySchema, "service", service.c_str(), "account", account.c_str(), nullptr);
+    GList* items = secret_service_search_sync(nullptr, anySchema, attributes,
                                               SecretSearchFlags(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS),
                                               nullptr, nullptr);
     g_hash_table_unref(attributes);
+    secret_schema_unref(anySchema);
     std::vector<std::string> secrets;
     for (GList* item = items; item; item = item->next) {
         SecretValue* value = secret_item_get_secret(static_cast<SecretItem*>(item->data));
@@ -41,15 +38,12 @@ TEST(SecretService, KeychainStoreKeepsOneItemPerKeyInARealKeyring) {
     testing::TempDir root;
     const auto runtime = testing::makeDirectory(root / "run");
     ::chmod(runtime.c_str(), 0700);
-    const int started = platform::runShell("printf %s kelvo-test-password | HOME='" + root.path().string() +
-                                           "' XDG_RUNTIME_DIR='" + runtime.string() +
-                                           "' /usr/bin/gnome-keyring-daemon --daemonize --unlock --components=secrets"
-                                           " >/dev/null");
-    ASSERT_EQ(started, 0) << "gnome-keyring-daemon did not start";
+    const std::string start = "printf %s kelvo-test-password | HOME='" + root.path().string() + "' XDG_RUNTIME_DIR='" +
+                              runtime.string() + "' /usr/bin/gnome-keyring-daemon --daemonize --unlock --components=secrets >/dev/null";
+    ASSERT_EQ(std::system(start.c_str()), 0) << "gnome-keyring-daemon did not start";
     // Returns as soon as the daemon owns the name: a hand-off, not a guess at a delay.
-    const auto ready = platform::runProgram("/usr/bin/gdbus",
-                                            {"wait", "--session", "--timeout", "30", "org.freedesktop.secrets"}, false);
-    ASSERT_TRUE(ready && ready->exitStatus == 0) << "the keyring never took its name on the bus";
+    ASSERT_EQ(std::system("/usr/bin/gdbus wait --session --timeout 30 org.freedesktop.secrets"), 0)
+        << "the keyring never took its name on the bus";
 
     const std::string service = "dev.kelvo.KelvoMenuBar.test";
     const std::string key = "minVersionCached";
@@ -57,7 +51,7 @@ TEST(SecretService, KeychainStoreKeepsOneItemPerKeyInARealKeyring) {
     EXPECT_FALSE(store.string(key));
     store.set("1.4.2", key);
     EXPECT_EQ(store.string(key), "1.4.2");
-    store.set("2.0-\u00f1", key);
+    store.set("2.0-\u00f1", key);  // replaces the item, one per key
     EXPECT_EQ(itemsFor(service, key), std::vector<std::string>{"2.0-\u00f1"});
     EXPECT_EQ(store.string(key), "2.0-\u00f1");
     EXPECT_FALSE(KeychainStore("dev.kelvo.other").string(key));

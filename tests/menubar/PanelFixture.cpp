@@ -4,6 +4,7 @@
 #include <QImage>
 
 #include "kelvo/InMemoryStore.h"
+#include "support/StubServices.h"
 
 namespace kelvo::app::testing {
 
@@ -20,14 +21,7 @@ AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
     dependencies.loadEnvironment = [this] {
         return Environment::fromConfig(home, root / "tmp", Config::load(home));
     };
-    dependencies.makeServices = [](const Environment& env) {
-        const auto probe = std::make_shared<StubProcessProbe>();
-        const CommandRunner runner = [](const std::string&, const ShellVariables&) { return 0; };
-        return AppServices{CleanService{env, probe, runner},
-                           PrepareService{env, probe, runner, 6, std::chrono::system_clock::now(),
-                                          std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
-                                          [] { return std::vector<SimRuntime>{}; }, {}}};
-    };
+    dependencies.makeServices = [](const Environment& env) { return kelvo::testing::stubServices(env); };
     dependencies.measureDisk = [this](const std::filesystem::path&) { return std::optional(diskFigure); };
     const auto services = dependencies.makeServices(dependencies.loadEnvironment());
     model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);

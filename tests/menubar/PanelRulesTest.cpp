@@ -1,4 +1,5 @@
-// The panel's rules as functions: screen order, disk tone, action title, result line, risk text.
+// The panel's rules as functions: screen order, disk tone, result line, risk text, placement.
+// The action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
 #include "desktop/TrayPlacement.h"
@@ -32,11 +33,6 @@ TEST(PanelRules, DiskToneByUsedFraction) {
     for (const auto& row : rows) EXPECT_EQ(diskTone(row.disk), row.expected) << row.disk.totalBytes << " " << row.disk.freeBytes;
 }
 
-TEST(PanelRules, ActionTitleNamesTheDomainAndTheSelectedBytes) {
-    EXPECT_EQ(actionTitle(AppModel::Domain::clean, true, 0), "Clean: nothing selected");
-    EXPECT_EQ(actionTitle(AppModel::Domain::prepare, false, 1024), "Free up 1.00 KB");
-}
-
 TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
     ExecutionReport report{2048, {"a"}, {}, {}, {}, {{"e", "failed"}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
@@ -54,14 +50,6 @@ TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
     target.level = Level::aggressive;
     target.regenCost = RegenCost::rebuild;
     EXPECT_EQ(riskText(target), "Aggressive");
-}
-
-TEST(PanelRules, GroupsFollowTheOrderOfEveryFamily) {
-    std::vector<CleanTarget> targets(3);
-    targets[0].family = Family::docker;
-    targets[1].family = Family::xcodeCore;
-    targets[2].family = Family::docker;
-    EXPECT_EQ(groups(targets), (std::vector<Family>{Family::xcodeCore, Family::docker}));
 }
 
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {

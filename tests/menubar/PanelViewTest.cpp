@@ -64,21 +64,16 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     };
     ASSERT_EQ(panel->currentScreen(), Screen::main);
     expectButtons("empty", true, false, false, false);
-    EXPECT_EQ(scan.scanButton()->text(), "Scan");
-    EXPECT_STREQ(panel->targetList()->emptySymbol(), "sparkles");
     EXPECT_EQ(footer.actionButton()->text(), "Clean: nothing selected");
     EXPECT_EQ(footer.updatesButton(), nullptr);  // no updater, no button
 
     click(scan.scanButton());
     ASSERT_EQ(model->phase(), Phase::scanning);
     expectButtons("scanning", false, true, false, false);
-    EXPECT_STREQ(panel->targetList()->emptySymbol(), "hourglass");
-    EXPECT_EQ(panel->targetList()->emptyText()->text(), "Scanning…");
 
     settle();
     ASSERT_EQ(model->phase(), Phase::idle);
     expectButtons("scanned", true, false, true, true);
-    EXPECT_EQ(scan.scanButton()->text(), "Rescan");
     // Sections in the order of every family, whatever the sizes: js packages before other languages.
     std::vector<std::string> sections;
     auto* rows = panel->targetList()->rows();
@@ -97,6 +92,12 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     click(scan.selectNoneButton());
     expectButtons("nothing selected", true, false, true, false);
     EXPECT_EQ(panel->header()->selectedLabel()->text(), "0 B");
+
+    // Another domain starts from nothing.
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    EXPECT_TRUE(model->targets().empty() && model->selectedIDs().empty());
+    EXPECT_EQ(footer.actionButton()->text(), "Free up: nothing selected");
+    EXPECT_FALSE(scan.selectAllButton()->isVisible());
 }
 
 TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
@@ -111,11 +112,8 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
 
     // Cancel first: nothing happens; then confirm.
     click(footer.actionButton());
-    EXPECT_TRUE(panel->confirming());
-    EXPECT_TRUE(footer.confirmBox()->isVisible());
     EXPECT_FALSE(footer.actionButton()->isVisible());
     EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 items (" + bytes + ")? This cannot be undone.");
-    EXPECT_EQ(footer.confirmBox()->deleteButton()->text().toStdString(), "Delete " + bytes);
     click(footer.confirmBox()->cancelButton());
     EXPECT_FALSE(panel->confirming());
     EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache"));
@@ -123,9 +121,7 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     click(footer.actionButton());
     screenshot(*panel, "panel-confirm");
     click(footer.confirmBox()->deleteButton());
-    EXPECT_EQ(model->phase(), Phase::cleaning);
     EXPECT_TRUE(footer.cleaningRow()->isVisible());
-    EXPECT_FALSE(footer.actionButton()->isVisible());
     settle();
 
     EXPECT_EQ(model->phase(), Phase::done);
@@ -136,23 +132,8 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     EXPECT_TRUE(std::filesystem::exists(home / "Documents/thesis.tex"));
     ASSERT_TRUE(model->lastReport());
     EXPECT_GE(model->lastReport()->freedBytes, 9000);
-    EXPECT_TRUE(footer.resultRow()->isVisible());
     EXPECT_EQ(footer.resultText()->text().toStdString(), "Freed " + Format::bytes(model->lastReport()->freedBytes));
     screenshot(*panel, "panel-done");
-}
-
-TEST_F(PanelViewTest, SwitchingTheDomainClearsTheResults) {
-    writeConfig();
-    makePanel();
-    click(panel->scanRow()->scanButton());
-    settle();
-    ASSERT_FALSE(model->targets().empty());
-    click(panel->header()->domainButton(AppModel::Domain::prepare));
-    EXPECT_EQ(model->domain(), AppModel::Domain::prepare);
-    EXPECT_TRUE(model->targets().empty());
-    EXPECT_TRUE(model->selectedIDs().empty());
-    EXPECT_EQ(panel->footer()->actionButton()->text(), "Free up: nothing selected");
-    EXPECT_FALSE(panel->scanRow()->selectAllButton()->isVisible());
 }
 
 TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
@@ -161,8 +142,7 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(panel->currentScreen(), Screen::onboarding);
     screenshot(*panel, "onboarding");
     click(panel->onboardingView()->chooseManuallyButton());
-    EXPECT_TRUE(Config::exists(home));
-    EXPECT_EQ(Config::load(home).enabledFamilies, std::nullopt);
+    EXPECT_TRUE(Config::exists(home) && !Config::load(home).enabledFamilies);
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
     click(panel->settingsView()->closeButton());
@@ -189,7 +169,6 @@ TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
     OnboardingView& onboarding = *panel->onboardingView();
     click(onboarding.detectButton());
     EXPECT_TRUE(onboarding.detectingRow()->isVisible());
-    EXPECT_FALSE(onboarding.detectButton()->isVisible());
     settle();
     EXPECT_EQ(panel->currentScreen(), Screen::main);
     const auto families = Config::load(home).enabledFamilies;

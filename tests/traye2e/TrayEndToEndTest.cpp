@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QSystemTrayIcon>
 #include <QTest>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,9 @@
 #include "panel/ScanRow.h"
 #include "panel/TargetListModel.h"
 #include "panel/TargetList.h"
-#include "kelvo/platform/FileSystem.h"
 #include "panel/UpdateRequiredView.h"
 #include "support/ScopedEnvironment.h"
+#include "support/StubServices.h"
 #include "support/TempDir.h"
 
 namespace kelvo::app {
@@ -97,14 +98,8 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
     ASSERT_FALSE(Config{}.save(home));
     Dispatcher toEventLoop = [](Closure closure) { QMetaObject::invokeMethod(qApp, std::move(closure), Qt::QueuedConnection); };
     const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home));
-    const auto probe = std::make_shared<StubProcessProbe>();
-    const CommandRunner runner = [](const std::string&, const ShellVariables&) { return 0; };
-    auto model = std::make_unique<AppModel>(
-        toEventLoop, CleanService{env, probe, runner},
-        PrepareService{env, probe, runner, 6, std::chrono::system_clock::now(),
-                       std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
-                       [] { return std::vector<SimRuntime>{}; }, {}},
-        std::nullopt);
+    auto services = testing::stubServices(env);
+    auto model = std::make_unique<AppModel>(toEventLoop, services.clean, services.prepare, std::nullopt);
     ShellServices shell;
     shell.autostart = {root / "autostart/kelvo.desktop", "/bin/true"};
     shell.quit = [] {};
@@ -146,8 +141,12 @@ TEST(TrayEndToEnd, DownloadPageOpensThroughTheDesktopsOpener) {
     const std::string path = stub.path().string() + ":" + std::getenv("PATH");
     const kelvo::testing::ScopedEnvironment onPath({{"PATH", path}});
     ShellServices::openInBrowser(UpdateRequiredView::downloadPage());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !platform::readFile(record).value_or("").empty(); }, 20000));
-    EXPECT_EQ(QUrl(QString::fromStdString(*platform::readFile(record))), UpdateRequiredView::downloadPage());
+    const auto recorded = [&] {
+        std::ifstream file(record);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !recorded().empty(); }, 20000));
+    EXPECT_EQ(QUrl(QString::fromStdString(recorded())), UpdateRequiredView::downloadPage());
 }
 
 }  // namespace

@@ -1,8 +1,15 @@
+// The stores the minimum version is kept in: the file store (damaged files, two writing
+// processes, where it lives) and the credential store on a machine without a session bus
+// (CI, a server, a login over ssh; tests/keyring has it against a real Secret Service), and
+// the store over both.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "kelvo/CompositeStore.h"
 #include "kelvo/ICloudStore.h"
+#include "kelvo/InMemoryStore.h"
+#include "kelvo/KeychainStore.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 
@@ -66,6 +73,45 @@ TEST(ICloudStore, LivesUnderTheStateHomeOnlyWhenThatIsAnAbsolutePath) {
         const testing::ScopedEnvironment environment({{"HOME", root.path().string()}, {"XDG_STATE_HOME", stateHome}});
         EXPECT_EQ(ICloudStore().directory(), expected);
     }
+}
+
+// GLib, asked for a session bus it cannot find, runs dbus-launch from PATH whenever a
+// display is set; a stand-in that leaves a mark shows whether that was ever tried.
+TEST(KeychainStore, WithoutASessionBusReadsNothingAndLaunchesNoBus) {
+    TempDir root;
+    const auto mark = root / "dbus-launch-ran";
+    const auto launcher = testing::writeText(root / "bin/dbus-launch", "#!/bin/sh\n/usr/bin/touch '" + mark.string() + "'\nexit 1\n");
+    std::filesystem::permissions(launcher, std::filesystem::perms::owner_all);
+    const testing::ScopedEnvironment environment({
+        {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
+        {"XDG_RUNTIME_DIR", (root / "run").string()},  // no bus socket in it
+        {"DISPLAY", ":99"},
+        {"PATH", (root / "bin").string()},
+        {"HOME", root.path().string()},
+    });
+    KeychainStore store("dev.kelvo.test");
+    store.set("1.0", "minVersionCached");
+    EXPECT_FALSE(store.string("minVersionCached"));
+    store.set(std::nullopt, "minVersionCached");
+    EXPECT_FALSE(std::filesystem::exists(mark));
+}
+
+TEST(CompositeStore, ReadsFromTheFirstStoreThatHasTheKeyAndCopiesItIntoTheOthers) {
+    auto first = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "mine"}, {"m", "x"}});
+    auto second = std::make_shared<InMemoryStore>(std::map<std::string, std::string>{{"j", "theirs"}, {"k", "v"}});
+    CompositeStore composite({first, second});
+    EXPECT_EQ(composite.string("k"), "v");
+    EXPECT_EQ(first->string("k"), "v");
+    EXPECT_EQ(composite.string("j"), "mine");
+    EXPECT_EQ(second->string("j"), "theirs");
+    EXPECT_EQ(composite.string("m"), "x");
+    EXPECT_EQ(second->string("m"), "x");
+    EXPECT_FALSE(composite.string("absent"));
+
+    composite.set(std::nullopt, "k");
+    EXPECT_FALSE(first->string("k") || second->string("k"));
+    composite.set("w", "k");
+    EXPECT_TRUE(first->string("k") == "w" && second->string("k") == "w");
 }
 
 }  // namespace
