@@ -5,6 +5,8 @@
 
 #include "kelvo/CommandCleaner.h"
 #include "kelvo/L10n.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
@@ -14,76 +16,61 @@ CommandCleaner makeCommand(const std::string& command, std::int64_t estimate, Co
                           Reversibility::regenerable, RegenCost::reindex, estimate, std::move(check));
 }
 
-TEST(CommandCleanerTool, IsTheFirstWordSplitAtSpacesOnly) {
-    const auto toolOf = [](const std::string& command) { return makeCommand(command, 0, [](auto&) { return true; }).tool(); };
-    EXPECT_EQ(toolOf("xcrun simctl delete unavailable"), "xcrun");
-    EXPECT_EQ(toolOf("watchman watch-del-all; watchman shutdown-server"), "watchman");
-    EXPECT_EQ(toolOf("rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/haste-map-*"), "rm");
-    EXPECT_EQ(toolOf("  brew cleanup -s"), "brew");  // empty pieces are left out
-    EXPECT_EQ(toolOf("conda"), "conda");
-    // Only the space character separates: a tab stays inside the word.
-    EXPECT_EQ(toolOf("tool\tflag rest"), "tool\tflag");
-    EXPECT_EQ(toolOf(""), "");
-    EXPECT_EQ(toolOf("   "), "   ");  // no piece at all: the whole command
+TEST(CommandCleaner, TheToolIsTheFirstWordSplitAtSpacesOnly) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"xcrun simctl delete unavailable", "xcrun"},
+        {"watchman watch-del-all; watchman shutdown-server", "watchman"},
+        {"  brew cleanup -s", "brew"},     // empty pieces are left out
+        {"conda", "conda"},
+        {"tool\tflag rest", "tool\tflag"},  // a tab stays inside the word
+        {"", ""},
+        {"   ", "   "},  // no piece at all: the whole command
+    };
+    for (const auto& [command, tool] : cases)
+        EXPECT_EQ(makeCommand(command, 0, [](auto&) { return true; }).tool(), tool) << command;
 }
 
-TEST(CommandCleanerScan, AsksTheCheckAboutTheFirstWordAndOffersNothingWhenMissing) {
+TEST(CommandCleaner, OffersTheWholeLineOnlyWhileTheCheckFindsItsTool) {
     std::vector<std::string> asked;
-    const auto cleaner = makeCommand("docker system prune -f", 0, [&](const std::string& tool) {
+    bool installed = false;
+    const std::string line = "watchman watch-del-all; watchman shutdown-server";
+    const auto cleaner = makeCommand(line, 0, [&](const std::string& tool) {
         asked.push_back(tool);
-        return false;
+        return installed;
     });
     EXPECT_TRUE(cleaner.scan().empty());
-    EXPECT_EQ(asked, std::vector<std::string>{"docker"});
-    // Asked again on every scan: nothing is remembered.
-    EXPECT_TRUE(cleaner.scan().empty());
-    EXPECT_EQ(asked.size(), 2u);
-}
-
-TEST(CommandCleanerScan, UnknownEstimateGivesSizeZeroWithTheUnknownSizeNote) {
-    const auto targets = makeCommand("bun pm cache rm", 0, [](auto&) { return true; }).scan();
+    installed = true;  // asked again on every scan: nothing is remembered
+    const auto targets = cleaner.scan();
+    EXPECT_EQ(asked, (std::vector<std::string>{"watchman", "watchman"}));
     ASSERT_EQ(targets.size(), 1u);
-    const auto& target = targets[0];
-    EXPECT_EQ(target.sizeBytes, 0);
-    const std::string note = L10n::t("cleaner.note.unknownSize");
-    EXPECT_NE(note, "cleaner.note.unknownSize") << "the catalog lacks the note's text";
-    EXPECT_EQ(target.notes, note);
+    EXPECT_EQ(targets[0].kind, CleanKind::command(line));
+    EXPECT_EQ(targets[0].level, Level::moderate);
+    EXPECT_EQ(targets[0].regenCost, RegenCost::reindex);
 }
 
-TEST(CommandCleanerScan, KnownEstimateGivesThatSizeAndNoNote) {
-    const auto targets = makeCommand("bun pm cache rm", 5000, [](auto&) { return true; }).scan();
-    ASSERT_EQ(targets.size(), 1u);
-    const auto& target = targets[0];
-    EXPECT_EQ(target.sizeBytes, 5000);
-    EXPECT_EQ(target.notes, "");
-    EXPECT_EQ(target.id, "some-command");
-    EXPECT_EQ(target.name, "Some command");
-    EXPECT_EQ(target.family, Family::reactNative);
-    EXPECT_EQ(target.level, Level::moderate);
-    EXPECT_EQ(target.reversibility, Reversibility::regenerable);
-    EXPECT_EQ(target.regenCost, RegenCost::reindex);
-    EXPECT_EQ(target.kind, CleanKind::command("bun pm cache rm"));
+TEST(CommandCleaner, AnUnknownEstimateIsSizeZeroWithANoteAKnownOneItsSize) {
+    const auto unknown = makeCommand("bun pm cache rm", 0, [](auto&) { return true; }).scan();
+    const auto known = makeCommand("bun pm cache rm", 5000, [](auto&) { return true; }).scan();
+    ASSERT_EQ(unknown.size(), 1u);
+    ASSERT_EQ(known.size(), 1u);
+    EXPECT_EQ(unknown[0].sizeBytes, 0);
+    EXPECT_EQ(unknown[0].notes, L10n::t("cleaner.note.unknownSize"));
+    EXPECT_NE(unknown[0].notes, "cleaner.note.unknownSize") << "the catalog lacks the note's text";
+    EXPECT_EQ(known[0].sizeBytes, 5000);
+    EXPECT_EQ(known[0].notes, "");
 }
 
-TEST(CommandCleanerScan, SeveralCommandsSeparatedBySemicolonAreOneTarget) {
-    const std::string line = "watchman watch-del-all; watchman shutdown-server";
-    const auto targets = makeCommand(line, 0, [](const std::string& tool) { return tool == "watchman"; }).scan();
-    ASSERT_EQ(targets.size(), 1u);
-    ASSERT_TRUE(targets[0].kind.isCommand());
-    EXPECT_EQ(targets[0].kind.commandLine(), line);
-}
-
-TEST(CommandCleanerWhich, FindsInstalledToolsOnly) {
-    EXPECT_TRUE(CommandCleaner::which("sh"));
-    EXPECT_FALSE(CommandCleaner::which("kelvo-no-such-tool-7f3a"));
-}
-
-TEST(CommandCleanerWhich, IsTheCheckWhenNoneIsGiven) {
-    const auto present = makeCommand("sh -c true", 0, nullptr);
-    const auto missing = makeCommand("kelvo-no-such-tool-7f3a --clean", 0, nullptr);
-    ASSERT_TRUE(static_cast<bool>(present.toolAvailable()));
-    EXPECT_EQ(present.scan().size(), 1u);
-    EXPECT_TRUE(missing.scan().empty());
+TEST(CommandCleaner, WithoutACheckLooksForAnExecutableOnThePath) {
+    testing::TempDir bin;
+    testing::writeText(bin / "kelvo-tool", "#!/bin/sh\n");
+    std::filesystem::permissions(bin / "kelvo-tool", std::filesystem::perms::owner_all);
+    testing::writeText(bin / "kelvo-plain", "not executable");
+    const testing::ScopedEnvironment path({{"PATH", bin.path().string()}});
+    EXPECT_TRUE(CommandCleaner::which("kelvo-tool"));
+    EXPECT_FALSE(CommandCleaner::which("kelvo-plain"));
+    EXPECT_FALSE(CommandCleaner::which("sh"));
+    EXPECT_EQ(makeCommand("kelvo-tool --clean", 0, nullptr).scan().size(), 1u);
+    EXPECT_TRUE(makeCommand("kelvo-missing --clean", 0, nullptr).scan().empty());
 }
 
 }  // namespace
