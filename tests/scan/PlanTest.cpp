@@ -2,131 +2,120 @@
 #include <nlohmann/json.hpp>
 
 #include "kelvo/PlanSelection.h"
-#include "kelvo/Reporter.h"
 #include "kelvo/ScanPlanJSON.h"
+#include "support/Targets.h"
 
 namespace kelvo {
 namespace {
 
-CleanTarget target(std::string id, Level level, std::int64_t size = 10, bool command = false,
-                   Reversibility reversibility = Reversibility::regenerable, Family family = Family::devMisc) {
-    CleanTarget made;
-    made.id = std::move(id);
-    made.name = made.id;
+using testing::targetOf;
+
+CleanTarget target(std::string id, Level level, std::int64_t size = 10, Family family = Family::devMisc) {
+    auto made = targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
     made.level = level;
-    made.sizeBytes = size;
-    made.reversibility = reversibility;
-    made.family = family;
-    made.kind = command ? CleanKind::command("tool run") : CleanKind::paths({"/p/" + made.id});
     return made;
 }
 
-TEST(PlanSelection, PreselectsRegenerableNonAggressiveAndEstimableTargets) {
-    EXPECT_TRUE(PlanSelection::isPreselected(target("safe-path-0", Level::safe, 0)));
-    EXPECT_FALSE(PlanSelection::isPreselected(target("safe-command-0", Level::safe, 0, true)));
-    EXPECT_TRUE(PlanSelection::isPreselected(target("safe-command-1", Level::safe, 1, true)));
-    EXPECT_TRUE(PlanSelection::isPreselected(target("moderate", Level::moderate)));
-    EXPECT_FALSE(PlanSelection::isPreselected(target("aggressive", Level::aggressive)));
-    EXPECT_FALSE(PlanSelection::isPreselected(target("user", Level::safe, 10, false, Reversibility::userData)));
-    auto linked = target("linked", Level::safe);
-    linked.blockedByLink = true;
-    EXPECT_FALSE(PlanSelection::isPreselected(linked));
+TEST(PlanSelection, PreselectsRegenerableNonAggressiveEstimableTargetsNotBehindALink) {
+    const auto with = [](CleanTarget made, auto change) {
+        change(made);
+        return made;
+    };
+    const std::vector<std::pair<CleanTarget, bool>> cases{
+        {target("safe-path-0", Level::safe, 0), true},
+        {target("moderate", Level::moderate), true},
+        {target("aggressive", Level::aggressive), false},
+        {with(target("command-0", Level::safe, 0), [](auto& t) { t.kind = CleanKind::command("x"); }), false},
+        {with(target("command-1", Level::safe, 1), [](auto& t) { t.kind = CleanKind::command("x"); }), true},
+        {with(target("user", Level::safe), [](auto& t) { t.reversibility = Reversibility::userData; }), false},
+        {with(target("linked", Level::safe), [](auto& t) { t.blockedByLink = true; }), false},
+    };
+    for (const auto& [made, preselected] : cases) EXPECT_EQ(PlanSelection::isPreselected(made), preselected) << made.id;
 }
 
-TEST(PlanSelection, ToggleIgnoresOutOfRangeAndSharesOneChoicePerId) {
-    PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive), target("a", Level::safe)});
-    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"a"}));
-    plan.toggle(-1);
-    plan.toggle(3);
-    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"a"}));
-    plan.toggle(1);
-    plan.toggle(2);
-    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b"}));
-    ASSERT_EQ(plan.selectedTargets().size(), 1u);
-    plan.toggle(0);
-    const auto chosen = plan.selectedTargets();
-    ASSERT_EQ(chosen.size(), 3u);  // both targets named "a", in order
-    EXPECT_EQ(chosen[0].id, "a");
-    EXPECT_EQ(chosen[1].id, "b");
-}
-
-TEST(PlanSelection, ChoiceByIdsAndFamiliesReplacesThePreselection) {
-    PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive, 5, false, Reversibility::regenerable, Family::docker),
+TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
+    PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive, 5, Family::docker), target("a", Level::safe),
                         target("c", Level::aggressive)});
+    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"a"}));
+    for (const int index : {-1, 4, 1, 2}) plan.toggle(index);  // out of range ignored; "a" once for both
+    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b"}));
+    plan.toggle(0);
+    EXPECT_EQ(plan.selectedTargets().size(), 3u);  // both targets named "a", and "b"
     EXPECT_EQ(plan.unknownIDs({"c", "nope", "a", "gone"}), (std::vector<std::string>{"nope", "gone"}));
     plan.choose({"c"}, {Family::docker});
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
 }
 
-TEST(Reporter, SummarizesByFamilyAndLevelKeepingZeroEntries) {
-    const auto summary = Reporter::summarize({target("a", Level::safe, 10), target("b", Level::safe, 0),
-                                              target("c", Level::moderate, 0, false, Reversibility::regenerable, Family::docker)});
-    EXPECT_EQ(summary.totalBytes, 10);
-    EXPECT_EQ(summary.byFamily.at(Family::devMisc), 10);
-    EXPECT_EQ(summary.byFamily.at(Family::docker), 0);
-    EXPECT_EQ(summary.byLevel.size(), 2u);
-    EXPECT_EQ(summary.targets.size(), 3u);
-}
-
-TEST(Reporter, LargestFirstKeepsTheOrderOfEqualSizes) {
-    const auto sorted = Reporter::largestFirst(
-        {target("five", Level::safe, 5), target("nine1", Level::safe, 9), target("nine2", Level::safe, 9), target("one", Level::safe, 1)});
-    std::vector<std::string> ids;
-    for (const auto& made : sorted) ids.push_back(made.id);
-    EXPECT_EQ(ids, (std::vector<std::string>{"nine1", "nine2", "five", "one"}));
-}
-
-TEST(ScanPlanJSON, EmptyPlanHasEveryKeyInTheLayout) {
-    EXPECT_EQ(ScanPlanJSON({}).encoded(),
-              "{\n  \"byFamily\" : {\n\n  },\n  \"byLevel\" : {\n\n  },\n  \"targets\" : [\n\n  ],\n  \"totalBytes\" : 0\n}");
-}
-
-TEST(ScanPlanJSON, TargetLayoutSortedKeysEscapedSlashesAndStableBytes) {
-    auto withSlash = target("derived-data", Level::safe, 4096);
-    withSlash.name = "Derived/Data";
-    withSlash.family = Family::xcodeCore;
-    withSlash.regenCost = RegenCost::rebuild;
-    const auto plan = ScanPlanJSON({withSlash, target("k", Level::aggressive, 1)});
-    const std::string text = plan.encoded();
-    EXPECT_EQ(text, plan.encoded());
-    const std::string expectedTarget =
-        "    {\n"
-        "      \"family\" : \"xcodeCore\",\n"
-        "      \"id\" : \"derived-data\",\n"
-        "      \"level\" : \"safe\",\n"
-        "      \"name\" : \"Derived\\/Data\",\n"
-        "      \"notes\" : \"\",\n"
-        "      \"preselected\" : true,\n"
-        "      \"regenCost\" : \"rebuild\",\n"
-        "      \"reversibility\" : \"regenerable\",\n"
-        "      \"sizeBytes\" : 4096\n"
-        "    },\n";
-    EXPECT_NE(text.find(expectedTarget), std::string::npos) << text;
-    const auto decoded = nlohmann::json::parse(text);
-    EXPECT_EQ(decoded["targets"][0]["name"], "Derived/Data");
-    EXPECT_EQ(decoded["targets"][1]["preselected"], false);
-    EXPECT_EQ(decoded["byFamily"]["xcodeCore"], 4096);
-    EXPECT_EQ(decoded["byLevel"]["aggressive"], 1);
-    EXPECT_EQ(decoded["totalBytes"], 4097);
-}
-
-TEST(ScanPlanJSON, NotesAppearOnlyWhenThereAreSome) {
-    ScanPlanJSON plan({});
-    const std::string without = plan.encoded();
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
+    auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
+    slashed.name = "Derived/Data";
+    ScanPlanJSON plan({slashed, target("k", Level::aggressive, 1)});
     plan.notes = {"X points to /srv/x"};
-    const std::string with = plan.encoded();
-    EXPECT_EQ(without.find("notes"), std::string::npos);
-    EXPECT_EQ(nlohmann::json::parse(with)["notes"], nlohmann::json::array({"X points to /srv/x"}));
-    EXPECT_NE(with.find("\"notes\" : [\n    \"X points to \\/srv\\/x\"\n  ],\n  \"targets\""), std::string::npos) << with;
+    EXPECT_EQ(plan.encoded(), R"({
+  "byFamily" : {
+    "devMisc" : 1,
+    "xcodeCore" : 4096
+  },
+  "byLevel" : {
+    "aggressive" : 1,
+    "safe" : 4096
+  },
+  "notes" : [
+    "X points to \/srv\/x"
+  ],
+  "targets" : [
+    {
+      "family" : "xcodeCore",
+      "id" : "derived-data",
+      "level" : "safe",
+      "name" : "Derived\/Data",
+      "notes" : "",
+      "preselected" : true,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 4096
+    },
+    {
+      "family" : "devMisc",
+      "id" : "k",
+      "level" : "aggressive",
+      "name" : "k",
+      "notes" : "",
+      "preselected" : false,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 1
+    }
+  ],
+  "totalBytes" : 4097
+})");
 }
 
-TEST(ScanPlanJSON, TotalsComeFromTheSummaryAsPassed) {
-    const auto docker = target("d", Level::safe, 5, false, Reversibility::regenerable, Family::docker);
-    const auto plan = ScanPlanJSON({docker}, Reporter::summarize({}), {});
+TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
+    auto noted = target("noted", Level::moderate, 12, Family::docker);
+    noted.notes = "partial \"size\"\n";
+    noted.regenCost = RegenCost::redownload;
+    const ScanPlanJSON plan({noted, target("a/b", Level::aggressive, 0), target("", Level::safe, 3)});
     const auto decoded = nlohmann::json::parse(plan.encoded());
-    EXPECT_TRUE(decoded["byFamily"].empty());
-    ASSERT_EQ(decoded["targets"].size(), 1u);
-    EXPECT_EQ(decoded["targets"][0]["preselected"], false);
+    EXPECT_EQ(decoded.at("totalBytes").get<std::int64_t>(), plan.totalBytes);
+    using Totals = std::map<std::string, std::int64_t>;
+    EXPECT_EQ(decoded.at("byFamily").get<Totals>(), plan.byFamily);
+    EXPECT_EQ(decoded.at("byLevel").get<Totals>(), plan.byLevel);
+    EXPECT_FALSE(decoded.contains("notes"));
+    ASSERT_EQ(decoded.at("targets").size(), plan.targets.size());
+    for (std::size_t index = 0; index < plan.targets.size(); ++index) {
+        const auto& json = decoded["targets"][index];
+        const auto& expected = plan.targets[index];
+        const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
+                                        json.at("level"), json.at("reversibility"), json.at("regenCost"),
+                                        json.at("preselected"), json.at("notes")};
+        EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
+                           read.regenCost, read.preselected, read.notes),
+                  std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
+                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes));
+    }
+    EXPECT_EQ(plan.totalBytes, 15);
+    EXPECT_EQ(plan.byFamily.at("docker"), 12);
 }
 
 }  // namespace

@@ -10,108 +10,57 @@
 #include "kelvo/L10n.h"
 #include "kelvo/Scanner.h"
 #include "kelvo/WorkerPool.h"
+#include "support/TargetIds.h"
+#include "support/Targets.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
 
+using testing::idsOf;
 using testing::TempDir;
 
-CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100,
-                       std::string notes = "") {
-    CleanTarget target;
-    target.id = std::move(id);
-    target.name = target.id;
-    target.kind = CleanKind::paths(std::move(paths));
-    target.sizeBytes = size;
-    target.notes = std::move(notes);
-    return target;
+CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100) {
+    return testing::targetOf(std::move(id), CleanKind::paths(std::move(paths)), size);
 }
 
-CleanTarget commandTarget(std::string id, std::string command) {
-    CleanTarget target;
-    target.id = std::move(id);
-    target.kind = CleanKind::command(std::move(command));
-    return target;
+TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
+    const std::string composed = "/x/caf\xC3\xA9";
+    const std::string decomposed = "/x/cafe\xCC\x81";
+    struct Case {
+        std::vector<CleanTarget> targets;
+        std::vector<std::string> kept;
+    };
+    const std::vector<Case> cases{
+        {{pathTarget("b", {"/x"}), pathTarget("a", {"/x"})}, {"a"}},
+        {{pathTarget("a", {"/x"}), pathTarget("b", {"/x/y"})}, {"a"}},
+        {{pathTarget("z", {"/x"}), pathTarget("a", {"/x/y/z"})}, {"z"}},  // the ancestor wins whatever its id
+        {{pathTarget("a", {"/x/yz"}), pathTarget("b", {"/x/y"})}, {"a", "b"}},  // a prefix of a name is no ancestor
+        {{pathTarget("a", {"/x/./y/"}), pathTarget("b", {"/x/q/../y/z"})}, {"a"}},
+        {{pathTarget("c", {"/x"}), pathTarget("a", {"/x/y"}), pathTarget("b", {"/x/y/z"})}, {"c"}},
+        {{pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})}, {"a"}},
+        {{pathTarget("b", {decomposed}), pathTarget("a", {composed})}, {"a"}},
+        {{pathTarget("a", {"/"}), pathTarget("b", {"/x"})}, {"a", "b"}},  // nothing lies inside the root
+        {{pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}), testing::targetOf("c", CleanKind::command("rm -rf /x")),
+          testing::targetOf("d", CleanKind::command("rm -rf /x"))},
+         {"a", "a", "c", "d"}},  // equal ids never cover each other; commands pass through
+    };
+    for (const auto& [targets, kept] : cases) EXPECT_EQ(idsOf(Scanner::dedup(targets)), kept) << idsOf(targets).front();
 }
 
-std::vector<std::string> idsOf(const std::vector<CleanTarget>& targets) {
-    std::vector<std::string> ids;
-    for (const auto& target : targets) ids.push_back(target.id);
-    return ids;
-}
-
-TEST(ScannerDedup, ExactlySharedPathGoesToTheSmallerId) {
-    const auto result = Scanner::dedup({pathTarget("b", {"/x"}, 7), pathTarget("a", {"/x"}, 9)});
-    ASSERT_EQ(idsOf(result), std::vector<std::string>{"a"});
-    EXPECT_EQ(result[0].sizeBytes, 9);
-}
-
-TEST(ScannerDedup, AncestorWinsOverPathsInsideIt) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x"}), pathTarget("b", {"/x/y"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-    // Even when the inner target sorts first and belongs to another family.
-    const auto reversed = Scanner::dedup({pathTarget("z", {"/x"}), pathTarget("a", {"/x/y/z"})});
-    EXPECT_EQ(idsOf(reversed), std::vector<std::string>{"z"});
-}
-
-TEST(ScannerDedup, PrefixOfANameIsNotAnAncestor) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x/yz"}), pathTarget("b", {"/x/y"})});
-    EXPECT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
-}
-
-TEST(ScannerDedup, PathsAreComparedAfterStandardisation) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x/./y/"}), pathTarget("b", {"/x/q/../y/z"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-}
-
-TEST(ScannerDedup, EqualIdsNeverCoverEachOtherAndCommandsPassThrough) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x"}), pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}),
-                                        commandTarget("c", "rm -rf /x"), commandTarget("d", "rm -rf /x")});
-    EXPECT_EQ(idsOf(result), (std::vector<std::string>{"a", "a", "a", "c", "d"}));
-}
-
-TEST(ScannerDedup, TargetThatLostSomePathsIsRemeasured) {
+TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
     TempDir home;
     testing::writeFile(home / "x/y/file", 10000);
     testing::writeFile(home / "z/file", 5000);
-    const auto x = home / "x";
-    const auto y = home / "x/y";
-    const auto z = home / "z";
-    const auto result = Scanner::dedup({pathTarget("a", {x}, 1), pathTarget("b", {y, z}, 99999, "kept note")});
-    ASSERT_EQ(result.size(), 2u);
-    EXPECT_EQ(result[1].id, "b");
-    EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{z});
-    EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(z));
-    EXPECT_EQ(result[1].notes, "kept note");
-    // The winner is passed through as its cleaner measured it.
-    EXPECT_EQ(result[0].sizeBytes, 1);
-}
-
-TEST(ScannerDedup, TargetWhoseRemainingPathsAreEmptyIsDropped) {
-    TempDir home;
     testing::makeDirectory(home / "empty");
-    testing::writeFile(home / "x/y/file", 10000);
-    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}), pathTarget("b", {home / "x/y", home / "empty"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-}
-
-TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
-    // a covers b's path, c covers a's: b still loses /x/y/z, and c keeps everything.
-    const auto result = Scanner::dedup(
-        {pathTarget("c", {"/x"}), pathTarget("a", {"/x/y"}), pathTarget("b", {"/x/y/z"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
-}
-
-TEST(ScannerDedup, CanonicallyEquivalentSpellingsAreOnePathAndNothingLiesInsideTheRoot) {
-    const std::string composed = "/x/caf\xC3\xA9";
-    const std::string decomposed = "/x/cafe\xCC\x81";
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})})),
-              std::vector<std::string>{"a"});
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("b", {decomposed}), pathTarget("a", {composed})})),
-              std::vector<std::string>{"a"});
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {"/"}), pathTarget("b", {"/x"})})),
-              (std::vector<std::string>{"a", "b"}));
+    auto partial = pathTarget("b", {home / "x/y", home / "z"}, 99999);
+    partial.notes = "kept note";
+    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"})});
+    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(result[0].sizeBytes, 1);  // the winner as its cleaner measured it
+    EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{home / "z"});
+    EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(home / "z"));
+    EXPECT_EQ(result[1].notes, "kept note");
 }
 
 // Tells the test when a cleaner has started, and counts the stop requests it saw.
@@ -156,23 +105,18 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
     std::vector<ScanProgress> reports;
     std::mutex mutex;
     WorkerPool pool(4);
-    const auto result = Scanner(cleaners).scan({.pool = &pool, .progress = [&](const ScanProgress& progress) {
+    const auto result = Scanner(cleaners).scan({.pool = &pool, .stop = {}, .progress = [&](const ScanProgress& progress) {
         std::lock_guard lock(mutex);
         reports.push_back(progress);
     }});
     ASSERT_TRUE(result);
-    ASSERT_EQ(result->size(), 40u);
-    for (int i = 0; i < 40; ++i) EXPECT_EQ((*result)[static_cast<std::size_t>(i)].id, "t" + std::to_string(i));
+    std::vector<std::string> expected;
+    for (int i = 0; i < 40; ++i) expected.push_back("t" + std::to_string(i));
+    EXPECT_EQ(idsOf(*result), expected);
     ASSERT_EQ(reports.size(), 41u);
     EXPECT_EQ(reports.back().cleanersFinished, 41u);
     EXPECT_EQ(reports.back().cleanersTotal, 41u);
     EXPECT_EQ(reports.back().bytesFound, 4100);
-}
-
-TEST(Scanner, EmptyCleanerListGivesNothing) {
-    const auto result = Scanner({}).scan();
-    ASSERT_TRUE(result);
-    EXPECT_TRUE(result->empty());
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
@@ -185,7 +129,7 @@ TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
         handshake.started.get_future().wait();
         stop.request_stop();
     });
-    const auto result = Scanner(cleaners).scan({.stop = stop.get_token()});
+    const auto result = Scanner(cleaners).scan({.pool = nullptr, .stop = stop.get_token(), .progress = nullptr});
     stopper.join();
     EXPECT_FALSE(result.has_value());
     EXPECT_EQ(handshake.stopsSeen.load(), 1);
@@ -199,6 +143,11 @@ TEST(Scanner, NullCleanersAreLeftOut) {
     EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
 }
 
+CleanTarget withNote(CleanTarget target, std::string notes) {
+    target.notes = std::move(notes);
+    return target;
+}
+
 TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
     TempDir home;
@@ -209,7 +158,7 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
     std::filesystem::create_directory_symlink(mine, home / "other-link");
     CleanerList cleaners{std::make_shared<FixedCleaner>(
         "c", std::vector<CleanTarget>{pathTarget("both", {mine, theirs}, 14000), pathTarget("foreign", {theirs}),
-                                      pathTarget("linked", {home / "link"}, 0, "partial"),
+                                      withNote(pathTarget("linked", {home / "link"}, 0), "partial"),
                                       pathTarget("below-link", {home / "other-link/file"})})};
 
     const auto result = Scanner(cleaners).scan();
