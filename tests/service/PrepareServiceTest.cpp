@@ -2,6 +2,8 @@
 
 #include "support/AppBundle.h"
 #include "support/Instants.h"
+#include "support/TargetIds.h"
+#include "support/Targets.h"
 #include "support/TempDir.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PrepareRegistry.h"
@@ -21,48 +23,44 @@ struct CommandLog {
 PrepareService serviceFor(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
                           std::shared_ptr<CommandLog> log = std::make_shared<CommandLog>(),
                           std::vector<std::string> running = {}) {
-    Environment env;
-    env.home = home;
-    env.tmpDir = tmpDir;
-    env.catalog = CatalogProfile::macos;
-    return PrepareService{
-        env,
-        std::make_shared<StubProcessProbe>(running),
-        [log](const std::string& line, const ShellVariables& variables) {
-            log->lines.push_back(line);
-            log->variables.push_back(variables);
-            return 0;
-        },
-        6,
-        utc(2025, 7, 1),
-        std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{{"Old.app", utc(2024, 1, 1)}}),
-        [] { return std::vector<SimRuntime>{{"R1", "iOS 16.0", 5000, true, utc(2024, 1, 1)}}; },
-        std::nullopt,
+    PrepareService service;
+    service.env.home = home;
+    service.env.tmpDir = tmpDir;
+    service.env.catalog = CatalogProfile::macos;
+    service.probe = std::make_shared<StubProcessProbe>(running);
+    service.runCommand = [log](const std::string& line, const ShellVariables& variables) {
+        log->lines.push_back(line);
+        log->variables.push_back(variables);
+        return 0;
     };
+    service.now = utc(2025, 7, 1);
+    service.metadata = std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{{"Old.app", utc(2024, 1, 1)}});
+    service.simLister = [] { return std::vector<SimRuntime>{{"R1", "iOS 16.0", 5000, true, utc(2024, 1, 1)}}; };
+    return service;
 }
 
-std::set<std::string> idsOf(const std::vector<CleanTarget>& targets) {
-    std::set<std::string> ids;
-    for (const auto& target : targets) ids.insert(target.id);
-    return ids;
-}
+using testing::idSetOf;
 
 TEST(PrepareService, ScanRunsTheThreeDetectorsThroughTheScanner) {
     TempDir root;
     const auto home = root / "home";
-    testing::makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
+    testing::FakeApp old;
+    old.bundleID = "com.x.Old";
+    testing::makeApp(home / "Applications", "Old", old);
     testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
     testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096);
     const auto targets = serviceFor(home, root / "tmp").scan();
     ASSERT_TRUE(targets);
     // The installed application's data goes with the application, not as a leftover.
-    EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Editor", "sim-runtime:R1"}));
+    EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Editor", "sim-runtime:R1"}));
 }
 
 TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
     TempDir root;
     const auto home = root / "home";
-    testing::makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
+    testing::FakeApp old;
+    old.bundleID = "com.x.Old";
+    testing::makeApp(home / "Applications", "Old", old);
     testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
     testing::writeFile(home / "Library/Logs/com.x.Old/log", 4096);
     auto service = serviceFor(home, root / "tmp");
@@ -71,7 +69,7 @@ TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
     ASSERT_TRUE(targets);
     // Both detectors claim the data; the scanner gives each shared path to the smaller id,
     // so the leftover target is left with nothing and dropped.
-    EXPECT_EQ(idsOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
+    EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
 }
 
 TEST(PrepareService, DataOfInstalledAppsIsKeptWhateverTheirInfoPlistEncodingOrWhenItCannotBeRead) {
@@ -100,7 +98,7 @@ TEST(PrepareService, DataOfInstalledAppsIsKeptWhateverTheirInfoPlistEncodingOrWh
     std::vector<CleanTarget> leftovers;
     for (const auto& target : *targets)
         if (target.family == Family::appLeftovers) leftovers.push_back(target);
-    EXPECT_EQ(idsOf(leftovers), (std::set<std::string>{"leftover:com.gone.Old"}));
+    EXPECT_EQ(idSetOf(leftovers), (std::set<std::string>{"leftover:com.gone.Old"}));
 
     const auto report = service.clean(leftovers, false, false);
     EXPECT_EQ(report.deleted, (std::vector<std::string>{"leftover:com.gone.Old"}));
@@ -130,10 +128,8 @@ TEST(PrepareService, CleanRemovesInsideHomeAndRefusesTheTemporaryDirectory) {
     const auto leftover = testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096).parent_path();
     const auto kept = testing::writeFile(home / "Library/Caches/com.kept.App/db", 4096);
     const auto inTmp = testing::writeFile(tmp / "com.gone.Editor/db", 4096).parent_path();
-    const CleanTarget inHome{.id = "leftover:com.gone.Editor", .family = Family::appLeftovers,
-                             .kind = CleanKind::paths({leftover}), .sizeBytes = 4096};
-    const CleanTarget outside{.id = "leftover:com.tmp.Thing", .family = Family::appLeftovers,
-                              .kind = CleanKind::paths({inTmp}), .sizeBytes = 4096};
+    const auto inHome = testing::targetOf("leftover:com.gone.Editor", CleanKind::paths({leftover}), 4096, Family::appLeftovers);
+    const auto outside = testing::targetOf("leftover:com.tmp.Thing", CleanKind::paths({inTmp}), 4096, Family::appLeftovers);
 
     const auto service = serviceFor(home, tmp);
     const auto dryRun = service.clean({inHome, outside}, true, false);
@@ -154,8 +150,8 @@ TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
     TempDir root;
     auto log = std::make_shared<CommandLog>();
     const auto service = serviceFor(root / "home", root / "tmp", log, {"Simulator"});
-    const CleanTarget runtime{.id = "sim-runtime:R1", .family = Family::simulators,
-                              .kind = CleanKind::command("xcrun simctl runtime delete R1"), .sizeBytes = 5000};
+    const auto runtime =
+        testing::targetOf("sim-runtime:R1", CleanKind::command("xcrun simctl runtime delete R1"), 5000, Family::simulators);
 
     const auto guarded = service.clean({runtime}, false, false);
     EXPECT_EQ(guarded.skipped, (std::vector<ReportEntry>{{"sim-runtime:R1", L10n::t("exec.skip.processRunning", std::string("Simulator"))}}));
