@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include "kelvo/InstalledApps.h"
-#include "kelvo/platform/PropertyList.h"
 #include "support/AppBundle.h"
 #include "support/TempDir.h"
 
@@ -55,12 +54,13 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncoding) {
     }
 }
 
-TEST(PropertyList, WhatIsNotAPropertyListDictionaryGivesNothing) {
+TEST(InstalledApps, WhatIsNotAPropertyListDictionaryIdentifiesNothing) {
     const std::vector<std::pair<std::string, std::string>> unreadable{
         {"odd UTF-16 length", utf16(u"{ A = b; }", true) + "x"},
         {"unpaired surrogate", utf16(u"{ A = \xD83D; }", false)},
         {"only a byte-order mark", "\xEF\xBB\xBF"},
         {"blank", " \n\t"},
+        {"no identifier", "{ A = b; }"},
         {"top-level array", "( a, b )"},
         {"missing semicolon", "{ A = b }"},
         {"unterminated string", "{ A = \"b; }"},
@@ -69,9 +69,16 @@ TEST(PropertyList, WhatIsNotAPropertyListDictionaryGivesNothing) {
         {"nesting past 512 levels", "{ A = " + std::string(600, '(') + std::string(600, ')') + "; }"},
         {"UTF-32", std::string("\xFF\xFE\0\0{\0\0\0}\0\0\0", 12)},
     };
-    for (const auto& [what, bytes] : unreadable) EXPECT_EQ(platform::readTopLevelStrings(bytes), std::nullopt) << what;
+    for (const auto& [what, bytes] : unreadable) {
+        TempDir folder;
+        testing::writeText(folder / "App.app/Contents/Info.plist", bytes);
+        EXPECT_EQ(InstalledApps::inventory({folder.path()}).unidentifiedNames, std::vector<std::string>{"App"}) << what;
+    }
     // Nesting up to the limit is fine.
-    EXPECT_TRUE(platform::readTopLevelStrings("{ A = " + std::string(500, '(') + std::string(500, ')') + "; }"));
+    TempDir folder;
+    testing::writeText(folder / "App.app/Contents/Info.plist",
+                       "{ A = " + std::string(500, '(') + std::string(500, ')') + "; CFBundleIdentifier = a.b.c; }");
+    EXPECT_EQ(InstalledApps::scan({folder.path()}), (std::vector<AppInfo>{{folder / "App.app", "a.b.c", "App"}}));
 }
 
 TEST(InstalledApps, InventoryListsVisibleBundlesDirectlyInsideInFolderOrderAndNamesTheUnidentified) {

@@ -9,22 +9,13 @@ namespace kelvo {
 namespace {
 
 TEST(FormatBytes, BoundariesAndUnits) {
-    EXPECT_EQ(Format::bytes(-5), "0 B");
-    EXPECT_EQ(Format::bytes(0), "0 B");
-    EXPECT_EQ(Format::bytes(1), "1 B");
-    EXPECT_EQ(Format::bytes(512), "512 B");
-    EXPECT_EQ(Format::bytes(1023), "1023 B");
-    EXPECT_EQ(Format::bytes(1024), "1.00 KB");
-    EXPECT_EQ(Format::bytes(1536), "1.50 KB");
-    // 1.125 and 1.375 are exact ties: rounded as "%.2f" does, to the even hundredth.
-    EXPECT_EQ(Format::bytes(1152), "1.12 KB");
-    EXPECT_EQ(Format::bytes(1408), "1.38 KB");
-    EXPECT_EQ(Format::bytes(1048575), "1024.00 KB");
-    EXPECT_EQ(Format::bytes(1048576), "1.00 MB");
-    EXPECT_EQ(Format::bytes(1073741824), "1.00 GB");
-    EXPECT_EQ(Format::bytes(1099511627776), "1.00 TB");
-    EXPECT_EQ(Format::bytes(1099511627776LL * 1024), "1024.00 TB");
-    EXPECT_EQ(Format::bytes(1099511627776LL * 2048), "2048.00 TB");
+    const std::vector<std::pair<std::int64_t, std::string>> cases{
+        {-5, "0 B"}, {0, "0 B"}, {1023, "1023 B"}, {1024, "1.00 KB"}, {1536, "1.50 KB"},
+        // 1.125 and 1.375 are exact ties: rounded as "%.2f" does, to the even hundredth.
+        {1152, "1.12 KB"}, {1408, "1.38 KB"}, {1048575, "1024.00 KB"}, {1048576, "1.00 MB"}, {1073741824, "1.00 GB"},
+        {1099511627776, "1.00 TB"}, {1099511627776LL * 2048, "2048.00 TB"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(Format::bytes(bytes), text) << bytes;
 }
 
 // A decimal comma in the C++ global locale (always available, built here) and, where one is

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "kelvo/L10n.h"
-#include "kelvo/platform/UserSession.h"
+#include "support/ScopedEnvironment.h"
 
 namespace kelvo {
 namespace {
@@ -82,54 +82,23 @@ TEST(L10nLookup, AMissingKeyShowsTheKey) {
     EXPECT_EQ(filled.find('%'), std::string::npos) << filled;
 }
 
-// Sets LC_ALL, LC_MESSAGES and LANG for one test and puts the earlier values back.
-class L10nLanguage : public ::testing::Test {
-protected:
-    void SetUp() override {
-        for (const char* name : names) {
-            const char* value = std::getenv(name);
-            saved.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
-            ::unsetenv(name);
-        }
+TEST(L10nLanguage, TheFirstNonEmptyVariableNamesTheLanguageOrEnglish) {
+    using Values = testing::ScopedEnvironment::Values;
+    const std::vector<std::pair<Values, std::string>> cases{
+        {{}, "en"},
+        {{{"LANG", "es_ES.UTF-8"}}, "es"},
+        {{{"LANG", "es_ES.UTF-8"}, {"LC_MESSAGES", "en_GB"}}, "en"},
+        {{{"LANG", "en"}, {"LC_MESSAGES", "en_GB"}, {"LC_ALL", "es"}}, "es"},
+        {{{"LANG", "es"}, {"LC_ALL", ""}}, "es"},  // empty counts as unset
+        {{{"LANG", "C.UTF-8"}}, "en"},
+        {{{"LANG", "pt_BR.UTF-8"}}, "en"},  // no catalog of its own
+    };
+    for (const auto& [values, language] : cases) {
+        Values all{{"LC_ALL", std::nullopt}, {"LC_MESSAGES", std::nullopt}, {"LANG", std::nullopt}};
+        for (const auto& [name, value] : values) all[name] = value;
+        const testing::ScopedEnvironment variables(all);
+        EXPECT_EQ(L10n::currentLanguage(), language) << ::testing::PrintToString(values);
     }
-    void TearDown() override {
-        for (const auto& [name, value] : saved) {
-            if (value)
-                ::setenv(name, value->c_str(), 1);
-            else
-                ::unsetenv(name);
-        }
-    }
-    static void set(const char* name, const char* value) { ::setenv(name, value, 1); }
-
-    static constexpr const char* names[] = {"LC_ALL", "LC_MESSAGES", "LANG"};
-    std::vector<std::pair<const char*, std::optional<std::string>>> saved;
-};
-
-TEST_F(L10nLanguage, NothingSetMeansEnglish) {
-    EXPECT_EQ(platform::preferredLanguage(), std::nullopt);
-    EXPECT_EQ(L10n::currentLanguage(), "en");
-}
-
-TEST_F(L10nLanguage, FirstNonEmptyVariableWins) {
-    set("LANG", "es_ES.UTF-8");
-    EXPECT_EQ(platform::preferredLanguage(), "es");
-    EXPECT_EQ(L10n::currentLanguage(), "es");
-    set("LC_MESSAGES", "en_GB");
-    EXPECT_EQ(L10n::currentLanguage(), "en");
-    set("LC_ALL", "es");
-    EXPECT_EQ(L10n::currentLanguage(), "es");
-    set("LC_ALL", "");  // empty counts as unset
-    EXPECT_EQ(L10n::currentLanguage(), "en");
-}
-
-TEST_F(L10nLanguage, CAndUnknownLanguagesFallBackToEnglish) {
-    set("LANG", "C.UTF-8");
-    EXPECT_EQ(platform::preferredLanguage(), std::nullopt);
-    EXPECT_EQ(L10n::currentLanguage(), "en");
-    set("LANG", "pt_BR.UTF-8");
-    EXPECT_EQ(platform::preferredLanguage(), "pt");
-    EXPECT_EQ(L10n::currentLanguage(), "en");
 }
 
 }  // namespace
