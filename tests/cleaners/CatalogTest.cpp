@@ -203,19 +203,6 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
     }
 }
 
-TEST(LinuxCatalog, EveryLocationVariableMovesSomeEntry) {
-    for (const auto& name : Environment::locationVariableNames()) {
-        if (name.starts_with("FLATPAK_")) continue;  // read by the prepare domain
-        const std::string value = "/home/dev/moved/" + name;
-        const auto places = placesById(environment(CatalogProfile::gnuLinux, {{name, value}}));
-        const bool used = std::any_of(places.begin(), places.end(), [&](const auto& entry) {
-            return std::any_of(entry.second.begin(), entry.second.end(),
-                               [&](const fs::path& place) { return place == value || inside(place, value); });
-        });
-        EXPECT_TRUE(used) << name << " moves nothing";
-    }
-}
-
 TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSaysSo) {
     const auto env = environment(CatalogProfile::gnuLinux,
                                  {{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});

@@ -135,14 +135,6 @@ TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
     EXPECT_EQ(handshake.stopsSeen.load(), 1);
 }
 
-TEST(Scanner, NullCleanersAreLeftOut) {
-    const Scanner scanner({nullptr, std::make_shared<FixedCleaner>("c", std::vector<CleanTarget>{pathTarget("t", {"/p"})}), nullptr});
-    EXPECT_EQ(scanner.cleaners().size(), 1u);
-    const auto result = scanner.scan();
-    ASSERT_TRUE(result);
-    EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
-}
-
 CleanTarget withNote(CleanTarget target, std::string notes) {
     target.notes = std::move(notes);
     return target;

@@ -55,23 +55,6 @@ TEST(PrepareService, ScanRunsTheThreeDetectorsThroughTheScanner) {
     EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Editor", "sim-runtime:R1"}));
 }
 
-TEST(PrepareService, ScanWithAnEmptyIndexTreatsEveryApplicationAsUninstalled) {
-    TempDir root;
-    const auto home = root / "home";
-    testing::FakeApp old;
-    old.bundleID = "com.x.Old";
-    testing::makeApp(home / "Applications", "Old", old);
-    testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
-    testing::writeFile(home / "Library/Logs/com.x.Old/log", 4096);
-    auto service = serviceFor(home, root / "tmp");
-    service.appIndexDirs = std::vector<std::filesystem::path>{};
-    const auto targets = service.scan();
-    ASSERT_TRUE(targets);
-    // Both detectors claim the data; the scanner gives each shared path to the smaller id,
-    // so the leftover target is left with nothing and dropped.
-    EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "sim-runtime:R1"}));
-}
-
 TEST(PrepareService, DataOfInstalledAppsIsKeptWhateverTheirInfoPlistEncodingOrWhenItCannotBeRead) {
     TempDir root;
     const auto home = root / "home";
