@@ -44,6 +44,7 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncoding) {
          "  CFBundleDocumentTypes = ( { CFBundleTypeName = Doc; LSItemContentTypes = (a, \"b\",); } );\n"
          "  CFBundleSignature = <0fbd 7777>; NSPrincipalClass = <*I5>;\n}\n"},
         {"OpenStep with escapes", R"({ CFBundleIdentifier = "com.\170.\U0045nc"; })"},
+        {"OpenStep with every escape", R"({ A = "\a\b\f\n\r\t\v\q"; CFBundleIdentifier = "com\056x.Enc"; })"},
         {"OpenStep in UTF-16", utf16(openStepUTF16, false)},
     };
     for (const auto& [encoding, bytes] : encodings) {
