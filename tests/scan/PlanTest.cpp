@@ -49,15 +49,13 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
 TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
-    ScanPlanJSON plan({slashed, target("k", Level::aggressive, 1)});
+    ScanPlanJSON plan({slashed});
     plan.notes = {"X points to /srv/x"};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
-    "devMisc" : 1,
     "xcodeCore" : 4096
   },
   "byLevel" : {
-    "aggressive" : 1,
     "safe" : 4096
   },
   "notes" : [
@@ -74,20 +72,9 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
       "regenCost" : "rebuild",
       "reversibility" : "regenerable",
       "sizeBytes" : 4096
-    },
-    {
-      "family" : "devMisc",
-      "id" : "k",
-      "level" : "aggressive",
-      "name" : "k",
-      "notes" : "",
-      "preselected" : false,
-      "regenCost" : "rebuild",
-      "reversibility" : "regenerable",
-      "sizeBytes" : 1
     }
   ],
-  "totalBytes" : 4097
+  "totalBytes" : 4096
 })");
 }
 
