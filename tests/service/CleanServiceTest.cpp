@@ -2,6 +2,7 @@
 
 #include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -21,13 +22,13 @@ protected:
     }
 
     CleanService service() const {
-        // No tool is available to command cleaners when PATH holds nothing; the catalog
-        // asks /usr/bin/which, so keep the machine's tools out of these tests' results.
         return CleanService{env, std::make_shared<StubProcessProbe>(), [](const std::string&, const ShellVariables&) { return 0; }};
     }
 
     TempDir home;
     TempDir tmp;
+    // An empty PATH: no command entry finds its tool, so the machine's tools stay out of the results.
+    testing::ScopedEnvironment emptyPath{{{"PATH", tmp.path().string()}}};
     Environment env;
 };
 

@@ -8,6 +8,7 @@
 #include "support/AppBundle.h"
 #include "support/TargetIds.h"
 #include "support/Targets.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -52,6 +53,7 @@ TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
 
 TEST(LiveDefaults, CleanServiceAndExecutorRunCommandsThroughTheShell) {
     testing::TempDir home;
+    const testing::ScopedEnvironment path(testing::ScopedEnvironment::Values{{"PATH", "/usr/bin:/bin"}});
     const auto marker = home / "ran";
     const auto command = testing::targetOf("touch", CleanKind::command("touch '" + marker.string() + "'"));
     CleanService service;
