@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <stop_token>
@@ -11,6 +13,7 @@
 
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/PerProjectCleaner.h"
+#include "support/DeepTree.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
 
@@ -247,6 +250,43 @@ TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
     EXPECT_EQ(pathsOf(targets, "per-project-build"), std::set<fs::path>{root / "api/build"});
     EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"),
               (std::set<fs::path>{sitePackages / "pip/__pycache__", root / "api/__pycache__"}));
+}
+
+// Runs `work` on a thread whose stack is `bytes` long: a walk that went one call deeper
+// per folder level would overflow it long before the bottom of a chain of thousands.
+void runOnStackOf(std::size_t bytes, std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, bytes);
+    pthread_t thread;
+    const auto start = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST(PerProjectCleaner, ChainsOfThousandsOfFoldersAreWalkedToTheBottomOnASmallStack) {
+    TempDir temp;
+    const fs::path root = temp / "root";
+    const fs::path bottom = testing::makeFolderChain(root / "app", 2100);
+    testing::writeDeepFile(bottom / "node_modules/pkg/index.js", 4096);
+    // The searches inside build folders go deep too: one finds an archive at the bottom of
+    // its own chain, the other at the bottom of a chain a link leads to.
+    testing::writeDeepFile(testing::makeFolderChain(root / "android/build", 500) / "app.aab", 4096);
+    testing::writeDeepFile(testing::makeFolderChain(temp / "exports", 1000) / "App.xcarchive/Info.plist", 4096);
+    fs::create_directory_symlink(temp / "exports", makeDirectory(root / "ios/build") / "exports");
+
+    std::vector<CleanTarget> targets;
+    runOnStackOf(128 * 1024, [&] { targets = makeCleaner({root}).scan(); });
+    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-node_modules"});
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{bottom / "node_modules"});
+    const auto* modules = findTarget(targets, "per-project-node_modules");
+    ASSERT_NE(modules, nullptr);
+    EXPECT_EQ(modules->sizeBytes, testing::deepAllocatedBytesBelow(bottom / "node_modules"));
+    EXPECT_EQ(modules->notes, "");
 }
 
 TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
