@@ -5,7 +5,6 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <set>
 #include <stop_token>
 #include <string>
@@ -111,16 +110,6 @@ TEST(PerProjectCleaner, ArtefactFoldersAreNeverEnteredAcceptedOrNot) {
     EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{temp / "root/app/node_modules"});
     EXPECT_EQ(findTarget(targets, "per-project-node_modules")->sizeBytes,
               allocatedBytesBelow(temp / "root/app/node_modules"));
-}
-
-TEST(PerProjectCleaner, SymbolicLinksAreNeitherEnteredNorOffered) {
-    TempDir temp;
-    writeFile(temp / "outside/project/node_modules/x.js", 4096);
-    writeFile(temp / "outside/cache/data.pyc", 4096);
-    makeDirectory(temp / "root/app");
-    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
-    fs::create_directory_symlink(temp / "outside/cache", temp / "root/app/__pycache__");
-    EXPECT_TRUE(makeCleaner({temp / "root"}).scan().empty());
 }
 
 TEST(PerProjectCleaner, CatalogSiblingRulesDecideWhichFoldersBelongToTheirProjectKind) {
@@ -316,14 +305,21 @@ TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     EXPECT_FALSE(makeCleaner({}, {}, 7, now).isRecent(std::nullopt));
 }
 
-TEST(PerProjectCleaner, NothingFromEmptyKindsUnusableRootsOrAStoppedScan) {
+TEST(PerProjectCleaner, NothingFromEmptyKindsLinksUnusableRootsOrAStoppedScan) {
     TempDir temp;
     makeDirectory(temp / "root/a/node_modules");
+    // Links are neither entered nor offered.
+    writeFile(temp / "outside/project/node_modules/x.js", 4096);
+    writeFile(temp / "outside/cache/data.pyc", 4096);
+    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
+    fs::create_directory_symlink(temp / "outside/cache", temp / "root/a/__pycache__");
     writeFile(temp / "root/b/node_modules/.package-lock.json", 0);  // an empty file allocates nothing
     writeFile(temp / "root/c/__pycache__/m.pyc", 4096);
     writeFile(temp / "a-file", 4096);
     const auto cleaner = makeCleaner({temp / "root"});
-    EXPECT_EQ(idSetOf(cleaner.scan()), std::set<std::string>{"per-project-__pycache__"});
+    const auto targets = cleaner.scan();
+    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-__pycache__"});
+    EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"), std::set<fs::path>{temp / "root/c/__pycache__"});
     EXPECT_TRUE(makeCleaner({temp / "missing", temp / "a-file"}).scan().empty());
     std::stop_source stop;
     stop.request_stop();
