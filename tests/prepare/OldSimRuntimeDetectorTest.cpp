@@ -23,6 +23,8 @@ TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWitho
         {"Edge", "iOS 16.1", 10, true, cutOff},
         {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
         {"NeverUsed", "iOS 15.0", 40, true, std::nullopt},
+        {"x; rm -rf ~", "odd", 1, true, std::nullopt},  // a strange identifier stays one shell word
+        {"it's", "quote", 1, true, std::nullopt},
     });
     const auto targets = OldSimRuntimeDetector(lister, 3, utc(2024, 6, 30)).scan();
     EXPECT_EQ(idsOf(targets), (std::vector<std::string>{"sim-runtime:A1", "sim-runtime:JustBefore"}));
@@ -30,20 +32,12 @@ TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWitho
     EXPECT_EQ(targets[0].kind, CleanKind::command("xcrun simctl runtime delete A1"));
     EXPECT_EQ(targets[0].sizeBytes, 7000000000);
     EXPECT_EQ(targets[0].level, Level::aggressive);
-    EXPECT_EQ(idsOf(OldSimRuntimeDetector(lister, 3, std::nullopt).scan()),
-              (std::vector<std::string>{"sim-runtime:A1", "sim-runtime:Edge", "sim-runtime:JustBefore", "sim-runtime:NeverUsed"}));
-}
-
-TEST(OldSimRuntimeDetector, AStrangeIdentifierStaysOneShellWord) {
-    const auto targets = OldSimRuntimeDetector(listing({{"x; rm -rf ~", "odd", 1, true, std::nullopt},
-                                                        {"it's", "quote", 1, true, std::nullopt},
-                                                        {"A-1_b.C", "plain", 1, true, std::nullopt}}),
-                                               6, std::nullopt)
-                             .scan();
-    ASSERT_EQ(targets.size(), 3u);
-    EXPECT_EQ(targets[0].kind.commandLine(), "xcrun simctl runtime delete 'x; rm -rf ~'");
-    EXPECT_EQ(targets[1].kind.commandLine(), "xcrun simctl runtime delete 'it'\\''s'");
-    EXPECT_EQ(targets[2].kind.commandLine(), "xcrun simctl runtime delete A-1_b.C");
+    const auto all = OldSimRuntimeDetector(lister, 3, std::nullopt).scan();
+    EXPECT_EQ(idsOf(all), (std::vector<std::string>{"sim-runtime:A1", "sim-runtime:Edge", "sim-runtime:JustBefore",
+                                                    "sim-runtime:NeverUsed", "sim-runtime:x; rm -rf ~", "sim-runtime:it's"}));
+    ASSERT_EQ(all.size(), 6u);
+    EXPECT_EQ(all[4].kind.commandLine(), "xcrun simctl runtime delete 'x; rm -rf ~'");
+    EXPECT_EQ(all[5].kind.commandLine(), "xcrun simctl runtime delete 'it'\\''s'");
 }
 
 }  // namespace

