@@ -68,7 +68,9 @@ bool inside(const fs::path& path, const fs::path& root) {
     return Paths::isInside(Paths::standardized(path).string(), Paths::standardized(root).string());
 }
 
-TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableAndLooksOnlyInsideTheAllowedFolders) {
+TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTheAllowedFoldersAndNeedsItsTool) {
+    testing::TempDir emptyPath;
+    const testing::ScopedEnvironment path({{"PATH", emptyPath.path().string()}});
     for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
         auto withFlutter = environment(profile);
         withFlutter.flutterBinCache = "/opt/flutter/bin/cache";
@@ -107,28 +109,18 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableAndLooksOnlyInsid
                     })) << place;
                     for (const auto& kept : protectedPaths) EXPECT_FALSE(place == kept || inside(place, kept)) << place;
                     if (profile == CatalogProfile::gnuLinux) {
-                    EXPECT_FALSE(inside(place, env.home / "Library")) << place;
-                }
+                        EXPECT_FALSE(inside(place, env.home / "Library")) << place;
+                    }
                 }
                 if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) {
                     for (const char* elevation : {"sudo", "pkexec", "--system"})
                         EXPECT_EQ(command->command().find(elevation), std::string::npos) << command->command();
+                    EXPECT_TRUE(command->scan().empty()) << "offered without its tool";
                 }
             }
             for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
             EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
         }
-    }
-}
-
-TEST(Catalog, CommandEntriesNeedTheirTools) {
-    testing::TempDir emptyPath;
-    const testing::ScopedEnvironment path({{"PATH", emptyPath.path().string()}});
-    for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
-        std::size_t commandTargets = 0;
-        for (const auto& cleaner : CleanerRegistry::makeCleaners(environment(profile)))
-            if (dynamic_cast<const CommandCleaner*>(cleaner.get())) commandTargets += cleaner->scan().size();
-        EXPECT_EQ(commandTargets, 0u);
     }
 }
 

@@ -105,17 +105,6 @@ TEST(ConfigFileKind, OnlyARegularFileOfAtMostOneMebibyteIsRead) {
     }
 }
 
-TEST(ConfigFileKind, ConfiguredPathsHoldingANulCharacterAreDropped) {
-    testing::TempDir home;
-    testing::writeText(Config::filePath(home.path()),
-                       R"({"projectRoots": ["~/\u0000", "~/code\u0000/x", "/srv\u0000", "~/code"],
-                           "extraExclusions": ["~/code/keep\u0000", "~/code/keep"],
-                           "defaultLevel": "safe", "keepRecentDays": 3})");
-    const auto env = Environment::fromConfig(home.path(), "/tmp", Config::load(home.path()));
-    EXPECT_EQ(env.resolvedProjectRoots(), std::vector<std::filesystem::path>{home / "code"});
-    EXPECT_EQ(env.resolvedExtraExclusions(), std::vector<std::filesystem::path>{home / "code/keep"});
-}
-
 TEST_F(ConfigFile, NullFamiliesAreAbsentAndAnEmptyListEnablesNothing) {
     const std::string required =
         R"("projectRoots": ["~/p"], "extraExclusions": [], "defaultLevel": "moderate", "keepRecentDays": 3)";
