@@ -1,19 +1,98 @@
 #include <gtest/gtest.h>
 
-#include "support/AppBundle.h"
-#include "support/Instants.h"
-#include "support/TargetIds.h"
-#include "support/Targets.h"
-#include "support/TempDir.h"
+#include "kelvo/CleanService.h"
+#include "kelvo/CleanerRegistry.h"
+#include "kelvo/Config.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/PrepareService.h"
+#include "support/AppBundle.h"
+#include "support/Instants.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TargetIds.h"
+#include "support/Targets.h"
+#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
 
 using testing::TempDir;
 using testing::utc;
+using testing::idSetOf;
+using namespace std::chrono_literals;
+
+class CleanServiceOnFakeHome : public ::testing::Test {
+protected:
+    void SetUp() override {
+        testing::writeFile(home / "Library/Developer/Xcode/DerivedData/App/out.o", 8000);
+        testing::writeFile(home / ".gradle/caches/modules/a.jar", 8000);
+        env.home = home.path();
+        env.tmpDir = tmp.path();
+        env.projectRoots = {};
+        env.catalog = CatalogProfile::macos;
+    }
+
+    CleanService service() const {
+        return CleanService{env, std::make_shared<StubProcessProbe>(), [](const std::string&, const ShellVariables&) { return 0; }};
+    }
+
+    TempDir home;
+    TempDir tmp;
+    // An empty PATH: no command entry finds its tool, so the machine's tools stay out of the results.
+    testing::ScopedEnvironment emptyPath{{{"PATH", tmp.path().string()}}};
+    Environment env;
+};
+
+std::set<Family> familiesOf(const std::vector<CleanTarget>& targets) {
+    std::set<Family> families;
+    for (const auto& target : targets) families.insert(target.family);
+    return families;
+}
+
+TEST_F(CleanServiceOnFakeHome, EnabledFamiliesFilterTheScanButNotTheDetection) {
+    const auto all = service().scan();
+    ASSERT_TRUE(all);
+    EXPECT_TRUE(familiesOf(*all).contains(Family::xcodeCore));
+    EXPECT_TRUE(familiesOf(*all).contains(Family::androidGradle));
+
+    env.enabledFamilies = std::set<Family>{Family::xcodeCore};
+    const auto onlyXcode = service().scan();
+    ASSERT_TRUE(onlyXcode);
+    EXPECT_EQ(familiesOf(*onlyXcode), std::set<Family>{Family::xcodeCore});
+
+    env.enabledFamilies = std::set<Family>{};
+    EXPECT_TRUE(service().enabledCleaners().empty());
+    EXPECT_TRUE(service().scan()->empty());
+    const auto detected = service().detectFamilies();
+    ASSERT_TRUE(detected);
+    EXPECT_TRUE(detected->contains(Family::xcodeCore));
+    EXPECT_TRUE(detected->contains(Family::androidGradle));
+}
+
+TEST_F(CleanServiceOnFakeHome, GuardAllowsHomeAndTemporaryFolderAndTheFlutterBinFolderOnlyWhenKnown) {
+    auto guard = service().guard();
+    ASSERT_EQ(guard.allowedRoots.size(), 2u);
+    EXPECT_EQ(guard.allowedRoots[0], home.path());
+    EXPECT_EQ(guard.allowedRoots[1], tmp.path());
+    EXPECT_EQ(guard.protectedPaths, CleanerRegistry::protectedPaths(env));
+    env.flutterBinCache = "/opt/flutter/bin/cache";
+    guard = service().guard();
+    ASSERT_EQ(guard.allowedRoots.size(), 3u);
+    EXPECT_EQ(guard.allowedRoots[2], std::filesystem::path("/opt/flutter/bin"));
+}
+
+TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
+    const auto targets = service().scan();
+    ASSERT_TRUE(targets);
+    ASSERT_FALSE(targets->empty());
+    const std::string before = testing::listing(home.path());
+    const auto report = service().clean(*targets, true, false);
+    EXPECT_EQ(testing::listing(home.path()), before);
+    std::int64_t expected = 0;
+    for (const auto& target : *targets) expected += target.sizeBytes;
+    EXPECT_EQ(report.freedBytes, expected);
+    EXPECT_EQ(report.deleted.size(), targets->size());
+}
 
 struct CommandLog {
     std::vector<std::string> lines;
@@ -39,7 +118,6 @@ PrepareService serviceFor(const std::filesystem::path& home, const std::filesyst
     return service;
 }
 
-using testing::idSetOf;
 
 TEST(PrepareService, ScanRunsTheThreeDetectorsAndKeepsDataOfInstalledAppsEvenWhenTheirInfoPlistCannotBeRead) {
     TempDir root;
@@ -127,6 +205,63 @@ TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
     // The command runs with the environment's own folders, not with those Kelvo was started with.
     EXPECT_EQ(log->variables, (std::vector<ShellVariables>{
                                   {{"HOME", (root / "home").string()}, {"TMPDIR", (root / "tmp").string()}}}));
+}
+
+// Services built with their dependencies left out, or given as null, use the live ones:
+// over a fake home they scan and clean like the tool does, and never call through a null.
+TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
+    testing::TempDir root;
+    const auto home = root / "home";
+    auto env = Environment::fromConfig(home, root / "tmp", Config::defaults());
+    env.catalog = CatalogProfile::macos;  // the profile whose detectors read application bundles
+    // Without a metadata tool the live source falls back to modification dates.
+    testing::FakeApp old;
+    old.bundleID = "com.x.Old";
+    const auto oldApp = testing::makeApp(home / "Applications", "Old", old);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(oldApp))
+        testing::setModificationTime(entry.path(), std::chrono::system_clock::now() - 400 * 24h);
+    testing::setModificationTime(oldApp, std::chrono::system_clock::now() - 400 * 24h);
+    const auto leftover = testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 4096).parent_path();
+
+    PrepareService leftOut;
+    leftOut.env = env;
+    auto givenNull = leftOut;
+    givenNull.probe = nullptr;
+    givenNull.runCommand = nullptr;
+    givenNull.metadata = nullptr;
+    givenNull.simLister = nullptr;
+    for (const auto* service : {&leftOut, &givenNull}) {
+        const auto targets = service->scan();
+        ASSERT_TRUE(targets);
+        const auto ids = testing::idSetOf(*targets);
+        EXPECT_TRUE(ids.contains("app:com.x.Old") && ids.contains("leftover:com.gone.Editor"))
+            << ::testing::PrintToString(ids);
+    }
+
+    const auto target = testing::targetOf("leftover:com.gone.Editor", CleanKind::paths({leftover}), 4096, Family::appLeftovers);
+    EXPECT_EQ(givenNull.clean({target}, false, false).deleted, std::vector<std::string>{target.id});
+    EXPECT_FALSE(std::filesystem::exists(leftover));
+    EXPECT_TRUE(std::filesystem::exists(oldApp / "Contents/Info.plist"));
+}
+
+TEST(LiveDefaults, CleanServiceAndExecutorRunCommandsThroughTheShell) {
+    testing::TempDir home;
+    const testing::ScopedEnvironment path(testing::ScopedEnvironment::Values{{"PATH", "/usr/bin:/bin"}});
+    const auto marker = home / "ran";
+    const auto command = testing::targetOf("touch", CleanKind::command("touch '" + marker.string() + "'"));
+    CleanService service;
+    service.env = Environment::fromConfig(home.path(), home / "tmp", Config::defaults());
+    service.probe = nullptr;
+    service.runCommand = nullptr;
+    EXPECT_EQ(service.clean({command}, false, false).deleted, std::vector<std::string>{"touch"});
+    EXPECT_TRUE(std::filesystem::exists(marker));
+
+    std::filesystem::remove(marker);
+    Executor executor;
+    executor.safety = service.guard();
+    executor.runCommand = nullptr;
+    EXPECT_EQ(executor.execute({command}).deleted, std::vector<std::string>{"touch"});
+    EXPECT_TRUE(std::filesystem::exists(marker));
 }
 
 }  // namespace
