@@ -124,12 +124,13 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
     }
 }
 
-TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsKindFamilyAndRisk) {
+TEST(LinuxCatalog, SharedIdsKeepKindFamilyAndRiskAndProjectFoldersKeepTheMacOSKindsButNeverUserState) {
     std::map<std::string, const Cleaner*> macosById;
     const auto macosCleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::macos));
+    const auto cleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux));
     for (const auto& cleaner : macosCleaners) macosById[cleaner->id()] = cleaner.get();
     std::size_t shared = 0;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux))) {
+    for (const auto& cleaner : cleaners) {
         const auto found = macosById.find(cleaner->id());
         if (found == macosById.end()) continue;
         SCOPED_TRACE(cleaner->id());
@@ -144,11 +145,8 @@ TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsKindFamilyAndRisk) {
         }
     }
     EXPECT_GT(shared, macosCleaners.size() / 2);
-}
 
-TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
-    const auto cleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux));
-    const auto macosCleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::macos));
+    // Project folders keep the macOS kinds, add Linux ones and tags, but never user state.
     const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
     const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
     ASSERT_TRUE(linux && macos);

@@ -185,7 +185,7 @@ TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
 }
 
-TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
+TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAndInstalledPythonPackagesAreKept) {
     TempDir temp;
     const fs::path root = temp / "root";
     const fs::path outside = temp / "outside";
@@ -208,15 +208,7 @@ TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
     // Only folders named "build" are searched.
     writeFile(root / "web/node_modules/pkg/bundle.aab", 4096);
 
-    const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-build"),
-              (std::set<fs::path>{root / "two-hops/build", root / "plain/build", root / "lookalike/build"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
-}
-
-TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
-    TempDir temp;
-    const fs::path root = temp / "root";
+    // Installed Python packages are source, not build output.
     writeFile(root / "api/pyproject.toml", 100);
     const fs::path venv = root / "api/env";  // `python3 -m venv env`
     writeFile(venv / "pyvenv.cfg", 100);
@@ -235,8 +227,10 @@ TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
     writeFile(root / "api/__pycache__/main.cpython-311.pyc", 4096);
 
     const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-build"), std::set<fs::path>{root / "api/build"});
+    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__", "per-project-node_modules"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-build"), (std::set<fs::path>{root / "two-hops/build", root / "plain/build",
+                                                                         root / "lookalike/build", root / "api/build"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
     EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"),
               (std::set<fs::path>{sitePackages / "pip/__pycache__", root / "api/__pycache__"}));
 }
