@@ -32,54 +32,43 @@ constexpr const char* xml =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
     "<key>CFBundleIdentifier</key><string>com.x.Enc</string></dict></plist>";
 
-TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncoding) {
-    const std::vector<std::pair<std::string, std::string>> encodings{
-        {"xml", xml},
-        {"xml after a UTF-8 byte-order mark", std::string("\xEF\xBB\xBF") + xml},
-        {"xml in UTF-16, big-endian", utf16(xmlUTF16, true)},
-        {"xml in UTF-16, little-endian", utf16(xmlUTF16, false)},
-        {"OpenStep, quoted", R"({ CFBundleName = "Enc"; CFBundleIdentifier = "com.x.Enc"; })"},
+TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADictionaryIdentifiesNothing) {
+    const std::vector<std::tuple<std::string, std::string, bool>> cases{
+        {"xml", xml, true},
+        {"xml after a UTF-8 byte-order mark", std::string("\xEF\xBB\xBF") + xml, true},
+        {"xml in UTF-16, big-endian", utf16(xmlUTF16, true), true},
+        {"xml in UTF-16, little-endian", utf16(xmlUTF16, false), true},
+        {"OpenStep, quoted", R"({ CFBundleName = "Enc"; CFBundleIdentifier = "com.x.Enc"; })", true},
         {"OpenStep, bare words, comments, nesting and data",
          "// written by hand\n{\n  /* the identifier */ CFBundleIdentifier = com.x.Enc;\n"
          "  CFBundleDocumentTypes = ( { CFBundleTypeName = Doc; LSItemContentTypes = (a, \"b\",); } );\n"
-         "  CFBundleSignature = <0fbd 7777>; NSPrincipalClass = <*I5>;\n}\n"},
-        {"OpenStep with escapes", R"({ CFBundleIdentifier = "com.\170.\U0045nc"; })"},
-        {"OpenStep with every escape", R"({ A = "\a\b\f\n\r\t\v\q"; CFBundleIdentifier = "com\056x.Enc"; })"},
-        {"OpenStep in UTF-16", utf16(openStepUTF16, false)},
+         "  CFBundleSignature = <0fbd 7777>; NSPrincipalClass = <*I5>;\n}\n", true},
+        {"OpenStep with escapes", R"({ CFBundleIdentifier = "com.\170.\U0045nc"; })", true},
+        {"OpenStep with every escape", R"({ A = "\a\b\f\n\r\t\v\q"; CFBundleIdentifier = "com\056x.Enc"; })", true},
+        {"OpenStep in UTF-16", utf16(openStepUTF16, false), true},
+        {"nesting up to 512 levels",
+         "{ A = " + std::string(500, '(') + std::string(500, ')') + "; CFBundleIdentifier = com.x.Enc; }", true},
+        {"odd UTF-16 length", utf16(u"{ A = b; }", true) + "x", false},
+        {"unpaired surrogate", utf16(u"{ A = \xD83D; }", false), false},
+        {"only a byte-order mark", "\xEF\xBB\xBF", false},
+        {"blank", " \n\t", false},
+        {"no identifier", "{ A = b; }", false},
+        {"top-level array", "( a, b )", false},
+        {"missing semicolon", "{ A = b }", false},
+        {"unterminated string", "{ A = \"b; }", false},
+        {"text after the dictionary", "{ A = b; } c", false},
+        {"bad data", "{ A = <0x12>; }", false},
+        {"nesting past 512 levels", "{ A = " + std::string(600, '(') + std::string(600, ')') + "; }", false},
+        {"UTF-32", std::string("\xFF\xFE\0\0{\0\0\0}\0\0\0", 12), false},
     };
-    for (const auto& [encoding, bytes] : encodings) {
+    for (const auto& [what, bytes, identified] : cases) {
         TempDir folder;
         const auto bundle = folder / "Enc.app";
         testing::writeText(bundle / "Contents/Info.plist", bytes);
-        EXPECT_EQ(InstalledApps::scan({folder.path()}), (std::vector<AppInfo>{{bundle, "com.x.Enc", "Enc"}})) << encoding;
+        const auto inventory = InstalledApps::inventory({folder.path()});
+        EXPECT_EQ(inventory.apps, (identified ? std::vector<AppInfo>{{bundle, "com.x.Enc", "Enc"}} : std::vector<AppInfo>{})) << what;
+        EXPECT_EQ(inventory.unidentifiedNames, (identified ? std::vector<std::string>{} : std::vector<std::string>{"Enc"})) << what;
     }
-}
-
-TEST(InstalledApps, WhatIsNotAPropertyListDictionaryIdentifiesNothing) {
-    const std::vector<std::pair<std::string, std::string>> unreadable{
-        {"odd UTF-16 length", utf16(u"{ A = b; }", true) + "x"},
-        {"unpaired surrogate", utf16(u"{ A = \xD83D; }", false)},
-        {"only a byte-order mark", "\xEF\xBB\xBF"},
-        {"blank", " \n\t"},
-        {"no identifier", "{ A = b; }"},
-        {"top-level array", "( a, b )"},
-        {"missing semicolon", "{ A = b }"},
-        {"unterminated string", "{ A = \"b; }"},
-        {"text after the dictionary", "{ A = b; } c"},
-        {"bad data", "{ A = <0x12>; }"},
-        {"nesting past 512 levels", "{ A = " + std::string(600, '(') + std::string(600, ')') + "; }"},
-        {"UTF-32", std::string("\xFF\xFE\0\0{\0\0\0}\0\0\0", 12)},
-    };
-    for (const auto& [what, bytes] : unreadable) {
-        TempDir folder;
-        testing::writeText(folder / "App.app/Contents/Info.plist", bytes);
-        EXPECT_EQ(InstalledApps::inventory({folder.path()}).unidentifiedNames, std::vector<std::string>{"App"}) << what;
-    }
-    // Nesting up to the limit is fine.
-    TempDir folder;
-    testing::writeText(folder / "App.app/Contents/Info.plist",
-                       "{ A = " + std::string(500, '(') + std::string(500, ')') + "; CFBundleIdentifier = a.b.c; }");
-    EXPECT_EQ(InstalledApps::scan({folder.path()}), (std::vector<AppInfo>{{folder / "App.app", "a.b.c", "App"}}));
 }
 
 TEST(InstalledApps, InventoryListsVisibleBundlesDirectlyInsideInFolderOrderAndNamesTheUnidentified) {
