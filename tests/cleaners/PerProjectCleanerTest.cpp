@@ -5,16 +5,15 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <set>
 #include <stop_token>
 #include <string>
 #include <vector>
 
 #include "kelvo/CleanerRegistry.h"
-#include "kelvo/L10n.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "support/DeepTree.h"
+#include "support/TargetIds.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -29,6 +28,8 @@ using testing::makeDirectory;
 using testing::setModificationTime;
 using testing::writeFile;
 using namespace std::chrono_literals;
+using testing::idSetOf;
+using testing::writeText;
 
 constexpr auto day = std::chrono::seconds(86400);
 
@@ -66,54 +67,28 @@ std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::s
     return {list.begin(), list.end()};
 }
 
-std::set<std::string> idsOf(const std::vector<CleanTarget>& targets) {
-    std::set<std::string> ids;
-    for (const auto& target : targets) ids.insert(target.id);
-    return ids;
-}
 
-// The target name as each catalog words it.
-std::string expectedKindName(const std::string& dirName, int count) {
-    const std::string number = std::to_string(count);
-    if (L10n::currentLanguage() == "es") return "Carpetas " + dirName + " (" + number + ")";
-    return dirName + " folders (" + number + ")";
-}
-
-TEST(PerProjectCleaner, FoldersOfOneKindAcrossProjectsMakeOneTarget) {
+TEST(PerProjectCleaner, FoldersOfOneKindAcrossRootsAndProjectsMakeOneTargetInWalkOrder) {
     TempDir temp;
-    writeFile(temp / "root/app1/node_modules/left-pad/index.js", 5000);
-    writeFile(temp / "root/app2/node_modules/react/index.js", 12000);
-    writeFile(temp / "root/app2/src/main.js", 3000);
-    const auto targets = makeCleaner({temp / "root"}).scan();
-    ASSERT_EQ(targets.size(), 1u);
-    const auto& target = targets[0];
-    EXPECT_EQ(target.id, "per-project-node_modules");
-    EXPECT_EQ(target.name, expectedKindName("node_modules", 2));
-    EXPECT_EQ(pathsOf(targets, target.id),
-              (std::set<fs::path>{temp / "root/app1/node_modules", temp / "root/app2/node_modules"}));
-    EXPECT_EQ(target.sizeBytes,
-              allocatedBytesBelow(temp / "root/app1/node_modules") + allocatedBytesBelow(temp / "root/app2/node_modules"));
-    EXPECT_EQ(target.family, Family::perProject);
-    EXPECT_EQ(target.level, Level::moderate);
-    EXPECT_EQ(target.reversibility, Reversibility::regenerable);
-    EXPECT_EQ(target.regenCost, RegenCost::redownload);
-    EXPECT_EQ(target.notes, "");
-}
-
-TEST(PerProjectCleaner, RootsAreWalkedInOrderAndEachKindIsItsOwnTarget) {
-    TempDir temp;
-    writeFile(temp / "first/web/node_modules/a.js", 4096);
-    writeFile(temp / "second/web/node_modules/b.js", 4096);
+    writeFile(temp / "first/app1/node_modules/left-pad/index.js", 5000);
+    writeFile(temp / "second/app2/node_modules/react/index.js", 12000);
+    writeFile(temp / "second/app2/src/main.js", 3000);
     writeFile(temp / "second/tool/__pycache__/m.pyc", 4096);
     const auto targets = makeCleaner({temp / "first", temp / "missing", temp / "second"}).scan();
-    EXPECT_EQ(idsOf(targets), (std::set<std::string>{"per-project-node_modules", "per-project-__pycache__"}));
+    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-node_modules", "per-project-__pycache__"}));
     const auto* modules = findTarget(targets, "per-project-node_modules");
     ASSERT_NE(modules, nullptr);
     EXPECT_EQ(modules->kind.pathList(),
-              (std::vector<fs::path>{temp / "first/web/node_modules", temp / "second/web/node_modules"}));
+              (std::vector<fs::path>{temp / "first/app1/node_modules", temp / "second/app2/node_modules"}));
+    EXPECT_NE(modules->name.find("node_modules"), std::string::npos) << modules->name;
+    EXPECT_NE(modules->name.find("(2)"), std::string::npos) << modules->name;
+    EXPECT_EQ(modules->sizeBytes, allocatedBytesBelow(temp / "first/app1/node_modules") +
+                                      allocatedBytesBelow(temp / "second/app2/node_modules"));
+    EXPECT_EQ(modules->family, Family::perProject);
+    EXPECT_EQ(modules->level, Level::moderate);
+    EXPECT_EQ(modules->regenCost, RegenCost::redownload);
     const auto* pycache = findTarget(targets, "per-project-__pycache__");
     ASSERT_NE(pycache, nullptr);
-    EXPECT_EQ(pycache->name, expectedKindName("__pycache__", 1));
     EXPECT_EQ(pycache->level, Level::safe);
     EXPECT_EQ(pycache->regenCost, RegenCost::rebuild);
 }
@@ -132,33 +107,10 @@ TEST(PerProjectCleaner, ArtefactFoldersAreNeverEnteredAcceptedOrNot) {
     setModificationTime(temp / "root/app/node_modules", now - 30 * day);
     setModificationTime(temp / "root/android/build", now - 1 * day);
     const auto targets = makeCleaner({temp / "root"}, catalogSpecs(), 7, now).scan();
-    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-node_modules"});
+    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-node_modules"});
     EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{temp / "root/app/node_modules"});
     EXPECT_EQ(findTarget(targets, "per-project-node_modules")->sizeBytes,
               allocatedBytesBelow(temp / "root/app/node_modules"));
-}
-
-TEST(PerProjectCleaner, HiddenPackageAndDeepFoldersAreWalked) {
-    TempDir temp;
-    writeFile(temp / "root/.config/tool/node_modules/x.js", 4096);
-    writeFile(temp / "root/Tool.app/Contents/Resources/app/node_modules/y.js", 4096);
-    fs::path deep = temp / "root";
-    for (int level = 0; level < 40; ++level) deep /= "d" + std::to_string(level);
-    writeFile(deep / "node_modules/z.js", 4096);
-    const auto targets = makeCleaner({temp / "root"}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
-              (std::set<fs::path>{temp / "root/.config/tool/node_modules",
-                                  temp / "root/Tool.app/Contents/Resources/app/node_modules", deep / "node_modules"}));
-}
-
-TEST(PerProjectCleaner, SymbolicLinksAreNeitherEnteredNorOffered) {
-    TempDir temp;
-    writeFile(temp / "outside/project/node_modules/x.js", 4096);
-    writeFile(temp / "outside/cache/data.pyc", 4096);
-    makeDirectory(temp / "root/app");
-    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
-    fs::create_directory_symlink(temp / "outside/cache", temp / "root/app/__pycache__");
-    EXPECT_TRUE(makeCleaner({temp / "root"}).scan().empty());
 }
 
 TEST(PerProjectCleaner, CatalogSiblingRulesDecideWhichFoldersBelongToTheirProjectKind) {
@@ -234,7 +186,7 @@ TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
 }
 
-TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
+TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAndInstalledPythonPackagesAreKept) {
     TempDir temp;
     const fs::path root = temp / "root";
     const fs::path outside = temp / "outside";
@@ -257,15 +209,7 @@ TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAreKept) {
     // Only folders named "build" are searched.
     writeFile(root / "web/node_modules/pkg/bundle.aab", 4096);
 
-    const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-build"),
-              (std::set<fs::path>{root / "two-hops/build", root / "plain/build", root / "lookalike/build"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
-}
-
-TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
-    TempDir temp;
-    const fs::path root = temp / "root";
+    // Installed Python packages are source, not build output.
     writeFile(root / "api/pyproject.toml", 100);
     const fs::path venv = root / "api/env";  // `python3 -m venv env`
     writeFile(venv / "pyvenv.cfg", 100);
@@ -284,8 +228,10 @@ TEST(PerProjectCleaner, InstalledPythonPackagesAreSourceNotBuildOutput) {
     writeFile(root / "api/__pycache__/main.cpython-311.pyc", 4096);
 
     const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(idsOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-build"), std::set<fs::path>{root / "api/build"});
+    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__", "per-project-node_modules"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-build"), (std::set<fs::path>{root / "two-hops/build", root / "plain/build",
+                                                                         root / "lookalike/build", root / "api/build"}));
+    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
     EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"),
               (std::set<fs::path>{sitePackages / "pip/__pycache__", root / "api/__pycache__"}));
 }
@@ -319,7 +265,7 @@ TEST(PerProjectCleaner, ChainsOfThousandsOfFoldersAreWalkedToTheBottomOnASmallSt
 
     std::vector<CleanTarget> targets;
     runOnStackOf(128 * 1024, [&] { targets = makeCleaner({root}).scan(); });
-    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-node_modules"});
+    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-node_modules"});
     EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{bottom / "node_modules"});
     const auto* modules = findTarget(targets, "per-project-node_modules");
     ASSERT_NE(modules, nullptr);
@@ -327,73 +273,121 @@ TEST(PerProjectCleaner, ChainsOfThousandsOfFoldersAreWalkedToTheBottomOnASmallSt
     EXPECT_EQ(modules->notes, "");
 }
 
-TEST(PerProjectCleaner, RecentlyModifiedFoldersAreKeptForKeepRecentDays) {
+TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     TempDir temp;
     const fs::path root = temp / "root";
     const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
-    const auto ageFolder = [&](const std::string& project, Clock::duration age) {
-        writeFile(root / project / "node_modules/x.js", 4096);
-        setModificationTime(root / project / "node_modules", now - age);
+    struct Case {
+        std::int64_t keepRecentDays;
+        Clock::duration age;
+        bool offered;
     };
-    ageFolder("three-days", 3 * day);
-    ageFolder("eight-days", 8 * day);
-    ageFolder("exactly-seven", 7 * day);  // not younger than the limit: offered
-    ageFolder("a-second-short", 7 * day - 1s);
-    const auto targets = makeCleaner({root}, catalogSpecs(), 7, now).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
-              (std::set<fs::path>{root / "eight-days/node_modules", root / "exactly-seven/node_modules"}));
-}
-
-TEST(PerProjectCleaner, ZeroKeepRecentDaysOffersEverythingDatedInThePast) {
-    TempDir temp;
-    const fs::path root = temp / "root";
-    const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
-    for (const auto& [project, modified] : std::vector<std::pair<std::string, Clock::time_point>>{
-             {"past", now - 1s}, {"now", now}, {"future", now + 1h}}) {
-        writeFile(root / project / "node_modules/x.js", 4096);
-        setModificationTime(root / project / "node_modules", modified);
+    const std::vector<Case> cases{
+        {7, 3 * day, false}, {7, 8 * day, true}, {7, 7 * day, true}, {7, 7 * day - 1s, false},
+        {0, 1s, true},       {0, 0s, true},      {0, -1h, false},  // dated in the future
+    };
+    for (const auto& [days, age, offered] : cases) {
+        const fs::path folder = root / (std::to_string(days) + "-" + std::to_string(age.count())) / "node_modules";
+        writeFile(folder / "x.js", 4096);
+        setModificationTime(folder, now - age);
+        EXPECT_EQ(pathsOf(makeCleaner({root}, catalogSpecs(), days, now).scan(), "per-project-node_modules").contains(folder),
+                  offered)
+            << folder;
+        fs::remove_all(root);
     }
-    const auto targets = makeCleaner({root}, catalogSpecs(), 0, now).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"),
-              (std::set<fs::path>{root / "past/node_modules", root / "now/node_modules"}));
+    // An unreadable date cannot be produced on a folder the walk can see (both come from
+    // one status read), so the rule itself is checked for it.
+    EXPECT_FALSE(makeCleaner({}, {}, 7, now).isRecent(std::nullopt));
 }
 
-// An unreadable date cannot be produced on a folder the walk can see (both come from one
-// status read), so the rule itself is checked for it.
-TEST(PerProjectCleaner, AnUnknownDateIsNeverRecent) {
-    const auto now = Clock::now();
-    const auto cleaner = makeCleaner({}, {}, 7, now);
-    EXPECT_FALSE(cleaner.isRecent(std::nullopt));
-    EXPECT_TRUE(cleaner.isRecent(now - 3 * day));
-    EXPECT_FALSE(cleaner.isRecent(now - 7 * day));
-    EXPECT_FALSE(makeCleaner({}, {}, 0, now).isRecent(std::nullopt));
-}
-
-TEST(PerProjectCleaner, KindsMeasuringNothingYieldNoTarget) {
+TEST(PerProjectCleaner, NothingFromEmptyKindsLinksUnusableRootsOrAStoppedScan) {
     TempDir temp;
     makeDirectory(temp / "root/a/node_modules");
+    // Links are neither entered nor offered.
+    writeFile(temp / "outside/project/node_modules/x.js", 4096);
+    writeFile(temp / "outside/cache/data.pyc", 4096);
+    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
+    fs::create_directory_symlink(temp / "outside/cache", temp / "root/a/__pycache__");
     writeFile(temp / "root/b/node_modules/.package-lock.json", 0);  // an empty file allocates nothing
     writeFile(temp / "root/c/__pycache__/m.pyc", 4096);
-    const auto targets = makeCleaner({temp / "root"}).scan();
-    EXPECT_EQ(idsOf(targets), std::set<std::string>{"per-project-__pycache__"});
-}
-
-TEST(PerProjectCleaner, NoUsableRootsGiveNothing) {
-    TempDir temp;
     writeFile(temp / "a-file", 4096);
-    EXPECT_TRUE(makeCleaner({}).scan().empty());
-    EXPECT_TRUE(makeCleaner({temp / "missing", temp / "a-file"}).scan().empty());
-}
-
-TEST(PerProjectCleaner, AStoppedScanReturnsNothing) {
-    TempDir temp;
-    writeFile(temp / "root/app/node_modules/x.js", 4096);
     const auto cleaner = makeCleaner({temp / "root"});
-    ASSERT_FALSE(cleaner.scan().empty());
+    const auto targets = cleaner.scan();
+    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-__pycache__"});
+    EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"), std::set<fs::path>{temp / "root/c/__pycache__"});
+    EXPECT_TRUE(makeCleaner({temp / "missing", temp / "a-file"}).scan().empty());
     std::stop_source stop;
     stop.request_stop();
     const DirectorySizer sizer;
     EXPECT_TRUE(cleaner.scan(ScanContext{sizer, stop.get_token()}).empty());
+}
+
+// Folders below a project root that tag themselves as caches (Cache Directory Tagging).
+constexpr const char* signature = "Signature: 8a477f597d28d172789f06886806bc55";
+const Spec tagged = simpleSpec("CACHEDIR.TAG");
+const Spec pycache = simpleSpec("__pycache__");
+
+std::set<fs::path> taggedFolders(const PerProjectCleaner& cleaner) {
+    for (const auto& target : cleaner.scan()) {
+        const auto& folders = target.kind.pathList();
+        if (target.id == "per-project-CACHEDIR.TAG") return {folders.begin(), folders.end()};
+    }
+    return {};
+}
+
+TEST(CacheTag, OnlyARegularFileWithTheExactSignatureTagsAFolder) {
+    struct Case {
+        std::string name;
+        std::string tagText;  // "" for a tag that is not a regular file
+        bool offered;
+    };
+    const std::vector<Case> cases{
+        {"valid", std::string(signature) + "\n# This file is a cache directory tag.\n", true},
+        {"signature-only", signature, true},
+        {"upper-case", "SIGNATURE: 8A477F597D28D172789F06886806BC55", false},
+        {"truncated", std::string(signature).substr(0, 42), false},
+        {"leading-blank", std::string(" ") + signature, false},
+        {"link", "", false},
+        {"folder", "", false},
+    };
+    TempDir temp;
+    const auto root = temp / "projects";
+    writeText(temp / "elsewhere/CACHEDIR.TAG", signature);
+    for (const auto& [name, text, offered] : cases) {
+        const auto folder = root / name / "out";
+        writeFile(folder / "data.bin", 4096);
+        if (name == "link") fs::create_symlink(temp / "elsewhere/CACHEDIR.TAG", folder / "CACHEDIR.TAG");
+        else if (name == "folder") fs::create_directory(folder / "CACHEDIR.TAG");
+        else writeText(folder / "CACHEDIR.TAG", text);
+    }
+    const auto found = taggedFolders(PerProjectCleaner({root}, {}, 0, Clock::now() + std::chrono::seconds(1), tagged));
+    for (const auto& [name, text, offered] : cases) EXPECT_EQ(found.contains(root / name / "out"), offered) << name;
+}
+
+TEST(CacheTag, ATaggedFolderIsOneCandidateNeverEnteredNotARootAndNotRecent) {
+    TempDir temp;
+    const auto root = temp / "projects";
+    writeText(root / "CACHEDIR.TAG", signature);  // the root itself is never offered
+    writeText(root / "app/target/CACHEDIR.TAG", signature);
+    writeFile(root / "app/target/debug/__pycache__/m.pyc", 4096);
+    writeText(root / "app/target/debug/CACHEDIR.TAG", signature);
+    writeText(root / "young/cache/CACHEDIR.TAG", signature);
+    writeFile(root / "lib/__pycache__/n.pyc", 4096);
+    const auto now = Clock::now();
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        testing::setModificationTime(entry.path(), now - std::chrono::hours(24 * 30));
+    testing::setModificationTime(root / "young/cache", now - std::chrono::hours(24));
+
+    const PerProjectCleaner cleaner({root}, {pycache}, 7, now, tagged);
+    EXPECT_EQ(taggedFolders(cleaner), std::set<fs::path>{root / "app/target"});
+    const auto targets = cleaner.scan();
+    ASSERT_EQ(targets.size(), 2u);  // the tagged kind and the __pycache__ outside it
+    EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{root / "lib/__pycache__"});
+
+    // Without the tagged kind, tags mean nothing and the walk goes inside.
+    const PerProjectCleaner untagged({root}, {pycache}, 7, now);
+    EXPECT_TRUE(taggedFolders(untagged).empty());
+    EXPECT_EQ(untagged.scan().at(0).kind.pathList().size(), 2u);
 }
 
 }  // namespace

@@ -2,11 +2,10 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "kelvo/Config.h"
 #include "kelvo/Environment.h"
 #include "kelvo/Paths.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 #include "support/Unprivileged.h"
 
@@ -14,6 +13,7 @@ namespace kelvo {
 namespace {
 
 using std::filesystem::path;
+using testing::ScopedEnvironment;
 
 const path home = "/home/dev";
 
@@ -24,75 +24,50 @@ std::optional<std::string> expanded(const std::string& text) {
 }
 
 TEST(EnvironmentExpand, TildeSlashAndRelativeForms) {
-    EXPECT_EQ(expanded("  ~/dev  "), "/home/dev/dev");
-    EXPECT_EQ(expanded("\t~/dev\n"), "/home/dev/dev");
-    EXPECT_EQ(expanded("\u00a0~/dev\u3000"), "/home/dev/dev");  // pasted no-break and ideographic spaces
-    EXPECT_EQ(Environment::expand("~", home), home);
-    EXPECT_EQ(expanded("~bob/projects"), std::nullopt);
-    EXPECT_EQ(expanded(""), std::nullopt);
-    EXPECT_EQ(expanded("   \n"), std::nullopt);
-    EXPECT_EQ(Environment::expand("/opt/x", home), path("/opt/x"));
-    EXPECT_EQ(expanded("work"), "/home/dev/work");
-    // A second slash after the tilde stays under home instead of starting a new absolute path.
-    EXPECT_EQ(expanded("~//etc"), "/home/dev/etc");
+    const std::vector<std::pair<std::string, std::optional<std::string>>> cases{
+        {"~", "/home/dev"},
+        {"~/dev", "/home/dev/dev"},
+        {"~//etc", "/home/dev/etc"},  // a second slash stays under home
+        {"work", "/home/dev/work"},
+        {"/opt/x", "/opt/x"},
+        {"~bob/projects", std::nullopt},
+        {"", std::nullopt},
+        {"   \n", std::nullopt},
+        {std::string("~/\0x", 4), std::nullopt},
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(expanded(text), expected) << ::testing::PrintToString(text);
     // No normalisation here: ".." is for the safety guard to judge.
-    EXPECT_EQ(Environment::expand("~/a/../b", home)->string(), "/home/dev/a/../b");
+    EXPECT_EQ(Environment::expand("~/a/../b", home), path("/home/dev/a/../b"));
 }
 
-TEST(EnvironmentExpand, TextCutInsideACharacterIsKeptAsWritten) {
-    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
-             {"\xE2\x80", "/home/dev/\xE2\x80"},
-             {"\xE2\x80" "A", "/home/dev/\xE2\x80" "A"},
-             {"~/x\xE2", "/home/dev/x\xE2"},
-             {"\xE2\x80\xAF~/dev\xE2\x80\xA8", "/home/dev/dev"},  // whole U+202F and U+2028 are still blanks
-         })
-        EXPECT_EQ(expanded(text), expected) << ::testing::PrintToString(text);
+TEST(EnvironmentExpand, EveryWholeBlankAroundThePathIsTrimmedAndNothingElse) {
+    for (const std::string blank : {" ", "\t", "\n", "\v", "\f", "\r", "\xC2\x85", "\xC2\xA0", "\xE1\x9A\x80", "\xE2\x80\x80",
+                                    "\xE2\x80\x8A", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F",
+                                    "\xE3\x80\x80"}) {
+        EXPECT_EQ(expanded(blank + blank + "~/dev" + blank), "/home/dev/dev") << ::testing::PrintToString(blank);
+        EXPECT_EQ(expanded(blank), std::nullopt) << ::testing::PrintToString(blank);
+    }
+    // Neighbours of the blanks, and text cut inside a character, are kept as written.
+    for (const std::string kept : {"\x08", "\x0E", "\xC2\x84", "\xC2\xA1", "\xE1\x9A\x81", "\xE2\x80\x8B", "\xE2\x80\xA7",
+                                   "\xE2\x80\xAA", "\xE2\x80\xAE", "\xE2\x81\x9E", "\xE3\x80\x81", "\xE2\x80", "\xE2",
+                                   "\xC2", "\xE1\x9A", "\xE3\x80"})
+        EXPECT_EQ(expanded(kept + "x" + kept), "/home/dev/" + kept + "x" + kept) << ::testing::PrintToString(kept);
 }
 
-TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRoot) {
+TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRootButMayBeAnExclusion) {
     Environment environment;
     environment.home = home;
     environment.projectRoots = {"~", "~/", "a", "", "~/x/..", "/home/dev/.", "~nobody", "a", "/srv/code"};
+    environment.extraExclusions = {"~", "", "/opt/x", "~nobody/x", " keep "};
     EXPECT_EQ(environment.resolvedProjectRoots(), (std::vector<path>{"/home/dev/a", "/home/dev/a", "/srv/code"}));
+    EXPECT_EQ(environment.resolvedExtraExclusions(), (std::vector<path>{home, "/opt/x", "/home/dev/keep"}));
     // A home spelled with a decomposed accent is the same folder as the one-character spelling.
     environment.home = "/home/caf\xC3\xA9";
     environment.projectRoots = {"/home/cafe\xCC\x81", "/home/cafe\xCC\x81/a"};
     EXPECT_EQ(environment.resolvedProjectRoots(), std::vector<path>{"/home/cafe\xCC\x81/a"});
 }
 
-TEST(EnvironmentRoots, ExclusionsKeepHome) {
-    Environment environment;
-    environment.home = home;
-    environment.extraExclusions = {"~", "", "/opt/x", "~nobody/x", " keep "};
-    EXPECT_EQ(environment.resolvedExtraExclusions(), (std::vector<path>{home, "/opt/x", "/home/dev/keep"}));
-}
-
-// Sets environment variables for one test and puts the earlier values back.
-class LiveEnvironment : public ::testing::Test {
-protected:
-    void TearDown() override {
-        // Newest first, so a variable set twice ends with its value from before the test.
-        for (auto it = saved.rbegin(); it != saved.rend(); ++it) {
-            const auto& [name, value] = *it;
-            if (value)
-                ::setenv(name.c_str(), value->c_str(), 1);
-            else
-                ::unsetenv(name.c_str());
-        }
-    }
-    void set(const std::string& name, const std::optional<std::string>& value) {
-        const char* old = std::getenv(name.c_str());
-        saved.emplace_back(name, old ? std::optional<std::string>(old) : std::nullopt);
-        if (value)
-            ::setenv(name.c_str(), value->c_str(), 1);
-        else
-            ::unsetenv(name.c_str());
-    }
-
-    std::vector<std::pair<std::string, std::optional<std::string>>> saved;
-};
-
-TEST_F(LiveEnvironment, ReadsHomeTemporaryFolderAndConfiguration) {
+TEST(LiveEnvironment, ReadsHomeTemporaryFolderConfigurationAndLocationVariables) {
     testing::TempDir fakeHome;
     testing::TempDir fakeTemporary;
     Config config;
@@ -101,9 +76,11 @@ TEST_F(LiveEnvironment, ReadsHomeTemporaryFolderAndConfiguration) {
     config.keepRecentDays = 9;
     config.enabledFamilies = std::vector<std::string>{"docker", "bogus", "Python"};
     ASSERT_FALSE(config.save(fakeHome.path()));
-    set("HOME", fakeHome.path().string());
-    set("TMPDIR", fakeTemporary.path().string());
-
+    const ScopedEnvironment variables({{"HOME", fakeHome.path().string()},
+                                       {"TMPDIR", fakeTemporary.path().string()},
+                                       {"XDG_CACHE_HOME", "/c"},
+                                       {"npm_config_cache", ""},
+                                       {"KELVO_UNLISTED_DIR", "/u"}});
     const Environment environment = Environment::live();
     EXPECT_EQ(environment.home, fakeHome.path());
     EXPECT_EQ(environment.tmpDir, fakeTemporary.path());
@@ -111,21 +88,24 @@ TEST_F(LiveEnvironment, ReadsHomeTemporaryFolderAndConfiguration) {
     EXPECT_EQ(environment.extraExclusions, config.extraExclusions);
     EXPECT_EQ(environment.keepRecentDays, 9);
     EXPECT_EQ(environment.enabledFamilies, (std::set<Family>{Family::docker}));
+    EXPECT_EQ(environment.catalog, runningSystemProfile());
+    EXPECT_EQ(Environment::live(CatalogProfile::macos).catalog, CatalogProfile::macos);
+    EXPECT_EQ(environment.locationVariables,
+              (std::map<std::string, std::string, std::less<>>{{"XDG_CACHE_HOME", "/c"}}));
 }
 
-TEST_F(LiveEnvironment, WithoutHomeUsesThePasswordDatabase) {
+TEST(LiveEnvironment, AnUnsetOrEmptyHomeOrTemporaryFolderFallsBackToTheSystemsOwn) {
     const struct passwd* entry = ::getpwuid(::getuid());
     ASSERT_NE(entry, nullptr);
-    set("HOME", std::nullopt);
-    set("TMPDIR", std::nullopt);
-    const Environment environment = Environment::live();
-    EXPECT_EQ(environment.home, path(entry->pw_dir));
-    EXPECT_EQ(environment.tmpDir, path("/tmp"));
-    set("HOME", "");
-    EXPECT_EQ(Environment::live().home, path(entry->pw_dir));
+    for (const std::optional<std::string>& value : {std::optional<std::string>(), std::optional<std::string>("")}) {
+        const ScopedEnvironment variables({{"HOME", value}, {"TMPDIR", value}});
+        const Environment environment = Environment::live();
+        EXPECT_EQ(environment.home, path(entry->pw_dir));
+        EXPECT_EQ(environment.tmpDir, path("/tmp"));
+    }
 }
 
-TEST_F(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
+TEST(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
     constexpr unsigned stranger = 64999;
     if (!testing::runningAsRoot()) GTEST_SKIP() << "only root can run as a user without a password entry";
     if (::getpwuid(stranger)) GTEST_SKIP() << "uid " << stranger << " has a password entry on this machine";
@@ -134,10 +114,10 @@ TEST_F(LiveEnvironment, AHomeThatCannotBeFoundIsTheRootWhichNoCleanAccepts) {
         return Environment::liveHome().string();
     }, stranger);
     ASSERT_TRUE(run.output) << run.failure;
-    EXPECT_EQ(*run.output, "/");  // which SafetyGuard::refusalFor turns down
+    EXPECT_EQ(*run.output, "/");  // which the safety guard turns down
 }
 
-TEST_F(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePath) {
+TEST(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePathOnlyInAnSdkLayout) {
     testing::TempDir root;
     const path sdk = std::filesystem::canonical(root.path()) / "sdk";
     testing::writeText(sdk / "bin/flutter", "#!/bin/sh\n");
@@ -145,15 +125,10 @@ TEST_F(LiveEnvironment, FindsTheFlutterCacheThroughALinkOnThePath) {
     testing::makeDirectory(sdk / "packages/flutter_tools");
     testing::makeDirectory(root / "on-path");
     std::filesystem::create_symlink(sdk / "bin/flutter", root / "on-path/flutter");
-    set("PATH", (root / "on-path").string() + ":/usr/bin:/bin");
-
+    const ScopedEnvironment variables({{"PATH", (root / "on-path").string() + ":/usr/bin:/bin"}});
     EXPECT_EQ(Environment::findFlutterBinCache(), sdk / "bin/cache");
     EXPECT_EQ(Environment::live().flutterBinCache, sdk / "bin/cache");
-
-    // Without the SDK's layout the tool found is not trusted.
     std::filesystem::remove_all(sdk / "packages");
-    EXPECT_EQ(Environment::findFlutterBinCache(), std::nullopt);
-    set("PATH", "/nonexistent");
     EXPECT_EQ(Environment::findFlutterBinCache(), std::nullopt);
 }
 

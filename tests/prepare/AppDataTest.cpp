@@ -1,23 +1,17 @@
 #include <gtest/gtest.h>
 
-#include "support/TempDir.h"
 #include "kelvo/AppData.h"
+#include "kelvo/AppMetadata.h"
+#include "support/Instants.h"
+#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
 
-using testing::TempDir;
+using testing::utc;
 
-TEST(LeftoverPaths, OnlyExistingLocationsInFixedOrder) {
-    TempDir home;
-    testing::writeFile(home / "Library/Preferences/com.x.y.plist", 100);
-    testing::writeFile(home / "Library/Caches/com.x.y/db", 100);
-    EXPECT_EQ(AppData::leftoverPaths("com.x.y", home.path()),
-              (std::vector<std::filesystem::path>{home / "Library/Caches/com.x.y", home / "Library/Preferences/com.x.y.plist"}));
-}
-
-TEST(LeftoverPaths, AllSevenLocationsWithTheirSuffixes) {
-    TempDir home;
+TEST(LeftoverPaths, TheSevenLocationsThatExistInFixedOrder) {
+    testing::TempDir home;
     const std::vector<std::filesystem::path> expected{
         home / "Library/Application Support/com.x.y", home / "Library/Caches/com.x.y",
         home / "Library/Containers/com.x.y",          home / "Library/HTTPStorages/com.x.y",
@@ -30,17 +24,12 @@ TEST(LeftoverPaths, AllSevenLocationsWithTheirSuffixes) {
     testing::makeDirectory(home / "Library/Group Containers/com.x.y");
     testing::makeDirectory(home / "Library/Preferences/com.x.y");
     EXPECT_EQ(AppData::leftoverPaths("com.x.y", home.path()), expected);
-}
-
-TEST(LeftoverPaths, LinkCountsOnlyWhenItsTargetExists) {
-    TempDir home;
-    testing::makeDirectory(home / "Library/Caches");
-    testing::makeDirectory(home / "elsewhere");
-    std::filesystem::create_directory_symlink(home / "elsewhere", home / "Library/Caches/com.x.live");
-    std::filesystem::create_directory_symlink(home / "gone", home / "Library/Caches/com.x.dangling");
+    std::filesystem::remove_all(home / "Library/Logs/com.x.y");
+    std::filesystem::create_directory_symlink(home / "gone", home / "Library/Logs/com.x.y");  // dangling: not there
+    std::filesystem::create_directory_symlink(home / "Library/Caches", home / "Library/Logs/com.x.live");
+    EXPECT_EQ(AppData::leftoverPaths("com.x.y", home.path()).size(), 6u);
     EXPECT_EQ(AppData::leftoverPaths("com.x.live", home.path()),
-              (std::vector<std::filesystem::path>{home / "Library/Caches/com.x.live"}));
-    EXPECT_TRUE(AppData::leftoverPaths("com.x.dangling", home.path()).empty());
+              std::vector<std::filesystem::path>{home / "Library/Logs/com.x.live"});
 }
 
 TEST(ReverseDNS, ShapeRules) {
@@ -51,45 +40,67 @@ TEST(ReverseDNS, ShapeRules) {
         EXPECT_FALSE(AppData::looksLikeReverseDNS(bad)) << bad;
 }
 
-TEST(OrphanRule, IdentifiersThatAreNeverOrphans) {
-    const std::set<std::string> none;
-    for (const std::string id : {
-             "com.x", "com..x.y", "1com.x.y", "com.x.y z", "com.x.\xC3\xA9",           // not reverse-DNS shaped
-             "com.apple.Safari", "com.applesoft.tool", "group.com.apple.notes",        // the system's
-             "net.vendor.com.apple.bridge",                                            // ".com.apple." inside
-             "org.cups.printers", "org.python.python", "org.chromium.Chromium",        // system-ish tools
-             "org.swift.swiftpm", "com.android.tools", "com.google.Keystone.Agent",    // tool chains, updaters
-             "com.google.GoogleUpdater", "com.google.SoftwareUpdate", "com.microsoft.autoupdate2",
-             "com.vendor.helper.ShipIt", "com.vendor.app.Helper", "com.vendor.app.quicklook",  // helper suffixes
-             "com.vendor.app.thumbnail", "com.vendor.app.binarycookies",
-         })
-        EXPECT_FALSE(AppData::isOrphanBundleID(id, none)) << id;
+TEST(OrphanRule, SystemToolChainHelperAndInstalledIdentifiersAreNeverOrphans) {
+    const std::vector<std::pair<std::set<std::string>, std::vector<std::string>>> notOrphans{
+        {{}, {"com.x", "com..x.y", "1com.x.y", "com.apple.Safari", "com.applesoft.tool", "group.com.apple.notes",
+              "net.vendor.com.apple.bridge", "org.cups.printers", "org.python.python", "org.chromium.Chromium",
+              "org.swift.swiftpm", "com.android.tools", "com.google.Keystone.Agent", "com.google.GoogleUpdater",
+              "com.google.SoftwareUpdate", "com.microsoft.autoupdate2", "com.vendor.helper.ShipIt", "com.vendor.app.Helper",
+              "com.vendor.app.quicklook", "com.vendor.app.thumbnail", "com.vendor.app.binarycookies"}},
+        {{"com.vendor.App"}, {"com.vendor.App", "com.vendor.App.widget"}},
+        {{"com.google.Chrome"}, {"com.google.Drive"}},  // a vendor's family, while its application is installed
+    };
+    for (const auto& [installed, ids] : notOrphans)
+        for (const auto& id : ids) EXPECT_FALSE(AppData::isOrphanBundleID(id, installed)) << id;
+    const std::vector<std::pair<std::set<std::string>, std::vector<std::string>>> orphans{
+        {{}, {"com.vendor.app.helper", "com.vendor.app.SHIPIT", "com.gone.Editor", "Com.Apple.Fake", "org.swiftlang.tool",
+              "com.vendor.App.widget", "com.google.Drive"}},
+        {{"com.vendor.App"}, {"com.vendor.Apps", "com.vendor.AppX.y"}},  // whole pieces only
+        {{"com.google.Earth"}, {"com.google.Drive"}},
+    };
+    for (const auto& [installed, ids] : orphans)
+        for (const auto& id : ids) EXPECT_TRUE(AppData::isOrphanBundleID(id, installed)) << id;
 }
 
-TEST(OrphanRule, CaseSensitiveHelperSuffixAndPlainOrphans) {
-    const std::set<std::string> none;
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.vendor.app.helper", none));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.vendor.app.SHIPIT", none));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.gone.Editor", none));
-    // Prefixes compare exactly, without lower-casing.
-    EXPECT_TRUE(AppData::isOrphanBundleID("Com.Apple.Fake", none));
-    EXPECT_TRUE(AppData::isOrphanBundleID("org.swiftlang.tool", none));
+TEST(LiveAppMetadata, ParsesTheToolsDateWithItsOffsetAndNothingElse) {
+    const std::vector<std::pair<std::string, std::optional<TimePoint>>> cases{
+        {"2024-03-01 14:22:05 +0000", utc(2024, 3, 1, 14, 22, 5)},
+        {"2024-03-01 14:22:05 +0130", utc(2024, 3, 1, 12, 52, 5)},
+        {"2024-03-01 00:10:00 -0500", utc(2024, 3, 1, 5, 10, 0)},
+        {"2024-02-29 23:59:59 +0000", utc(2024, 2, 29, 23, 59, 59)},
+        {"", std::nullopt},
+        {"(null)", std::nullopt},
+        {"2024-03-01 14:22:05", std::nullopt},
+        {"2024-03-01T14:22:05Z", std::nullopt},
+        {"2024-03-01 14:22:05 +00:00", std::nullopt},
+        {"2024-03-01 14:22:05 +0000 trailing", std::nullopt},
+        {"2023-02-29 10:00:00 +0000", std::nullopt},
+        {"2024-13-01 10:00:00 +0000", std::nullopt},
+        {"2024-03-01 24:00:00 +0000", std::nullopt},
+        {"2024-03-01 14:60:00 +0000", std::nullopt},
+        {"24-03-01 14:22:05 +0000", std::nullopt},
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(LiveAppMetadata::parseToolDate(text), expected) << text;
 }
 
-TEST(OrphanRule, InstalledApplicationsAndTheirParts) {
-    const std::set<std::string> installed{"com.vendor.App"};
-    EXPECT_FALSE(AppData::isOrphanBundleID("com.vendor.App", installed));
-    EXPECT_FALSE(AppData::isOrphanBundleID("com.vendor.App.widget", installed));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.vendor.App.widget", {}));
-    // A prefix only on whole pieces: "com.vendor.Apps" is another application.
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.vendor.Apps", installed));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.vendor.AppX.y", installed));
-}
-
-TEST(OrphanRule, VendorFamilyCountsOnlyWhileItsApplicationIsInstalled) {
-    EXPECT_FALSE(AppData::isOrphanBundleID("com.google.Drive", {"com.google.Chrome"}));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.google.Drive", {}));
-    EXPECT_TRUE(AppData::isOrphanBundleID("com.google.Drive", {"com.google.Earth"}));
+TEST(LiveAppMetadata, WithoutTheMetadataToolTakesTheLaterOfTheBundlesAndItsContentsDates) {
+    if (std::filesystem::exists("/usr/bin/mdls")) GTEST_SKIP() << "/usr/bin/mdls exists here and would answer first";
+    testing::TempDir folder;
+    const auto early = utc(2020, 1, 1, 12);
+    const auto late = utc(2022, 6, 15, 8, 30, 1);
+    const auto contentsLater = testing::makeDirectory(folder / "ContentsLater.app/Contents").parent_path();
+    const auto bundleLater = testing::makeDirectory(folder / "BundleLater.app/Contents").parent_path();
+    const auto bare = testing::makeDirectory(folder / "Bare.app");
+    testing::setModificationTime(contentsLater / "Contents", late);
+    testing::setModificationTime(contentsLater, early);
+    testing::setModificationTime(bundleLater / "Contents", early);
+    testing::setModificationTime(bundleLater, late);
+    testing::setModificationTime(bare, early);
+    const LiveAppMetadata metadata;
+    EXPECT_EQ(metadata.lastUsed(contentsLater), late);
+    EXPECT_EQ(metadata.lastUsed(bundleLater), late);
+    EXPECT_EQ(metadata.lastUsed(bare), early);
+    EXPECT_EQ(metadata.lastUsed(folder / "Missing.app"), std::nullopt);
 }
 
 }  // namespace

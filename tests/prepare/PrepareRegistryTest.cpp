@@ -2,137 +2,79 @@
 
 #include <limits>
 
+#include "kelvo/Environment.h"
+#include "kelvo/PrepareRegistry.h"
 #include "support/AppBundle.h"
 #include "support/Instants.h"
+#include "support/TargetIds.h"
 #include "support/TempDir.h"
-#include "kelvo/Environment.h"
-#include "kelvo/OldSimRuntimeDetector.h"
-#include "kelvo/OrphanedLeftoverDetector.h"
 #include "kelvo/MonthsBefore.h"
-#include "kelvo/PrepareRegistry.h"
 #include "kelvo/ProtectedApps.h"
-#include "kelvo/UnusedAppDetector.h"
 
 namespace kelvo {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using testing::TempDir;
+using testing::idSetOf;
 using testing::utc;
 
-Environment environmentAt(const std::filesystem::path& home) {
+// The leftovers the first detector offers, with the installed applications found in `appIndexDirs`.
+std::set<std::string> leftovers(const fs::path& home, const std::optional<std::vector<fs::path>>& appIndexDirs) {
     Environment env;
     env.home = home;
     env.tmpDir = home / "tmp";
     env.catalog = CatalogProfile::macos;
-    return env;
+    const auto preparers = PrepareRegistry::makePreparers(
+        env, 6, utc(2025, 7, 1), std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
+        [] { return std::vector<SimRuntime>{}; }, appIndexDirs, std::make_shared<StubProcessProbe>());
+    EXPECT_EQ(preparers.at(0)->id(), "app-leftovers");
+    return idSetOf(preparers.at(0)->scan());
 }
 
-CleanerList preparersFor(const Environment& env, const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
-                         RuntimeLister lister = [] { return std::vector<SimRuntime>{}; }) {
-    return PrepareRegistry::makePreparers(env, 6, utc(2025, 7, 1), std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
-                                          std::move(lister), appIndexDirs, std::make_shared<StubProcessProbe>());
-}
-
-std::set<std::string> idsOf(const std::vector<CleanTarget>& targets) {
-    std::set<std::string> ids;
-    for (const auto& target : targets) ids.insert(target.id);
-    return ids;
-}
-
-TEST(MakePreparers, ThreeDetectorsInOrderBuiltFromTheSettings) {
-    const auto env = environmentAt("/home/u");
-    const auto now = utc(2025, 7, 1);
-    const auto preparers = preparersFor(env, std::vector<std::filesystem::path>{});
-    ASSERT_EQ(preparers.size(), 3u);
-    EXPECT_EQ(preparers[0]->id(), "app-leftovers");
-    EXPECT_EQ(preparers[1]->id(), "unused-apps");
-    EXPECT_EQ(preparers[2]->id(), "sim-runtimes");
-
-    const auto* leftovers = dynamic_cast<const OrphanedLeftoverDetector*>(preparers[0].get());
-    ASSERT_NE(leftovers, nullptr);
-    EXPECT_EQ(leftovers->home(), "/home/u");
-    EXPECT_EQ(leftovers->protectedBundleIDs(), PrepareRegistry::protectedBundleIDs());
-    EXPECT_EQ(leftovers->protectedNames(), PrepareRegistry::protectedNames());
-
-    const auto* unused = dynamic_cast<const UnusedAppDetector*>(preparers[1].get());
-    ASSERT_NE(unused, nullptr);
-    EXPECT_EQ(unused->appDirs(), (std::vector<std::filesystem::path>{"/Applications", "/home/u/Applications"}));
-    EXPECT_EQ(unused->home(), "/home/u");
-    EXPECT_EQ(unused->olderThanMonths(), 6);
-    EXPECT_EQ(unused->now(), now);
-
-    const auto* runtimes = dynamic_cast<const OldSimRuntimeDetector*>(preparers[2].get());
-    ASSERT_NE(runtimes, nullptr);
-    EXPECT_EQ(runtimes->olderThanMonths(), 6);
-    EXPECT_EQ(runtimes->now(), now);
-}
-
-TEST(MakePreparers, InstalledApplicationsComeFromTheIndexFoldersOrTheStandardOnes) {
-    TempDir home;
-    testing::makeApp(home / "Applications", "Kept", {.bundleID = "com.x.Kept"});
-    testing::makeApp(home / "Elsewhere", "Other", {.bundleID = "com.x.Other"});
-    testing::writeFile(home / "Library/Caches/com.x.Kept/data", 4096);
-    testing::writeFile(home / "Library/Caches/com.x.Other/data", 4096);
-    const auto env = environmentAt(home.path());
-
-    // An empty list: nothing counts as installed.
-    EXPECT_EQ(idsOf(preparersFor(env, std::vector<std::filesystem::path>{})[0]->scan()),
-              (std::set<std::string>{"leftover:com.x.Kept", "leftover:com.x.Other"}));
-    // None: the standard folders, of which only home/Applications exists here.
-    EXPECT_EQ(idsOf(preparersFor(env, std::nullopt)[0]->scan()), (std::set<std::string>{"leftover:com.x.Other"}));
-    // Given folders replace the standard ones.
-    EXPECT_EQ(idsOf(preparersFor(env, std::vector<std::filesystem::path>{home / "Elsewhere"})[0]->scan()),
-              (std::set<std::string>{"leftover:com.x.Kept"}));
-}
-
-TEST(MakePreparers, InstalledApplicationsAreListedAtEachCall) {
-    TempDir home;
-    testing::writeFile(home / "Library/Caches/com.x.Late/data", 4096);
-    const auto env = environmentAt(home.path());
-    const std::vector<std::filesystem::path> index{home / "Applications"};
-    const auto before = preparersFor(env, index);
-    testing::makeApp(home / "Applications", "Late", {.bundleID = "com.x.Late"});
-    const auto after = preparersFor(env, index);
-    // The earlier detector keeps its snapshot; the new one sees the installation.
-    EXPECT_EQ(idsOf(before[0]->scan()), (std::set<std::string>{"leftover:com.x.Late"}));
-    EXPECT_TRUE(after[0]->scan().empty());
-}
-
-TEST(MakePreparers, RuntimeDetectorAlwaysHasACutOff) {
-    const auto env = environmentAt("/home/u");
-    const auto preparers = preparersFor(env, std::vector<std::filesystem::path>{}, [] {
-        return std::vector<SimRuntime>{{"Old", "iOS 15.0", 100, true, utc(2024, 1, 1)},
-                                       {"NeverUsed", "iOS 14.0", 100, true, std::nullopt}};
-    });
-    EXPECT_EQ(idsOf(preparers[2]->scan()), (std::set<std::string>{"sim-runtime:Old"}));
+TEST(MakePreparers, InstalledApplicationsComeFromTheIndexFoldersOrTheStandardOnesAtEachCall) {
+    testing::TempDir home;
+    for (const auto& [folder, name] : std::vector<std::pair<fs::path, std::string>>{{home / "Applications", "Kept"},
+                                                                                    {home / "Elsewhere", "Other"}}) {
+        testing::FakeApp app;
+        app.bundleID = "com.x." + name;
+        testing::makeApp(folder, name, app);
+        testing::writeFile(home / "Library/Caches" / ("com.x." + name) / "data", 4096);
+    }
+    // An empty list: nothing counts as installed; none: the standard folders, of which only
+    // home/Applications exists here; given folders replace the standard ones.
+    EXPECT_EQ(leftovers(home.path(), std::vector<fs::path>{}), (std::set<std::string>{"leftover:com.x.Kept", "leftover:com.x.Other"}));
+    EXPECT_EQ(leftovers(home.path(), std::nullopt), (std::set<std::string>{"leftover:com.x.Other"}));
+    EXPECT_EQ(leftovers(home.path(), std::vector<fs::path>{home / "Elsewhere"}), (std::set<std::string>{"leftover:com.x.Kept"}));
+    // Listed again at each call: an application installed since counts.
+    fs::rename(home / "Elsewhere/Other.app", home / "Applications/Other.app");
+    EXPECT_EQ(leftovers(home.path(), std::nullopt), std::set<std::string>{});
 }
 
 TEST(MonthsBefore, ThirtyDayMonthsAndTheClocksLimits) {
-    const auto now = utc(2024, 6, 30);
-    EXPECT_EQ(monthsBefore(now, 3), utc(2024, 4, 1));
-    EXPECT_EQ(monthsBefore(now, 0), now);
-    EXPECT_EQ(monthsBefore(now, -1), now + 30 * 24h);
-    EXPECT_EQ(monthsBefore(now + 250ms, 1), now + 250ms - 30 * 24h);
     using TimePoint = std::chrono::system_clock::time_point;
-    EXPECT_EQ(monthsBefore(now, std::numeric_limits<int>::max()), TimePoint::min());
-    EXPECT_EQ(monthsBefore(now, std::numeric_limits<int>::min()), TimePoint::max());
-    EXPECT_EQ(monthsBefore(TimePoint::min() + 24h, 1), TimePoint::min());
+    const auto now = utc(2024, 6, 30);
+    const std::vector<std::tuple<TimePoint, int, TimePoint>> cases{
+        {now, 3, utc(2024, 4, 1)},
+        {now, 0, now},
+        {now, -1, now + 30 * 24h},
+        {now + 250ms, 1, now + 250ms - 30 * 24h},
+        {now, std::numeric_limits<int>::max(), TimePoint::min()},
+        {now, std::numeric_limits<int>::min(), TimePoint::max()},
+        {TimePoint::min() + 24h, 1, TimePoint::min()},
+    };
+    for (const auto& [from, months, expected] : cases) EXPECT_EQ(monthsBefore(from, months), expected) << months;
 }
 
-TEST(ProtectedApplications, IdentifiersVendorsAndNames) {
+TEST(ProtectedApplications, IdentifiersTheirPartsTheirVendorsAndNames) {
     for (const std::string id : {"com.apple.Safari", "com.apple.Safari.SafeBrowsing", "com.google.Keep",
                                  "org.mozilla.thunderbird", "com.acme.Docker", "com.acme.Code", "company.thebrowser.Other"})
         EXPECT_TRUE(PrepareRegistry::isProtectedBundleID(id)) << id;
     for (const std::string id : {"com.acme.Coder", "com.acme", "com", "", "com.googlex.Keep", "org.mozillafoundation.x"})
         EXPECT_FALSE(PrepareRegistry::isProtectedBundleID(id)) << id;
-
-    EXPECT_EQ(ProtectedApps::brandPrefix("a.b"), "a.b");
-    EXPECT_EQ(ProtectedApps::brandPrefix("a..b"), std::nullopt);
-    EXPECT_EQ(ProtectedApps::brandPrefix("a.b.c.d"), "a.b");
-    EXPECT_EQ(ProtectedApps::brandPrefix("com"), std::nullopt);
-    EXPECT_EQ(ProtectedApps::brandPrefix(".x.y"), std::nullopt);
-
+    const std::vector<std::pair<std::string, std::optional<std::string>>> brands{
+        {"a.b", "a.b"}, {"a.b.c.d", "a.b"}, {"a..b", std::nullopt}, {"com", std::nullopt}, {".x.y", std::nullopt}};
+    for (const auto& [text, brand] : brands) EXPECT_EQ(ProtectedApps::brandPrefix(text), brand) << text;
     EXPECT_TRUE(PrepareRegistry::isProtectedName("Google Chrome"));
     EXPECT_TRUE(PrepareRegistry::isProtectedName("SAFARI"));
     EXPECT_FALSE(PrepareRegistry::isProtectedName("Chrome"));

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include <atomic>
@@ -8,110 +9,62 @@
 #include <thread>
 
 #include "kelvo/L10n.h"
+#include "kelvo/PlanSelection.h"
+#include "kelvo/ScanPlanJSON.h"
 #include "kelvo/Scanner.h"
 #include "kelvo/WorkerPool.h"
+#include "support/TargetIds.h"
+#include "support/Targets.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
 
+using testing::idsOf;
 using testing::TempDir;
+using testing::targetOf;
 
-CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100,
-                       std::string notes = "") {
-    CleanTarget target;
-    target.id = std::move(id);
-    target.name = target.id;
-    target.kind = CleanKind::paths(std::move(paths));
-    target.sizeBytes = size;
-    target.notes = std::move(notes);
-    return target;
+CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100) {
+    return testing::targetOf(std::move(id), CleanKind::paths(std::move(paths)), size);
 }
 
-CleanTarget commandTarget(std::string id, std::string command) {
-    CleanTarget target;
-    target.id = std::move(id);
-    target.kind = CleanKind::command(std::move(command));
-    return target;
+TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
+    const std::string composed = "/x/caf\xC3\xA9";
+    const std::string decomposed = "/x/cafe\xCC\x81";
+    struct Case {
+        std::vector<CleanTarget> targets;
+        std::vector<std::string> kept;
+    };
+    const std::vector<Case> cases{
+        {{pathTarget("b", {"/x"}), pathTarget("a", {"/x"})}, {"a"}},
+        {{pathTarget("a", {"/x"}), pathTarget("b", {"/x/y"})}, {"a"}},
+        {{pathTarget("z", {"/x"}), pathTarget("a", {"/x/y/z"})}, {"z"}},  // the ancestor wins whatever its id
+        {{pathTarget("a", {"/x/yz"}), pathTarget("b", {"/x/y"})}, {"a", "b"}},  // a prefix of a name is no ancestor
+        {{pathTarget("a", {"/x/./y/"}), pathTarget("b", {"/x/q/../y/z"})}, {"a"}},
+        {{pathTarget("c", {"/x"}), pathTarget("a", {"/x/y"}), pathTarget("b", {"/x/y/z"})}, {"c"}},
+        {{pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})}, {"a"}},
+        {{pathTarget("b", {decomposed}), pathTarget("a", {composed})}, {"a"}},
+        {{pathTarget("a", {"/"}), pathTarget("b", {"/x"})}, {"a", "b"}},  // nothing lies inside the root
+        {{pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}), testing::targetOf("c", CleanKind::command("rm -rf /x")),
+          testing::targetOf("d", CleanKind::command("rm -rf /x"))},
+         {"a", "a", "c", "d"}},  // equal ids never cover each other; commands pass through
+    };
+    for (const auto& [targets, kept] : cases) EXPECT_EQ(idsOf(Scanner::dedup(targets)), kept) << idsOf(targets).front();
 }
 
-std::vector<std::string> idsOf(const std::vector<CleanTarget>& targets) {
-    std::vector<std::string> ids;
-    for (const auto& target : targets) ids.push_back(target.id);
-    return ids;
-}
-
-TEST(ScannerDedup, ExactlySharedPathGoesToTheSmallerId) {
-    const auto result = Scanner::dedup({pathTarget("b", {"/x"}, 7), pathTarget("a", {"/x"}, 9)});
-    ASSERT_EQ(idsOf(result), std::vector<std::string>{"a"});
-    EXPECT_EQ(result[0].sizeBytes, 9);
-}
-
-TEST(ScannerDedup, AncestorWinsOverPathsInsideIt) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x"}), pathTarget("b", {"/x/y"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-    // Even when the inner target sorts first and belongs to another family.
-    const auto reversed = Scanner::dedup({pathTarget("z", {"/x"}), pathTarget("a", {"/x/y/z"})});
-    EXPECT_EQ(idsOf(reversed), std::vector<std::string>{"z"});
-}
-
-TEST(ScannerDedup, PrefixOfANameIsNotAnAncestor) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x/yz"}), pathTarget("b", {"/x/y"})});
-    EXPECT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
-}
-
-TEST(ScannerDedup, PathsAreComparedAfterStandardisation) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x/./y/"}), pathTarget("b", {"/x/q/../y/z"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-}
-
-TEST(ScannerDedup, EqualIdsNeverCoverEachOtherAndCommandsPassThrough) {
-    const auto result = Scanner::dedup({pathTarget("a", {"/x"}), pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}),
-                                        commandTarget("c", "rm -rf /x"), commandTarget("d", "rm -rf /x")});
-    EXPECT_EQ(idsOf(result), (std::vector<std::string>{"a", "a", "a", "c", "d"}));
-}
-
-TEST(ScannerDedup, TargetThatLostSomePathsIsRemeasured) {
+TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
     TempDir home;
     testing::writeFile(home / "x/y/file", 10000);
     testing::writeFile(home / "z/file", 5000);
-    const auto x = home / "x";
-    const auto y = home / "x/y";
-    const auto z = home / "z";
-    const auto result = Scanner::dedup({pathTarget("a", {x}, 1), pathTarget("b", {y, z}, 99999, "kept note")});
-    ASSERT_EQ(result.size(), 2u);
-    EXPECT_EQ(result[1].id, "b");
-    EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{z});
-    EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(z));
-    EXPECT_EQ(result[1].notes, "kept note");
-    // The winner is passed through as its cleaner measured it.
-    EXPECT_EQ(result[0].sizeBytes, 1);
-}
-
-TEST(ScannerDedup, TargetWhoseRemainingPathsAreEmptyIsDropped) {
-    TempDir home;
     testing::makeDirectory(home / "empty");
-    testing::writeFile(home / "x/y/file", 10000);
-    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}), pathTarget("b", {home / "x/y", home / "empty"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"a"});
-}
-
-TEST(ScannerDedup, InnerTargetLosesItsPathEvenWhenTheOuterOneIsCoveredToo) {
-    // a covers b's path, c covers a's: b still loses /x/y/z, and c keeps everything.
-    const auto result = Scanner::dedup(
-        {pathTarget("c", {"/x"}), pathTarget("a", {"/x/y"}), pathTarget("b", {"/x/y/z"})});
-    EXPECT_EQ(idsOf(result), std::vector<std::string>{"c"});
-}
-
-TEST(ScannerDedup, CanonicallyEquivalentSpellingsAreOnePathAndNothingLiesInsideTheRoot) {
-    const std::string composed = "/x/caf\xC3\xA9";
-    const std::string decomposed = "/x/cafe\xCC\x81";
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})})),
-              std::vector<std::string>{"a"});
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("b", {decomposed}), pathTarget("a", {composed})})),
-              std::vector<std::string>{"a"});
-    EXPECT_EQ(idsOf(Scanner::dedup({pathTarget("a", {"/"}), pathTarget("b", {"/x"})})),
-              (std::vector<std::string>{"a", "b"}));
+    auto partial = pathTarget("b", {home / "x/y", home / "z"}, 99999);
+    partial.notes = "kept note";
+    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"})});
+    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(result[0].sizeBytes, 1);  // the winner as its cleaner measured it
+    EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{home / "z"});
+    EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(home / "z"));
+    EXPECT_EQ(result[1].notes, "kept note");
 }
 
 // Tells the test when a cleaner has started, and counts the stop requests it saw.
@@ -156,23 +109,18 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
     std::vector<ScanProgress> reports;
     std::mutex mutex;
     WorkerPool pool(4);
-    const auto result = Scanner(cleaners).scan({.pool = &pool, .progress = [&](const ScanProgress& progress) {
+    const auto result = Scanner(cleaners).scan({.pool = &pool, .stop = {}, .progress = [&](const ScanProgress& progress) {
         std::lock_guard lock(mutex);
         reports.push_back(progress);
     }});
     ASSERT_TRUE(result);
-    ASSERT_EQ(result->size(), 40u);
-    for (int i = 0; i < 40; ++i) EXPECT_EQ((*result)[static_cast<std::size_t>(i)].id, "t" + std::to_string(i));
+    std::vector<std::string> expected;
+    for (int i = 0; i < 40; ++i) expected.push_back("t" + std::to_string(i));
+    EXPECT_EQ(idsOf(*result), expected);
     ASSERT_EQ(reports.size(), 41u);
     EXPECT_EQ(reports.back().cleanersFinished, 41u);
     EXPECT_EQ(reports.back().cleanersTotal, 41u);
     EXPECT_EQ(reports.back().bytesFound, 4100);
-}
-
-TEST(Scanner, EmptyCleanerListGivesNothing) {
-    const auto result = Scanner({}).scan();
-    ASSERT_TRUE(result);
-    EXPECT_TRUE(result->empty());
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
@@ -185,18 +133,15 @@ TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
         handshake.started.get_future().wait();
         stop.request_stop();
     });
-    const auto result = Scanner(cleaners).scan({.stop = stop.get_token()});
+    const auto result = Scanner(cleaners).scan({.pool = nullptr, .stop = stop.get_token(), .progress = nullptr});
     stopper.join();
     EXPECT_FALSE(result.has_value());
     EXPECT_EQ(handshake.stopsSeen.load(), 1);
 }
 
-TEST(Scanner, NullCleanersAreLeftOut) {
-    const Scanner scanner({nullptr, std::make_shared<FixedCleaner>("c", std::vector<CleanTarget>{pathTarget("t", {"/p"})}), nullptr});
-    EXPECT_EQ(scanner.cleaners().size(), 1u);
-    const auto result = scanner.scan();
-    ASSERT_TRUE(result);
-    EXPECT_EQ(idsOf(*result), std::vector<std::string>{"t"});
+CleanTarget withNote(CleanTarget target, std::string notes) {
+    target.notes = std::move(notes);
+    return target;
 }
 
 TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
@@ -209,7 +154,7 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
     std::filesystem::create_directory_symlink(mine, home / "other-link");
     CleanerList cleaners{std::make_shared<FixedCleaner>(
         "c", std::vector<CleanTarget>{pathTarget("both", {mine, theirs}, 14000), pathTarget("foreign", {theirs}),
-                                      pathTarget("linked", {home / "link"}, 0, "partial"),
+                                      withNote(pathTarget("linked", {home / "link"}, 0), "partial"),
                                       pathTarget("below-link", {home / "other-link/file"})})};
 
     const auto result = Scanner(cleaners).scan();
@@ -224,6 +169,101 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
     EXPECT_TRUE((*result)[2].blockedByLink);
     EXPECT_NE((*result)[2].notes.find(mine.string()), std::string::npos) << (*result)[2].notes;
     EXPECT_TRUE(std::filesystem::exists(theirs / "file"));
+}
+
+CleanTarget target(std::string id, Level level, std::int64_t size = 10, Family family = Family::devMisc) {
+    auto made = targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
+    made.level = level;
+    return made;
+}
+
+TEST(PlanSelection, PreselectsRegenerableNonAggressiveEstimableTargetsNotBehindALink) {
+    const auto with = [](CleanTarget made, auto change) {
+        change(made);
+        return made;
+    };
+    const std::vector<std::pair<CleanTarget, bool>> cases{
+        {target("safe-path-0", Level::safe, 0), true},
+        {target("moderate", Level::moderate), true},
+        {target("aggressive", Level::aggressive), false},
+        {with(target("command-0", Level::safe, 0), [](auto& t) { t.kind = CleanKind::command("x"); }), false},
+        {with(target("command-1", Level::safe, 1), [](auto& t) { t.kind = CleanKind::command("x"); }), true},
+        {with(target("user", Level::safe), [](auto& t) { t.reversibility = Reversibility::userData; }), false},
+        {with(target("linked", Level::safe), [](auto& t) { t.blockedByLink = true; }), false},
+    };
+    for (const auto& [made, preselected] : cases) EXPECT_EQ(PlanSelection::isPreselected(made), preselected) << made.id;
+}
+
+TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
+    PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive, 5, Family::docker), target("a", Level::safe),
+                        target("c", Level::aggressive)});
+    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"a"}));
+    for (const int index : {-1, 4, 1, 2}) plan.toggle(index);  // out of range ignored; "a" once for both
+    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b"}));
+    plan.toggle(0);
+    EXPECT_EQ(plan.selectedTargets().size(), 3u);  // both targets named "a", and "b"
+    EXPECT_EQ(plan.unknownIDs({"c", "nope", "a", "gone"}), (std::vector<std::string>{"nope", "gone"}));
+    plan.choose({"c"}, {Family::docker});
+    EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
+}
+
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
+    auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
+    slashed.name = "Derived/Data";
+    ScanPlanJSON plan({slashed});
+    plan.notes = {"X points to /srv/x"};
+    EXPECT_EQ(plan.encoded(), R"({
+  "byFamily" : {
+    "xcodeCore" : 4096
+  },
+  "byLevel" : {
+    "safe" : 4096
+  },
+  "notes" : [
+    "X points to \/srv\/x"
+  ],
+  "targets" : [
+    {
+      "family" : "xcodeCore",
+      "id" : "derived-data",
+      "level" : "safe",
+      "name" : "Derived\/Data",
+      "notes" : "",
+      "preselected" : true,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 4096
+    }
+  ],
+  "totalBytes" : 4096
+})");
+}
+
+TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
+    auto noted = target("noted", Level::moderate, 12, Family::docker);
+    noted.notes = "partial \"size\"\n";
+    noted.regenCost = RegenCost::redownload;
+    const ScanPlanJSON plan({noted, target("a/b", Level::aggressive, 0), target("", Level::safe, 3)});
+    const auto decoded = nlohmann::json::parse(plan.encoded());
+    EXPECT_EQ(decoded.at("totalBytes").get<std::int64_t>(), plan.totalBytes);
+    using Totals = std::map<std::string, std::int64_t>;
+    EXPECT_EQ(decoded.at("byFamily").get<Totals>(), plan.byFamily);
+    EXPECT_EQ(decoded.at("byLevel").get<Totals>(), plan.byLevel);
+    EXPECT_FALSE(decoded.contains("notes"));
+    ASSERT_EQ(decoded.at("targets").size(), plan.targets.size());
+    for (std::size_t index = 0; index < plan.targets.size(); ++index) {
+        const auto& json = decoded["targets"][index];
+        const auto& expected = plan.targets[index];
+        const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
+                                        json.at("level"), json.at("reversibility"), json.at("regenCost"),
+                                        json.at("preselected"), json.at("notes")};
+        EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
+                           read.regenCost, read.preselected, read.notes),
+                  std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
+                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes));
+    }
+    EXPECT_EQ(plan.totalBytes, 15);
+    EXPECT_EQ(plan.byFamily.at("docker"), 12);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// The Linux profile by its properties, not entry by entry: what every entry must satisfy,
-// how locations follow the XDG folders and the tools' variables, and what happens to a
-// variable that points where nothing may be cleaned.
+// Both catalog profiles by their properties: what every entry must satisfy, how the Linux
+// locations follow the XDG folders and the tools' variables, and what happens to a variable
+// that points where nothing may be cleaned.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -15,12 +15,13 @@
 #include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/CommandCleaner.h"
-#include "kelvo/Executor.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PathCleaner.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "kelvo/VersionedDirCleaner.h"
+#include "support/ScopedEnvironment.h"
+#include "support/Targets.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -28,19 +29,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Environment linuxEnvironment(std::map<std::string, std::string, std::less<>> variables = {}) {
+Environment environment(CatalogProfile profile, std::map<std::string, std::string, std::less<>> variables = {}) {
     Environment env;
     env.home = "/home/dev";
     env.tmpDir = "/tmp";
     env.projectRoots = {"~/src"};
-    env.catalog = CatalogProfile::gnuLinux;
+    env.catalog = profile;
     env.locationVariables = std::move(variables);
-    return env;
-}
-
-Environment macosEnvironment() {
-    auto env = linuxEnvironment();
-    env.catalog = CatalogProfile::macos;
     return env;
 }
 
@@ -61,64 +56,97 @@ std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) 
     return places;
 }
 
+// Level, reversibility and cost of an entry that has them (all but the per-project one).
+std::optional<std::tuple<Level, Reversibility, RegenCost>> riskOf(const Cleaner& cleaner) {
+    if (const auto* c = dynamic_cast<const PathCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
+    if (const auto* c = dynamic_cast<const CommandCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
+    if (const auto* c = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
+    return std::nullopt;
+}
+
 bool inside(const fs::path& path, const fs::path& root) {
     return Paths::isInside(Paths::standardized(path).string(), Paths::standardized(root).string());
 }
 
-TEST(LinuxCatalog, EveryEntryIsUniqueNamedAndLooksOnlyInsideTheAllowedFolders) {
-    auto withFlutter = linuxEnvironment();
-    withFlutter.flutterBinCache = "/opt/flutter/bin/cache";
-    for (const auto& env : {linuxEnvironment(), withFlutter}) {
-        const auto cleaners = CleanerRegistry::makeCleaners(env);
-        const auto roots = CleanerRegistry::allowedRoots(env);
-        std::set<std::string> ids;
-        for (const auto& cleaner : cleaners) {
-            SCOPED_TRACE(cleaner->id());
-            EXPECT_TRUE(ids.insert(cleaner->id()).second) << "duplicate id";
-            EXPECT_NE(cleaner->family(), Family::xcodeCore);
-            EXPECT_NE(cleaner->family(), Family::simulators);
-            EXPECT_TRUE(cleaner->id() == "per-project" || cleaner->name() != "cleaner." + cleaner->id()) << "no text";
-            // A versioned entry offers its parent's subfolders, so its parent may be a root itself.
-            const bool offersChildren = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()) != nullptr;
-            for (const auto& place : placesOf(*cleaner)) {
-                EXPECT_TRUE(std::any_of(roots.begin(), roots.end(), [&](const auto& root) {
-                    return inside(place, root) || (offersChildren && place == root);
-                })) << place;
-                EXPECT_FALSE(inside(place, env.home / "Library")) << place;
+TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTheAllowedFoldersAndNeedsItsTool) {
+    testing::TempDir emptyPath;
+    const testing::ScopedEnvironment path({{"PATH", emptyPath.path().string()}});
+    for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
+        auto withFlutter = environment(profile);
+        withFlutter.flutterBinCache = "/opt/flutter/bin/cache";
+        for (const auto& env : {environment(profile), withFlutter}) {
+            SCOPED_TRACE(std::string(profile == CatalogProfile::macos ? "macos" : "linux") +
+                         (env.flutterBinCache ? " with flutter" : ""));
+            const auto cleaners = CleanerRegistry::makeCleaners(env);
+            const auto roots = CleanerRegistry::allowedRoots(env);
+            const auto protectedPaths = CleanerRegistry::protectedPaths(env);
+            const auto families = CleanerRegistry::familiesWithDetectors(env);
+            if (profile == CatalogProfile::macos) {
+                EXPECT_EQ(cleaners.size(), env.flutterBinCache ? 103u : 102u);
             }
-            if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) {
-                for (const char* elevation : {"sudo", "pkexec", "--system"})
-                    EXPECT_EQ(command->command().find(elevation), std::string::npos) << command->command();
+            ASSERT_FALSE(cleaners.empty());
+            EXPECT_EQ(cleaners.back()->id(), "per-project");
+            std::set<std::string> ids;
+            for (const auto& cleaner : cleaners) {
+                SCOPED_TRACE(cleaner->id());
+                EXPECT_TRUE(ids.insert(cleaner->id()).second) << "duplicate id";
+                EXPECT_NE(std::find(families.begin(), families.end(), cleaner->family()), families.end());
+                if (cleaner->id() == "per-project") continue;
+                for (const auto& [language, catalog] : L10n::bundle().catalogs) {
+                    EXPECT_TRUE(catalog.texts.contains("cleaner." + cleaner->id())) << language;
+                }
+                const auto risk = riskOf(*cleaner);
+                ASSERT_TRUE(risk);
+                // Only the Linux profile has entries of user data (the trash, container pruning).
+                if (profile == CatalogProfile::macos) {
+                    EXPECT_EQ(std::get<Reversibility>(*risk), Reversibility::regenerable);
+                }
+                // A versioned entry offers its parent's subfolders, so its parent may be a root itself.
+                const bool offersChildren = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()) != nullptr;
+                for (const auto& place : placesOf(*cleaner)) {
+                    EXPECT_TRUE(std::any_of(roots.begin(), roots.end(), [&](const auto& root) {
+                        return inside(place, root) || (offersChildren && place == root);
+                    })) << place;
+                    for (const auto& kept : protectedPaths) EXPECT_FALSE(place == kept || inside(place, kept)) << place;
+                    if (profile == CatalogProfile::gnuLinux) {
+                        EXPECT_FALSE(inside(place, env.home / "Library")) << place;
+                    }
+                }
+                if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) {
+                    for (const char* elevation : {"sudo", "pkexec", "--system"})
+                        EXPECT_EQ(command->command().find(elevation), std::string::npos) << command->command();
+                    EXPECT_TRUE(command->scan().empty()) << "offered without its tool";
+                }
             }
+            for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
+            EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
         }
-        EXPECT_EQ(cleaners.back()->id(), "per-project");
-        EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
     }
 }
 
-TEST(LinuxCatalog, AnIdSharedWithMacOSKeepsItsKindFamilyAndRisk) {
+TEST(LinuxCatalog, SharedIdsKeepKindFamilyAndRiskAndProjectFoldersKeepTheMacOSKindsButNeverUserState) {
     std::map<std::string, const Cleaner*> macosById;
-    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
+    const auto macosCleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::macos));
+    const auto cleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux));
     for (const auto& cleaner : macosCleaners) macosById[cleaner->id()] = cleaner.get();
     std::size_t shared = 0;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(linuxEnvironment())) {
+    for (const auto& cleaner : cleaners) {
         const auto found = macosById.find(cleaner->id());
         if (found == macosById.end()) continue;
         SCOPED_TRACE(cleaner->id());
         ++shared;
         EXPECT_EQ(cleaner->family(), found->second->family());
         EXPECT_EQ(typeid(*cleaner), typeid(*found->second));
-        if (const auto* path = dynamic_cast<const PathCleaner*>(cleaner.get())) {
-            const auto* before = dynamic_cast<const PathCleaner*>(found->second);
-            EXPECT_EQ(std::pair(path->level(), path->regenCost()), std::pair(before->level(), before->regenCost()));
+        if (dynamic_cast<const PathCleaner*>(cleaner.get())) {
+            const auto risk = *riskOf(*cleaner);
+            const auto macosRisk = *riskOf(*found->second);
+            EXPECT_EQ(std::pair(std::get<Level>(risk), std::get<RegenCost>(risk)),
+                      std::pair(std::get<Level>(macosRisk), std::get<RegenCost>(macosRisk)));
         }
     }
     EXPECT_GT(shared, macosCleaners.size() / 2);
-}
 
-TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
-    const auto cleaners = CleanerRegistry::makeCleaners(linuxEnvironment());
-    const auto macosCleaners = CleanerRegistry::makeCleaners(macosEnvironment());
+    // Project folders keep the macOS kinds, add Linux ones and tags, but never user state.
     const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
     const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
     ASSERT_TRUE(linux && macos);
@@ -136,14 +164,13 @@ TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUse
         EXPECT_FALSE(names.contains(kept)) << kept;
 }
 
-struct Resolution {
-    std::map<std::string, std::string, std::less<>> variables;
-    std::string id;
-    fs::path expected;  // one of the entry's places
-};
-
 TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault) {
-    const std::vector<Resolution> cases{
+    struct Case {
+        std::map<std::string, std::string, std::less<>> variables;
+        std::string id;
+        fs::path expected;  // one of the entry's places
+    };
+    const std::vector<Case> cases{
         {{}, "pip-cache", "/home/dev/.cache/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
@@ -152,36 +179,23 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache"},
         {{{"XDG_DATA_HOME", "/home/dev/d"}}, "trash", "/home/dev/d/Trash/files"},
         {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},
-        {{{"GOPATH", "/home/dev/gp"}}, "go-mod", "/home/dev/gp/pkg/mod"},
         {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods"},
         {{{"CARGO_HOME", "/home/dev/rust/cargo"}}, "cargo-registry", "/home/dev/rust/cargo/registry"},
         {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk"},
     };
     for (const auto& [variables, id, expected] : cases) {
         SCOPED_TRACE(id + " expected at " + expected.string());
-        const auto places = placesById(linuxEnvironment(variables));
+        const auto env = environment(CatalogProfile::gnuLinux, variables);
+        const auto places = placesById(env);
         ASSERT_TRUE(places.contains(id));
         EXPECT_NE(std::find(places.at(id).begin(), places.at(id).end(), expected), places.at(id).end());
-        EXPECT_TRUE(CleanerRegistry::build(linuxEnvironment(variables)).notes.empty());
-    }
-}
-
-TEST(LinuxCatalog, EveryLocationVariableMovesSomeEntry) {
-    for (const auto& name : Environment::locationVariableNames()) {
-        if (name.starts_with("FLATPAK_")) continue;  // read by the prepare domain
-        const std::string value = "/home/dev/moved/" + name;
-        const auto places = placesById(linuxEnvironment({{name, value}}));
-        const bool used = std::any_of(places.begin(), places.end(), [&](const auto& entry) {
-            return std::any_of(entry.second.begin(), entry.second.end(),
-                               [&](const fs::path& place) { return place == value || inside(place, value); });
-        });
-        EXPECT_TRUE(used) << name << " moves nothing";
+        EXPECT_TRUE(CleanerRegistry::build(env).notes.empty());
     }
 }
 
 TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSaysSo) {
-    const auto env =
-        linuxEnvironment({{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
+    const auto env = environment(CatalogProfile::gnuLinux,
+                                 {{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
     const auto built = CleanerRegistry::build(env);
     std::set<std::string> ids;
     for (const auto& cleaner : built.cleaners) {
@@ -207,19 +221,19 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
 TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
     testing::TempDir root;
-    auto env = linuxEnvironment();
+    auto env = environment(CatalogProfile::gnuLinux);
     env.home = root / "home";
     env.tmpDir = root / "tmp";
     std::optional<CleanTarget> metro;
     for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
         if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get()); command && command->id() == "metro-cache")
-            metro = CleanTarget{.id = "metro-cache", .family = Family::reactNative,
-                                .kind = CleanKind::command(command->command())};
+            metro = testing::targetOf("metro-cache", CleanKind::command(command->command()), 0, Family::reactNative);
     ASSERT_TRUE(metro);
     for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "unrelated/e"})
         testing::writeFile(env.tmpDir / entry, 100);
     ASSERT_EQ(::lchown((env.tmpDir / "haste-map-theirs").c_str(), 65534, 65534), 0);
-    const CleanService service{.env = env};
+    CleanService service;
+    service.env = env;
 
     // While another user's entry matches, the line is refused whole.
     EXPECT_EQ(service.clean({*metro}, false, false).skipped.size(), 1u);
@@ -232,8 +246,8 @@ TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUser
 }
 
 TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
-    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(linuxEnvironment());
-    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(macosEnvironment());
+    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(environment(CatalogProfile::gnuLinux));
+    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(environment(CatalogProfile::macos));
     const auto has = [](const std::vector<Family>& families, Family family) {
         return std::find(families.begin(), families.end(), family) != families.end();
     };
@@ -241,15 +255,13 @@ TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderIts
         EXPECT_FALSE(has(linuxFamilies, family)) << rawValue(family);
     EXPECT_TRUE(has(macosFamilies, Family::xcodeCore));
     EXPECT_FALSE(has(macosFamilies, Family::webBuild));
-    EXPECT_TRUE(has(linuxFamilies, Family::macosGeneral));
     EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
 
     // Raw values stay; only the display name of the family named after macOS changes.
-    for (Family family : allFamilies()) {
-        EXPECT_EQ(displayName(family, CatalogProfile::macos), displayName(family));
-        EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family), family != Family::macosGeneral)
+    for (Family family : allFamilies())
+        EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family, CatalogProfile::macos),
+                  family != Family::macosGeneral)
             << rawValue(family);
-    }
     EXPECT_EQ(displayName(Family::macosGeneral, CatalogProfile::gnuLinux), L10n::t("family.linux.macosGeneral"));
 }
 

@@ -1,0 +1,21 @@
+#pragma once
+// A target as a detector would offer it, for tests that feed targets to a service, the
+// scanner or a summary: the fields a test does not name keep their defaults.
+#include <string>
+#include <utility>
+
+#include "kelvo/CleanTarget.h"
+
+namespace kelvo::testing {
+
+inline CleanTarget targetOf(std::string id, CleanKind kind, std::int64_t sizeBytes = 0, Family family = Family::devMisc) {
+    CleanTarget target;
+    target.id = std::move(id);
+    target.name = target.id;
+    target.family = family;
+    target.kind = std::move(kind);
+    target.sizeBytes = sizeBytes;
+    return target;
+}
+
+}  // namespace kelvo::testing
