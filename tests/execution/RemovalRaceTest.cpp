@@ -4,15 +4,12 @@
 // nothing in that folder may go.
 #include <gtest/gtest.h>
 #include <fcntl.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
 #include <functional>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -58,29 +55,6 @@ path buildOutside(const path& outside) {
     return outside / "canary";
 }
 
-// A scratch folder on a memory file system when there is one: the rounds build and remove
-// tens of thousands of folders, which a disk-backed file system makes slow.
-class ScratchDir {
-public:
-    ScratchDir() {
-        std::error_code error;
-        const path base = fs::is_directory("/dev/shm", error) && ::access("/dev/shm", W_OK) == 0
-                              ? path("/dev/shm")
-                              : fs::temp_directory_path();
-        std::string pattern = (base / "kelvo-race-XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        path_ = pattern;
-    }
-    ~ScratchDir() {
-        std::error_code error;
-        if (!path_.empty()) fs::remove_all(path_, error);
-    }
-    path operator/(const std::string& relative) const { return path_ / relative; }
-
-private:
-    path path_;
-};
-
 class RemovalRaceTest : public ::testing::Test {
 protected:
     RemovalRaceTest() : home(makeDirectory(root / "home")), outside(root / "outside") {
@@ -88,19 +62,15 @@ protected:
         before = testing::listing(outside);
     }
 
-    Executor executor() const {
-        Executor result;
-        result.safety = testing::guardFor(home, {home});
-        result.probe = std::make_shared<StubProcessProbe>();
-        return result;
-    }
+    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
 
     void expectOutsideIntact() const {
         ASSERT_TRUE(fs::exists(canary));
         EXPECT_EQ(testing::listing(outside), before);
     }
 
-    ScratchDir root;
+    // The rounds build and remove tens of thousands of folders.
+    testing::TempDir root{testing::TempDir::memory};
     path home;
     path outside;
     path canary;
@@ -147,57 +117,47 @@ private:
     std::thread thread_;
 };
 
-TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
-    const path tree = home / "cache/tree";
-    const path holding = makeDirectory(home / "holding");
-    std::int64_t swapsDuringRemoval = 0;
-
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, 50, 40);
-        SwappingAdversary adversary(tree, holding, outside);
-        const auto report = executor().execute({pathTarget("tree", Family::devMisc, {tree})});
-        swapsDuringRemoval += adversary.stop();
-
-        // However the race went, the target ends in one outcome and nothing outside went.
-        EXPECT_LE(report.deleted.size() + report.partial.size(), 1u);
-        EXPECT_TRUE(report.errors.empty());
-        expectOutsideIntact();
-        std::error_code error;
-        fs::remove_all(tree, error);
-        for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
-    }
-    // The adversary must really have raced the removals, or the test proves nothing.
-    EXPECT_GT(swapsDuringRemoval, rounds);
-}
-
-TEST_F(RemovalRaceTest, SubtreesRemovedSideBySideNeverFollowSwappedLinks) {
+TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowedAloneOrSideBySide) {
     const path tree = home / "cache/tree";
     const path holding = makeDirectory(home / "holding");
     WorkerPool pool(8);
     std::atomic<std::int64_t> handedOver{0};
-    std::int64_t swapsDuringRemoval = 0;
+    TaskGroup group;
+    const platform::TreeRemovalOptions sideBySide{
+        .addOwnerPermissions = true,
+        .sharing = {.submit =
+                        [&](std::function<void()> task) {
+                            handedOver.fetch_add(1);
+                            pool.submit(group, std::move(task));
+                        },
+                    .waitForAll = [&] { pool.wait(group); },
+                    .hasIdleWorker = [&] { return pool.hasIdleWorker(); }}};
+    // The executor's whole run on one thread, and the bare removal spread over the pool.
+    const std::function<void()> removals[] = {
+        [&] {
+            const auto report = executor().execute({pathTarget("tree", {tree})});
+            // However the race went, the target ends in one outcome.
+            EXPECT_LE(report.deleted.size() + report.partial.size(), 1u);
+            EXPECT_TRUE(report.errors.empty());
+        },
+        [&] { platform::removeTree(tree, sideBySide); },
+    };
+    for (const auto& remove : removals) {
+        std::int64_t swapsDuringRemoval = 0;
+        for (int round = 0; round < rounds; ++round) {
+            buildTree(tree, 50, 40);
+            SwappingAdversary adversary(tree, holding, outside);
+            remove();
+            swapsDuringRemoval += adversary.stop();
 
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, 50, 40);
-        TaskGroup group;
-        platform::TreeRemovalOptions options{.addOwnerPermissions = true};
-        options.sharing = {.submit =
-                               [&](std::function<void()> task) {
-                                   handedOver.fetch_add(1);
-                                   pool.submit(group, std::move(task));
-                               },
-                           .waitForAll = [&] { pool.wait(group); },
-                           .hasIdleWorker = [&] { return pool.hasIdleWorker(); }};
-        SwappingAdversary adversary(tree, holding, outside);
-        platform::removeTree(tree, options);
-        swapsDuringRemoval += adversary.stop();
-
-        expectOutsideIntact();
-        std::error_code error;
-        fs::remove_all(tree, error);
-        for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
+            expectOutsideIntact();
+            std::error_code error;
+            fs::remove_all(tree, error);
+            for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
+        }
+        // The adversary must really have raced the removals, or the test proves nothing.
+        EXPECT_GT(swapsDuringRemoval, rounds) << (&remove - removals);
     }
-    EXPECT_GT(swapsDuringRemoval, rounds);
     EXPECT_GT(handedOver.load(), rounds) << "the subtrees were not removed side by side";
 }
 
@@ -228,9 +188,9 @@ TEST_F(RemovalRaceTest, ALinkPlantedInTheParentChainIsNeverFollowed) {
             }
         });
         // The executor's checks and the bare removal both run against the adversary.
-        executor().execute({pathTarget("tree", Family::devMisc, {tree})});
+        executor().execute({pathTarget("tree", {tree})});
         for (int attempt = 0; attempt < 20; ++attempt)
-            if (!platform::removeTree(tree, {.addOwnerPermissions = true})) break;
+            if (!platform::removeTree(tree, {.addOwnerPermissions = true, .sharing = {}})) break;
         removing.store(false);
         adversary.join();
         swapsDuringRemoval += swaps.load();

@@ -19,8 +19,8 @@ using testing::TempDir;
 using testing::makeDirectory;
 using testing::nobodyId;
 using testing::pathTarget;
+using testing::lines;
 using testing::present;
-using testing::texts;
 using testing::writeFile;
 
 unsigned modeOf(const path& location) {
@@ -33,12 +33,9 @@ class UnprivilegedRemovalTest : public ::testing::Test {
 protected:
     UnprivilegedRemovalTest() : home(makeDirectory(root / "home")) {}
 
-    Executor executor() const {
-        Executor result;
-        result.safety = testing::guardFor(home, {home});
-        result.probe = std::make_shared<StubProcessProbe>();
-        result.runCommand = [](const std::string&, const ShellVariables&) { return 0; };
-        return result;
+    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
+    static std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
+        return "skipped " + id + ": " + L10n::t(key, detail);
     }
 
     // Gives the home to 65534 when we are root; otherwise the files are ours already.
@@ -72,21 +69,17 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
 
     const auto run = testing::runUnprivileged([&] {
         return executor().execute({
-            pathTarget("two-paths", Family::devMisc, {first, second}),
-            pathTarget("mixed", Family::devMisc, {mixed}),
-            pathTarget("locked-only", Family::devMisc, {second}),
+            pathTarget("two-paths", {first, second}),
+            pathTarget("mixed", {mixed}),
+            pathTarget("locked-only", {second}),
         });
     });
-    ASSERT_TRUE(run.report) << run.failure;
-    const auto& report = *run.report;
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_EQ(report.partial, (std::vector<std::string>{"two-paths", "mixed"}));
-    EXPECT_EQ(texts(report.skipped), (std::vector<std::string>{
-                                         "two-paths: " + L10n::t("exec.skip.noPermission", "second"),
-                                         "mixed: " + L10n::t("exec.skip.systemRemnant", "mixed"),
-                                         "locked-only: " + L10n::t("exec.skip.noPermission", "second"),
-                                     }));
-    EXPECT_EQ(report.freedBytes, firstBytes + ownBytes);
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, lines({"partial two-paths", "partial mixed",
+                                  skipped("two-paths", "exec.skip.noPermission", "second"),
+                                  skipped("mixed", "exec.skip.systemRemnant", "mixed"),
+                                  skipped("locked-only", "exec.skip.noPermission", "second"),
+                                  "freed " + std::to_string(firstBytes + ownBytes)}));
 
     EXPECT_FALSE(present(first));
     EXPECT_FALSE(present(own));
@@ -100,13 +93,10 @@ TEST_F(UnprivilegedRemovalTest, APathWhoseOwnerCannotBeReadIsNeverCountedAsGone)
     const path item = writeFile(home / "cache/closed/item", 4000);
     handOver();
     fs::permissions(home / "cache/closed", fs::perms(0));
-    const auto run = testing::runUnprivileged(
-        [&] { return executor().execute({pathTarget("closed", Family::devMisc, {item})}); });
+    const auto run = testing::runUnprivileged([&] { return executor().execute({pathTarget("closed", {item})}); });
     fs::permissions(home / "cache/closed", fs::perms(0755));
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_EQ(texts(run.report->skipped),
-              std::vector<std::string>{"closed: " + L10n::t("exec.skip.ownerUnknown", item.string())});
-    EXPECT_TRUE(run.report->deleted.empty());
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, lines({skipped("closed", "exec.skip.ownerUnknown", item.string()), "freed 0"}));
     EXPECT_TRUE(fs::exists(item));
 }
 
@@ -134,12 +124,9 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {
     fs::permissions(tree, fs::perms(0555));
     fs::permissions(neighbour, fs::perms(0555));
 
-    const auto run = testing::runUnprivileged(
-        [&] { return executor().execute({pathTarget("readonly", Family::devMisc, {tree})}); });
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_EQ(run.report->deleted, std::vector<std::string>{"readonly"});
-    EXPECT_TRUE(run.report->skipped.empty()) << texts(run.report->skipped)[0];
-    EXPECT_EQ(run.report->freedBytes, expected);
+    const auto run = testing::runUnprivileged([&] { return executor().execute({pathTarget("readonly", {tree})}); });
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, lines({"deleted readonly", "freed " + std::to_string(expected)}));
     EXPECT_FALSE(present(tree));
     // Only the removed tree had its bits changed.
     EXPECT_EQ(modeOf(neighbour), 0555u);
@@ -155,17 +142,13 @@ TEST_F(UnprivilegedRemovalTest, TheParentOfATargetIsNeverOpenedUp) {
     fs::permissions(locked, fs::perms(0555));
 
     const auto run = testing::runUnprivileged([&] {
-        return executor().execute({pathTarget("file", Family::devMisc, {file}),
-                                   pathTarget("folder", Family::devMisc, {folder})});
+        return executor().execute({pathTarget("file", {file}), pathTarget("folder", {folder})});
     });
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_TRUE(run.report->deleted.empty());
+    ASSERT_TRUE(run.output) << run.failure;
     // The folder's content could go (the folder is ours), the folder itself could not.
-    EXPECT_EQ(texts(run.report->skipped), (std::vector<std::string>{
-                                               "file: " + L10n::t("exec.skip.noPermission", "item.log"),
-                                               "folder: " + L10n::t("exec.skip.systemRemnant", "folder"),
-                                           }));
-    EXPECT_EQ(run.report->partial, std::vector<std::string>{"folder"});
+    const std::string freed = run.output->substr(run.output->rfind("freed "));
+    EXPECT_EQ(*run.output, lines({"partial folder", skipped("file", "exec.skip.noPermission", "item.log"),
+                                  skipped("folder", "exec.skip.systemRemnant", "folder")}) + freed);
     EXPECT_EQ(modeOf(locked), 0555u);
     EXPECT_TRUE(fs::exists(file));
     EXPECT_TRUE(fs::is_directory(folder));

@@ -12,8 +12,11 @@
 
 namespace kelvo::testing {
 
-TempDir::TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kelvo-test-XXXXXX").string();
+TempDir::TempDir(Backing backing) {
+    const bool inMemory = backing == memory && std::filesystem::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0;
+    std::string pattern =
+        ((inMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) / "kelvo-test-XXXXXX")
+            .string();
     if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
     path_ = pattern;
     // Readable and enterable by the unprivileged user some tests switch to.

@@ -12,7 +12,10 @@ namespace kelvo::testing {
 
 class TempDir {
 public:
-    TempDir();
+    enum Backing { disk, memory };
+    // In memory when the machine has a writable /dev/shm (for tests that make and remove
+    // hundreds of thousands of names), else on disk.
+    explicit TempDir(Backing backing = disk);
     ~TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
