@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -50,6 +51,30 @@ ToolResult runTool(const std::vector<std::string>& arguments, const std::map<std
     int status = 0;
     ::waitpid(child, &status, 0);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(outPath), slurp(errPath)};
+}
+
+std::map<std::string, std::string> toolEnvironment(const std::filesystem::path& parent) {
+    std::filesystem::create_directories(parent / "home");
+    std::filesystem::create_directories(parent / "tmp");
+    return {{"HOME", (parent / "home").string()},
+            {"TMPDIR", (parent / "tmp").string()},
+            {"PATH", toolFolderWithOnlyRm(parent).string()},
+            {"LANG", "C"}};
+}
+
+void setTreeModificationTime(const std::filesystem::path& root, std::chrono::system_clock::time_point time) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) setModificationTime(entry.path(), time);
+    setModificationTime(root, time);
+}
+
+std::string listingWithout(const std::string& listing, const std::vector<std::string>& removedPrefixes) {
+    std::string kept;
+    std::istringstream lines(listing);
+    for (std::string line; std::getline(lines, line);)
+        if (std::none_of(removedPrefixes.begin(), removedPrefixes.end(),
+                         [&](const std::string& prefix) { return line.starts_with(prefix); }))
+            kept += line + "\n";
+    return kept;
 }
 
 std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent) {
