@@ -132,7 +132,7 @@ TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
         << "promised " << promised << "\n" << result.standardOutput;
 }
 
-TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNothing) {
+TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdDryRunRemovesNothingAndAnIdOnlyItsTarget) {
     const std::string before = testing::listing(root.path());
     const auto refused = testing::runTool({"--catalog", "macos", "clean"}, environment);
     EXPECT_EQ(refused.exitStatus, 2);
@@ -143,6 +143,10 @@ TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdAndDryRunRemovesNo
     const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, environment);
     EXPECT_EQ(dryRun.exitStatus, 0) << dryRun.standardError;
     EXPECT_EQ(testing::listing(root.path()), before);
+
+    const auto byId = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
+    ASSERT_EQ(byId.exitStatus, 0) << byId.standardError;
+    EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.konan/"}));
 }
 
 TEST_F(FakeHome, CleanLeavesTheBuildFoldersOfInstalledPythonPackages) {
@@ -197,14 +201,6 @@ TEST_F(FakeHome, FoldersBelowPathsLongerThanPathMaxAreMeasuredAndCleanedExactly)
     EXPECT_TRUE(testing::deepExists(source));
     EXPECT_TRUE(testing::deepExists(manifest));
     EXPECT_TRUE(std::filesystem::exists(home / "workspace/young/node_modules/right-pad/index.js"));
-}
-
-TEST_F(FakeHome, CleanByIdRemovesOnlyThatTarget) {
-    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
-    ASSERT_EQ(result.exitStatus, 0) << result.standardError;
-    EXPECT_FALSE(std::filesystem::exists(home / ".konan"));
-    EXPECT_TRUE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData/App-abc/Build/out.o"));
-    EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache/content-v2/sha512/aa/bb/cc"));
 }
 
 TEST_F(FakeHome, ExclusionTypedComposedProtectsAProjectSpelledDecomposed) {

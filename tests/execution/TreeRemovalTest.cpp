@@ -14,6 +14,7 @@
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
+#include "support/DeepTree.h"
 #include "support/TempDir.h"
 
 namespace kelvo::platform {
@@ -26,24 +27,6 @@ using kelvo::testing::listing;
 using kelvo::testing::present;
 using kelvo::testing::makeDirectory;
 using kelvo::testing::writeFile;
-
-// Makes a chain of `levels` folders named `name` below the open folder `fd`, with a file
-// in each; through descriptors, since no path string could name the bottom of a deep one.
-void buildChain(int fd, const std::string& name, int levels) {
-    fd = ::dup(fd);
-    for (int level = 0; level < levels; ++level) {
-        ASSERT_EQ(::mkdirat(fd, name.c_str(), 0755), 0);
-        const int file = ::openat(fd, ("file" + std::to_string(level % 3)).c_str(), O_WRONLY | O_CREAT, 0644);
-        ASSERT_GE(file, 0);
-        ::write(file, "data", 4);
-        ::close(file);
-        const int child = ::openat(fd, name.c_str(), O_RDONLY | O_DIRECTORY);
-        ::close(fd);
-        ASSERT_GE(child, 0);
-        fd = child;
-    }
-    ::close(fd);
-}
 
 int openDescriptors() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -62,13 +45,11 @@ WorkSharing everyStep(std::function<void()> step) {
 
 TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
     TempDir root;
-    const path top = makeDirectory(root / "deep");
+    const path top = root / "deep";
     const path sibling = writeFile(root / "sibling/keep", 10);
-    const std::string name = "a-rather-long-level-name";
-    const int fd = ::open(top.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(fd, 0);
-    buildChain(fd, name, PATH_MAX / static_cast<int>(name.size() + 1) + 50);
-    ::close(fd);
+    const std::string name(200, 'n');
+    const path bottom = kelvo::testing::makeFolderChain(top, PATH_MAX / (name.size() + 1) + 4, name);
+    kelvo::testing::writeDeepFile(bottom / "file", 100);
 
     EXPECT_FALSE(removeTree(top));
     EXPECT_FALSE(present(top));
@@ -81,10 +62,8 @@ TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     const path sibling = writeFile(root / "sibling/keep", 10);
     // Each branch is deeper than a walk keeps open, so the top folder is closed and
     // reopened while its other branches still wait to be removed.
-    const int fd = ::open(tree.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(fd, 0);
-    for (int branch = 0; branch < 12; ++branch) buildChain(fd, "branch-" + std::to_string(branch), 48);
-    ::close(fd);
+    for (int branch = 0; branch < 12; ++branch)
+        kelvo::testing::writeDeepFile(kelvo::testing::makeFolderChain(tree / ("branch-" + std::to_string(branch)), 48) / "f", 4);
     const int before = openDescriptors();
     int peak = 0;
 
@@ -180,45 +159,37 @@ TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {
     EXPECT_EQ(fs::file_size(canary), 100u);
 }
 
-TEST(TreeRemoval, TheItemItselfMayBeAFileOrALink) {
+TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     TempDir root;
     const path file = writeFile(root / "dir/file", 100);
-    const path target = makeDirectory(root / "target");
-    const path inside = writeFile(target / "inside", 100);
-    fs::create_directory_symlink(target, root / "dir/link");
-
-    EXPECT_FALSE(removeTree(root / "dir/link"));
-    EXPECT_FALSE(present(root / "dir/link"));
-    EXPECT_TRUE(fs::exists(inside));
-    EXPECT_FALSE(removeTree(file));
-    EXPECT_FALSE(present(file));
-    EXPECT_TRUE(fs::is_directory(root / "dir"));
-    EXPECT_EQ(removeTree(root / "dir/missing"), std::errc::no_such_file_or_directory);
-}
-
-TEST(TreeRemoval, ALinkOrFileInTheParentChainStopsEverything) {
-    TempDir root;
+    const path inside = writeFile(root / "target/inside", 100);
+    fs::create_directory_symlink(root / "target", root / "dir/link");
     const path real = writeFile(root / "real/sub/tree/file", 100).parent_path();
     fs::create_directory_symlink(root / "real", root / "via");
-    const path file = writeFile(root / "plain", 10);
-
-    EXPECT_EQ(removeTree(root / "via/sub/tree"), std::errc::too_many_symbolic_link_levels);
-    EXPECT_EQ(removeTree(file / "x"), std::errc::not_a_directory);
-    EXPECT_TRUE(fs::exists(real / "file"));
-    EXPECT_TRUE(fs::exists(file));
-}
-
-TEST(TreeRemoval, OnlyStandardAbsolutePathsAreAccepted) {
-    TempDir root;
-    const path tree = writeFile(root / "tree/sub/file", 10).parent_path().parent_path();
-    for (const path& spelling : {path(tree / "sub/.."), path(tree / "sub/../sub"), path(tree / "./sub"),
-                                 path("relative/path"), path("/"), path("")})
-        EXPECT_EQ(removeTree(spelling), std::errc::invalid_argument) << spelling;
-    EXPECT_TRUE(fs::exists(tree / "sub/file"));
-    // Repeated and trailing separators are harmless.
-    EXPECT_FALSE(removeTree(path(root.path().string() + "//tree/sub/")));
-    EXPECT_FALSE(present(tree / "sub"));
-    EXPECT_TRUE(fs::is_directory(tree));
+    const path plain = writeFile(root / "plain", 10);
+    const path tree = real.parent_path();
+    struct Case {
+        path item;
+        std::error_code error;
+    };
+    const Case cases[] = {
+        {root / "via/sub/tree", std::make_error_code(std::errc::too_many_symbolic_link_levels)},
+        {plain / "x", std::make_error_code(std::errc::not_a_directory)},
+        {root / "dir/missing", std::make_error_code(std::errc::no_such_file_or_directory)},
+        {tree / "tree/..", std::make_error_code(std::errc::invalid_argument)},
+        {tree / "tree/../tree", std::make_error_code(std::errc::invalid_argument)},
+        {tree / "./tree", std::make_error_code(std::errc::invalid_argument)},
+        {"relative/path", std::make_error_code(std::errc::invalid_argument)},
+        {"/", std::make_error_code(std::errc::invalid_argument)},
+        {"", std::make_error_code(std::errc::invalid_argument)},
+        // A link goes as a link, a file as a file; repeated and trailing separators are harmless.
+        {root / "dir/link", {}},
+        {file, {}},
+        {path(root.path().string() + "//real/sub/tree/"), {}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(removeTree(c.item), c.error) << c.item;
+    EXPECT_FALSE(present(root / "dir/link") || present(file) || present(real));
+    for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(present(kept)) << kept;
 }
 
 TEST(TreeRemoval, PermissionErrorsAreTold) {

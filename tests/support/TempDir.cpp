@@ -102,10 +102,4 @@ void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group) {
 
 bool runningAsRoot() { return ::geteuid() == 0; }
 
-int runAsNobody(const std::string& command) {
-    const std::string wrapped = "setpriv --reuid=65534 --regid=65534 --clear-groups /bin/sh -c '" + command + "'";
-    const int status = std::system(wrapped.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 }  // namespace kelvo::testing

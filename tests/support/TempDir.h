@@ -44,10 +44,7 @@ std::string listing(const std::filesystem::path& directory);
 // Changes the owner of a tree (links themselves, never their targets).
 void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
 
-// Whether this process can run a command as the unprivileged user 65534 (setpriv as
-// root), or is itself unprivileged; tests of unreadable folders need one or the other.
+// Whether this process runs as root: only root can give files to another user.
 bool runningAsRoot();
-// Runs a shell command as uid/gid 65534 through setpriv; returns its exit status.
-int runAsNobody(const std::string& command);
 
 }  // namespace kelvo::testing

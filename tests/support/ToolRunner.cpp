@@ -13,6 +13,13 @@
 namespace kelvo::testing {
 namespace {
 
+std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent) {
+    const auto folder = parent / "bin";
+    std::filesystem::create_directories(folder);
+    std::filesystem::create_symlink("/bin/rm", folder / "rm");
+    return folder;
+}
+
 std::string slurp(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     std::stringstream text;
@@ -75,13 +82,6 @@ std::string listingWithout(const std::string& listing, const std::vector<std::st
                          [&](const std::string& prefix) { return line.starts_with(prefix); }))
             kept += line + "\n";
     return kept;
-}
-
-std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent) {
-    const auto folder = parent / "bin";
-    std::filesystem::create_directories(folder);
-    std::filesystem::create_symlink("/bin/rm", folder / "rm");
-    return folder;
 }
 
 }  // namespace kelvo::testing

@@ -20,7 +20,8 @@ struct ToolResult {
 ToolResult runTool(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment);
 
 // The environment of a user whose home is parent/home and temporary folder parent/tmp (both
-// made), with PATH holding only rm (toolFolderWithOnlyRm) and the C locale.
+// made), in the C locale, with a PATH folder (parent/bin) that holds only a link to rm: the
+// one command tool every machine has, so scans see the same tools on every machine.
 std::map<std::string, std::string> toolEnvironment(const std::filesystem::path& parent);
 
 // Sets the modification time of everything below a folder, the folder included.
@@ -29,9 +30,5 @@ void setTreeModificationTime(const std::filesystem::path& root, std::chrono::sys
 // A listing (TempDir.h) less every line that starts with one of the prefixes: what a tree
 // must look like after exactly those items went.
 std::string listingWithout(const std::string& listing, const std::vector<std::string>& removedPrefixes);
-
-// A folder holding only a link to rm, for PATH: the one command tool every machine has,
-// so scans see the same tools on every machine.
-std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent);
 
 }  // namespace kelvo::testing
