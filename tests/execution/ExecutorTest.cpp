@@ -125,6 +125,7 @@ TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
                                       "error missing: " + L10n::t("exec.error.toolNotFound"),
                                       "error failing: " + L10n::t("exec.error.exitCode", std::int64_t{2}),
                                       "error crashing: " + L10n::t("exec.error.exitCode", std::int64_t{-1}), "freed 0"}));
+    ASSERT_EQ(report.errors.size(), 3u);
     EXPECT_NE(report.errors[2].text.find("-1"), std::string::npos);
 }
 

@@ -98,6 +98,11 @@ TEST_F(SafetyGuardTest, HomeAndFlutterRootsAreComparedAsTheyResolve) {
     env.flutterBinCache = makeDirectory(root / "sdk/bin/cache");
     EXPECT_FALSE(cleanGuard(env).isDeletable(root / "sdk/bin"));
     EXPECT_TRUE(cleanGuard(env).isDeletable(root / "sdk/bin/cache"));
+    // A home inside another root is still refused on its own account.
+    auto nested = environmentAt(makeDirectory(root / "sdk/bin/me"), tmp);
+    nested.flutterBinCache = env.flutterBinCache;
+    EXPECT_FALSE(cleanGuard(nested).isDeletable(root / "sdk/bin/me"));
+    EXPECT_TRUE(cleanGuard(nested).isDeletable(root / "sdk/bin/other"));
 
     // A home given through a link, or in the other Unicode spelling, is the same folder.
     fs::create_directory_symlink(home, root / "home-link");
