@@ -7,7 +7,6 @@
 #include <map>
 #include <set>
 
-#include "support/DeepTree.h"
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
 
@@ -147,76 +146,6 @@ TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdDryRunRemovesNothi
     const auto byId = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
     ASSERT_EQ(byId.exitStatus, 0) << byId.standardError;
     EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.konan/"}));
-}
-
-TEST_F(FakeHome, CleanLeavesTheBuildFoldersOfInstalledPythonPackages) {
-    // `python3 -m venv env` beside a pyproject.toml: "env" is no kind of its own, so the walk goes in.
-    const auto project = home / "workspace/api";
-    writeFile(project / "pyproject.toml", 100);
-    writeFile(project / "env/pyvenv.cfg", 100);
-    const auto operations = project / "env/lib/python3.11/site-packages/pip/_internal/operations";
-    writeFile(operations / "build/__init__.py", 100);
-    writeFile(operations / "build/wheel.py", 6000);
-    writeFile(operations / "install/__init__.py", 100);
-    writeFile(project / "build/lib/api/main.py", 5000);  // the project's own output
-    const auto old = std::chrono::system_clock::now() - 90 * 24h;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(project))
-        testing::setModificationTime(entry.path(), old);
-
-    const auto result = testing::runTool({"clean", "--yes", "--id", "per-project-build"}, environment);
-    ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
-    EXPECT_FALSE(std::filesystem::exists(project / "build"));
-    EXPECT_TRUE(std::filesystem::exists(operations / "build/__init__.py"));
-    EXPECT_TRUE(std::filesystem::exists(operations / "build/wheel.py"));
-    EXPECT_TRUE(std::filesystem::exists(project / "env/pyvenv.cfg"));
-}
-
-TEST_F(FakeHome, FoldersBelowPathsLongerThanPathMaxAreMeasuredAndCleanedExactly) {
-    // 22 folders of 200 characters: the node_modules lies below some 4.4 KB of path.
-    const auto bottom = testing::makeFolderChain(home / "workspace/deep", 22, std::string(200, 'n'));
-    ASSERT_GT(bottom.native().size(), 4400u);
-    const auto modules = bottom / "node_modules";
-    testing::writeDeepFile(modules / "pkg/index.js", 8000);
-    testing::writeDeepFile(modules / "pkg/package.json", 700);
-    const auto source = testing::writeDeepFile(bottom / "src/main.js", 3000);
-    const auto manifest = testing::writeDeepFile(bottom / "package.json", 100);
-    testing::setDeepModificationTime(modules, std::chrono::system_clock::now() - 40 * 24h);
-    const std::int64_t expected = sizeOf("workspace/old/node_modules") + testing::deepAllocatedBytesBelow(modules);
-
-    const auto plan = scanPlan();
-    ASSERT_TRUE(plan.contains("per-project-node_modules"));
-    EXPECT_EQ(plan.at("per-project-node_modules")["sizeBytes"], expected);
-    EXPECT_EQ(plan.at("per-project-node_modules")["notes"], "");
-
-    const auto dryRun = testing::runTool({"clean", "--dry-run", "--id", "per-project-node_modules"}, environment);
-    EXPECT_EQ(dryRun.exitStatus, 0) << dryRun.standardOutput << dryRun.standardError;
-    EXPECT_NE(dryRun.standardOutput.find(std::to_string(expected)), std::string::npos) << dryRun.standardOutput;
-    EXPECT_TRUE(testing::deepExists(modules / "pkg/index.js"));
-
-    const auto clean = testing::runTool({"clean", "--yes", "--id", "per-project-node_modules"}, environment);
-    EXPECT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;  // nothing skipped
-    EXPECT_NE(clean.standardOutput.find(std::to_string(expected)), std::string::npos) << clean.standardOutput;
-    EXPECT_FALSE(testing::deepExists(modules));
-    EXPECT_FALSE(std::filesystem::exists(home / "workspace/old/node_modules"));
-    EXPECT_TRUE(testing::deepExists(source));
-    EXPECT_TRUE(testing::deepExists(manifest));
-    EXPECT_TRUE(std::filesystem::exists(home / "workspace/young/node_modules/right-pad/index.js"));
-}
-
-TEST_F(FakeHome, ExclusionTypedComposedProtectsAProjectSpelledDecomposed) {
-    // The folder's é is e + U+0301 on disk; the exclusion was typed with the one character.
-    const path project = home / "workspace/cafe\xCC\x81";
-    writeFile(project / "package.json", 100);
-    const path kept = writeFile(project / "node_modules/dep/index.js", 4000);
-    testing::setModificationTime(project / "node_modules", std::chrono::system_clock::now() - 40 * 24h);
-    testing::writeText(home / ".config/kelvo/config.json",
-                       R"({"defaultLevel": "moderate", "extraExclusions": ["~/workspace/caf\u00e9"],)"
-                       R"( "keepRecentDays": 3, "projectRoots": ["~/workspace"]})");
-
-    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
-    EXPECT_EQ(result.exitStatus, 1) << result.standardOutput << result.standardError;  // the project's kind is skipped
-    EXPECT_TRUE(std::filesystem::exists(kept));
-    EXPECT_FALSE(std::filesystem::exists(home / "Library/Developer/Xcode/DerivedData"));  // the rest was cleaned
 }
 
 TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {

@@ -204,7 +204,7 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythin
     EXPECT_EQ(fs::file_size(canary), 4096u);
 }
 
-TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTarget) {
+TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTargetAndALongPathDoesNot) {
     // Below a short path, and below one longer than PATH_MAX that the system cannot resolve.
     for (const path& base : {home, testing::makeFolderChain(home / "deep", 22, std::string(200, 'n'))}) {
         const path file = testing::writeDeepFile(base / "real/sub/target/file", 100);
@@ -218,7 +218,11 @@ TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTarget) {
                 << base.native().size() << " bytes of path";
         }
         EXPECT_TRUE(testing::deepExists(file));
-        EXPECT_TRUE(testing::deepExists(base / "via"));
+        // Named without the link, the same target goes, however long its path.
+        const auto report = executor().execute({pathTarget("direct", {base / "real/sub/target"})});
+        EXPECT_EQ(summary(report).substr(0, 15), "deleted direct\n") << summary(report);
+        EXPECT_FALSE(testing::deepExists(base / "real/sub/target"));
+        EXPECT_TRUE(testing::deepExists(base / "real/sub") && testing::deepExists(base / "via"));
     }
 }
 

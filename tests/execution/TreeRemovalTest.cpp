@@ -192,13 +192,6 @@ TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(present(kept)) << kept;
 }
 
-TEST(TreeRemoval, PermissionErrorsAreTold) {
-    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::permission_denied)));
-    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::operation_not_permitted)));
-    EXPECT_FALSE(isPermissionError(std::make_error_code(std::errc::no_such_file_or_directory)));
-    EXPECT_FALSE(isPermissionError({}));
-}
-
 // A file system mounted inside the tree is not part of it. Runs in a child with a mount
 // namespace of its own, so the mount disappears with it whatever happens.
 TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
