@@ -63,7 +63,22 @@ protected:
     std::map<std::string, std::string> environment;
 };
 
-TEST_F(FakeHome, ScanOffersExactlyWhatTheCatalogDefinesWithAllocatedSizes) {
+TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
+    const auto limited = testing::runTool(
+        {"--catalog", "macos", "scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
+    ASSERT_EQ(limited.exitStatus, 0) << limited.standardError;
+    const auto document = nlohmann::json::parse(limited.standardOutput);
+    std::set<std::string> ids;
+    for (const auto& target : document["targets"]) ids.insert(target["id"]);
+    EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "per-project-node_modules", "per-project-bin"}));
+
+    const auto unknown = testing::runTool({"--catalog", "macos", "scan", "--family", "cobol"}, environment);
+    EXPECT_EQ(unknown.exitStatus, 2);
+    EXPECT_NE(unknown.standardError.find("cobol"), std::string::npos);
+    EXPECT_NE(unknown.standardError.find("xcode"), std::string::npos);  // the accepted names are listed
+}
+
+TEST_F(FakeHome, ScanOffersWhatTheCatalogDefinesAtAllocatedSizesAndCleanRemovesThePreselectionAndNothingElse) {
     const auto plan = scanPlan();
     std::set<std::string> ids;
     for (const auto& [id, target] : plan) ids.insert(id);
@@ -82,25 +97,6 @@ TEST_F(FakeHome, ScanOffersExactlyWhatTheCatalogDefinesWithAllocatedSizes) {
     EXPECT_EQ(plan.at("metro-cache")["preselected"], false);  // a command of unknown size
     EXPECT_EQ(plan.at("metro-cache")["sizeBytes"], 0);
     EXPECT_EQ(plan.at("derived-data")["preselected"], true);
-}
-
-TEST_F(FakeHome, FamilyOptionLimitsTheScanAndRejectsUnknownNames) {
-    const auto limited = testing::runTool(
-        {"--catalog", "macos", "scan", "--json", "--family", "xcode", "--family", "projects"}, environment);
-    ASSERT_EQ(limited.exitStatus, 0) << limited.standardError;
-    const auto document = nlohmann::json::parse(limited.standardOutput);
-    std::set<std::string> ids;
-    for (const auto& target : document["targets"]) ids.insert(target["id"]);
-    EXPECT_EQ(ids, (std::set<std::string>{"derived-data", "per-project-node_modules", "per-project-bin"}));
-
-    const auto unknown = testing::runTool({"--catalog", "macos", "scan", "--family", "cobol"}, environment);
-    EXPECT_EQ(unknown.exitStatus, 2);
-    EXPECT_NE(unknown.standardError.find("cobol"), std::string::npos);
-    EXPECT_NE(unknown.standardError.find("xcode"), std::string::npos);  // the accepted names are listed
-}
-
-TEST_F(FakeHome, CleanRemovesThePreselectionAndNothingElse) {
-    const auto plan = scanPlan();
     const std::string before = testing::listing(root.path());
     const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
     ASSERT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;

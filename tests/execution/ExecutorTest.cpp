@@ -307,16 +307,5 @@ TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
     EXPECT_FALSE(present(apps / "Tool.app") || present(apps / "Browser Copy.app"));
 }
 
-TEST(StubProcessProbe, FragmentsMatchWhenEitherContainsTheOtherAndNamesExactly) {
-    const StubProcessProbe probe({"Xcode", "java"}, {"/Applications/Foo.app/Contents/MacOS"});
-    for (const auto& [fragment, running] : std::vector<std::pair<std::string, bool>>{
-             {"/Applications/Foo.app/Contents/MacOS/Foo", true}, {"Foo.app", true},
-             {"/Applications/Foo.app/Contents/MacOS", true}, {"", false}, {"/Applications/Bar.app", false}, {"java", false}})
-        EXPECT_EQ(probe.isRunningUnder(fragment), running) << fragment;
-    for (const auto& [name, running] : std::vector<std::pair<std::string, bool>>{
-             {"java", true}, {"jav", false}, {"Java", false}, {"Foo", false}})
-        EXPECT_EQ(probe.isRunning(name), running) << name;
-}
-
 }  // namespace
 }  // namespace kelvo

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -41,19 +40,6 @@ WorkSharing everyStep(std::function<void()> step) {
                 step();
                 return false;
             }};
-}
-
-TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
-    TempDir root;
-    const path top = root / "deep";
-    const path sibling = writeFile(root / "sibling/keep", 10);
-    const std::string name(200, 'n');
-    const path bottom = kelvo::testing::makeFolderChain(top, PATH_MAX / (name.size() + 1) + 4, name);
-    kelvo::testing::writeDeepFile(bottom / "file", 100);
-
-    EXPECT_FALSE(removeTree(top));
-    EXPECT_FALSE(present(top));
-    EXPECT_TRUE(fs::exists(sibling));
 }
 
 TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
