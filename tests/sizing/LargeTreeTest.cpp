@@ -2,7 +2,6 @@
 // out of the default run), and folders removed while they are measured.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -26,29 +25,16 @@ using testing::makeDirectory;
 using testing::TempDir;
 using testing::writeFile;
 
-std::int64_t allocatedAt(int directoryFd, const std::string& name) {
-    struct stat status {};
-    if (::fstatat(directoryFd, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return -1;
-    return static_cast<std::int64_t>(status.st_blocks) * 512;
-}
-
 // A folder of a million names. Making a million files on disk takes this machine about
 // 50 seconds, so the names are hard links (16 files, each linked 62,500 times: below every
-// file system's link limit) made in memory-backed /dev/shm where it exists; a link costs
+// file system's link limit) made in memory where the machine allows; a link costs
 // far less than a file, and every name still counts its file's block, so the total proves
 // that each of the million names was listed and counted exactly once.
 TEST(LargeFolder, MillionEntriesAreEachCountedOnce) {
     constexpr int entries = 1'000'000;
     constexpr int files = 16;
-    std::string pattern =
-        (std::filesystem::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0 ? path("/dev/shm")
-                                                                                     : std::filesystem::temp_directory_path())
-            .string() +
-        "/kelvo-million-XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    const path parent = pattern;
-    const path big = parent / "big";
-    ASSERT_EQ(::mkdir(big.c_str(), 0755), 0);
+    const TempDir parent(TempDir::memory);
+    const path big = makeDirectory(parent / "big");
     const int fd = ::open(big.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_GE(fd, 0);
     const auto nameOf = [](int index) {
@@ -56,30 +42,24 @@ TEST(LargeFolder, MillionEntriesAreEachCountedOnce) {
         std::snprintf(name, sizeof name, "e%07d", index);
         return std::string(name);
     };
-    for (int index = 0; index < files; ++index) {
-        const int file = ::openat(fd, nameOf(index).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-        ASSERT_GE(file, 0);
-        ASSERT_EQ(::write(file, "k", 1), 1);
-        ::close(file);
-    }
+    for (int index = 0; index < files; ++index) writeFile(big / nameOf(index), 1);
     int made = files;
     for (; made < entries; ++made)
         if (::linkat(fd, nameOf(made % files).c_str(), fd, nameOf(made).c_str(), 0) != 0) break;
     const int linkError = errno;
-    const std::int64_t perName = allocatedAt(fd, nameOf(0));
+    const std::int64_t perName = allocatedBytes(big / nameOf(0));
 
     Measurement alone;
     Measurement pooled;
     if (made == entries) {
         WorkerPool pool(4);
-        alone = DirectorySizer().measure(parent);
-        pooled = DirectorySizer(pool).measure(parent);
+        alone = DirectorySizer().measure(parent.path());
+        pooled = DirectorySizer(pool).measure(parent.path());
     }
     const std::int64_t expected = allocatedBytes(big) + perName * entries;
 
     for (int index = 0; index < made; ++index) ::unlinkat(fd, nameOf(index).c_str(), 0);
     ::close(fd);
-    std::filesystem::remove_all(parent);
 
     ASSERT_EQ(made, entries) << "could not make the names: " << std::strerror(linkError);
     ASSERT_GT(perName, 0);
