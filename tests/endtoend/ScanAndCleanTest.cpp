@@ -183,21 +183,6 @@ TEST_F(FakeHome, ACommandRunsWithTheResolvedTemporaryFolderWhenTMPDIRIsUnset) {
     EXPECT_FALSE(std::filesystem::exists(scratch)) << "the command did not run in /tmp";
 }
 
-TEST_F(FakeHome, AnotherUsersEntryInTheTemporaryFolderIsNeitherOfferedNorRemoved) {
-    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
-    const path theirs = writeFile(tmp / "metro-theirs/cache.bin", 2000).parent_path();
-    ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
-    ASSERT_EQ(::lchown((theirs / "cache.bin").c_str(), 65534, 65534), 0);
-    const auto plan = scanPlan();
-    EXPECT_FALSE(plan.contains("tmpdir-scratch/metro-theirs"));
-    EXPECT_TRUE(plan.contains("tmpdir-scratch/metro-abc"));
-
-    const auto result = testing::runTool({"--catalog", "macos", "clean", "--yes"}, environment);
-    EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
-    EXPECT_TRUE(std::filesystem::exists(theirs / "cache.bin"));
-    EXPECT_FALSE(std::filesystem::exists(tmp / "metro-abc"));
-}
-
 TEST_F(FakeHome, ACatalogPathThatIsALinkIsShownUnchosenAndLeftAlone) {
     const path brew = writeFile(root / "elsewhere/Homebrew/downloads/bottle.tar.gz", 30000).parent_path().parent_path();
     testing::makeDirectory(home / "Library/Caches");

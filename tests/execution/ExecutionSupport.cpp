@@ -54,6 +54,10 @@ std::string summary(const ExecutionReport& report) {
     return lines(out);
 }
 
+std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
+    return "skipped " + id + ": " + L10n::t(key, detail);
+}
+
 std::string lines(const std::vector<std::string>& expected) {
     std::string text;
     for (const auto& line : expected) text += line + "\n";

@@ -49,6 +49,8 @@ bool present(const std::filesystem::path& location);
 // The whole report, one line per entry in its order: "deleted id", "partial id",
 // "unknown id", "skipped id: text", "error id: text", then "freed N".
 std::string summary(const ExecutionReport& report);
+// The line of a target skipped for the reason `key` names.
+std::string skipped(const std::string& id, const std::string& key, const std::string& detail);
 // The lines a test expects, joined the same way.
 std::string lines(const std::vector<std::string>& expected);
 

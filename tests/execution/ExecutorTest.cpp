@@ -19,6 +19,7 @@ using testing::commandTarget;
 using testing::lines;
 using testing::makeDirectory;
 using testing::pathTarget;
+using testing::skipped;
 using testing::present;
 using testing::RecordingRunner;
 using testing::summary;
@@ -33,9 +34,6 @@ protected:
     Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
                       CommandFunction runner = {}) const {
         return testing::executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
-    }
-    static std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
-        return "skipped " + id + ": " + L10n::t(key, detail);
     }
 
     testing::TempDir root;

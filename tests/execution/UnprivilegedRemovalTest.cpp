@@ -7,7 +7,6 @@
 
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
-#include "kelvo/L10n.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -19,6 +18,7 @@ using testing::TempDir;
 using testing::makeDirectory;
 using testing::nobodyId;
 using testing::pathTarget;
+using testing::skipped;
 using testing::lines;
 using testing::present;
 using testing::writeFile;
@@ -34,9 +34,6 @@ protected:
     UnprivilegedRemovalTest() : home(makeDirectory(root / "home")) {}
 
     Executor executor() const { return testing::executorFor(home, root / "tmp"); }
-    static std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
-        return "skipped " + id + ": " + L10n::t(key, detail);
-    }
 
     // Gives the home to 65534 when we are root; otherwise the files are ours already.
     void handOver() const {
