@@ -162,7 +162,8 @@ TEST_F(ExecutorTest, ARefusedPathOrLinkLeavesEveryPathOfItsTargetAndVanishedPath
 
 TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythingAround) {
     // Large trees, so that the small one after them finishes first; a target inside the
-    // first, which must wait for it and then finds nothing left; links out of a tree.
+    // first, which must wait for it and then finds nothing left; links out of a tree,
+    // dangling and looping ones.
     const path large = home / ".cache/large";
     const path bulk = home / ".cache/bulk";
     for (int folder = 0; folder < 40; ++folder) {
@@ -172,6 +173,8 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythin
     const path canary = writeFile(outside / "shared/canary", 4096);
     fs::create_directory_symlink(outside / "shared", large / "link-to-outside");
     fs::create_symlink(canary, bulk / "file-link");
+    fs::create_symlink(home / "nowhere", bulk / "dangling");
+    fs::create_directory_symlink(bulk, bulk / "d0/loop");
     const path small = writeFile(home / "Library/Caches/small/file", 100).parent_path();
     const path log = writeFile(home / "logs/build.log", 12000);
     const path foreign = writeFile(outside / "foreign", 10);

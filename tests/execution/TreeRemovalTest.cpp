@@ -127,24 +127,6 @@ TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
     ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
 }
 
-TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {
-    TempDir root;
-    const path outside = makeDirectory(root / "outside");
-    const path canary = writeFile(outside / "folder/canary", 100);
-    const path tree = root / "tree";
-    writeFile(tree / "sub/file", 100);
-    fs::create_directory_symlink(outside / "folder", tree / "sub/dir-link");
-    fs::create_symlink(canary, tree / "file-link");
-    fs::create_symlink(root / "nowhere", tree / "dangling");
-    fs::create_directory_symlink(tree, tree / "sub/loop");
-    const std::string before = listing(outside);
-
-    EXPECT_FALSE(removeTree(tree, {.addOwnerPermissions = true, .sharing = {}}));
-    EXPECT_FALSE(present(tree));
-    EXPECT_EQ(listing(outside), before);
-    EXPECT_EQ(fs::file_size(canary), 100u);
-}
-
 TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     TempDir root;
     const path file = writeFile(root / "dir/file", 100);
