@@ -16,16 +16,8 @@ using testing::TempDir;
 
 class CommandLine : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::filesystem::create_directories(root / "tmp");
-        environment = {{"HOME", (root / "home").string()},
-                       {"TMPDIR", (root / "tmp").string()},
-                       {"PATH", testing::toolFolderWithOnlyRm(root.path()).string()},
-                       {"LANG", "C"}};
-    }
-
     TempDir root;
-    std::map<std::string, std::string> environment;
+    std::map<std::string, std::string> environment = testing::toolEnvironment(root.path());
 };
 
 TEST_F(CommandLine, VersionIsPrinted) {

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
@@ -25,8 +23,8 @@ constexpr const char* cacheTag = "Signature: 8a477f597d28d172789f06886806bc55\n"
 class LinuxHome : public ::testing::Test {
 protected:
     void SetUp() override {
+        environment = testing::toolEnvironment(root.path());
         home = root / "home";
-        std::filesystem::create_directories(root / "tmp");
         for (const auto* file : {".cache/pip/http/a/b", ".cache/JetBrains/IntelliJIdea2024.1/index/ids",
                                  ".cache/huggingface/hub/model.bin", ".config/Code/Cache/stale", "cfg/Code/Cache/data_0",
                                  "cfg/Code/User/settings.json", "data/Trash/files/old.txt",
@@ -45,18 +43,13 @@ protected:
         std::filesystem::create_directories(root / "system-flatpak/app/org.example.System");
         std::filesystem::create_directories(root / "flatpak-config");
         writeFile(root / "outside/gomod/cache/download/x.zip", 6000);
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path()))
-            testing::setModificationTime(entry.path(), std::chrono::system_clock::now() - 40 * 24h);
-        environment = {{"HOME", home.string()},
-                       {"TMPDIR", (root / "tmp").string()},
-                       {"PATH", testing::toolFolderWithOnlyRm(root.path()).string()},
-                       {"LANG", "C"},
-                       {"XDG_CONFIG_HOME", (home / "cfg").string()},
-                       {"XDG_DATA_HOME", (home / "data").string()},
-                       {"CARGO_HOME", (home / "rust/cargo").string()},
-                       {"GOMODCACHE", (root / "outside/gomod").string()},
-                       {"FLATPAK_SYSTEM_DIR", (root / "system-flatpak").string()},
-                       {"FLATPAK_CONFIG_DIR", (root / "flatpak-config").string()}};
+        testing::setTreeModificationTime(root.path(), std::chrono::system_clock::now() - 40 * 24h);
+        environment.merge(std::map<std::string, std::string>{{"XDG_CONFIG_HOME", (home / "cfg").string()},
+                                                             {"XDG_DATA_HOME", (home / "data").string()},
+                                                             {"CARGO_HOME", (home / "rust/cargo").string()},
+                                                             {"GOMODCACHE", (root / "outside/gomod").string()},
+                                                             {"FLATPAK_SYSTEM_DIR", (root / "system-flatpak").string()},
+                                                             {"FLATPAK_CONFIG_DIR", (root / "flatpak-config").string()}});
     }
 
     nlohmann::json run(const std::vector<std::string>& arguments) {
@@ -65,16 +58,6 @@ protected:
         const auto result = testing::runTool(withCatalog, environment);
         EXPECT_EQ(result.exitStatus, 0) << result.standardOutput << result.standardError;
         return arguments.back() == "--json" ? nlohmann::json::parse(result.standardOutput) : nlohmann::json();
-    }
-
-    // The listing taken before, less every line under one of the removed folders.
-    static std::string without(const std::string& before, const std::vector<std::string>& removed) {
-        std::string expected;
-        std::istringstream lines(before);
-        for (std::string line; std::getline(lines, line);)
-            if (std::none_of(removed.begin(), removed.end(), [&](const auto& prefix) { return line.starts_with(prefix); }))
-                expected += line + "\n";
-        return expected;
     }
 
     TempDir root;
@@ -104,7 +87,7 @@ TEST_F(LinuxHome, ScanOffersWhatTheToolsLeftWhereTheyKeepItAndCleanRemovesOnlyTh
     const std::string before = testing::listing(root.path());
     run({"clean", "--yes"});
     EXPECT_EQ(testing::listing(root.path()),
-              without(before, {"home/.cache/pip/", "home/.cache/JetBrains/IntelliJIdea2024.1/", "home/cfg/Code/Cache/",
+              testing::listingWithout(before, {"home/.cache/pip/", "home/.cache/JetBrains/IntelliJIdea2024.1/", "home/cfg/Code/Cache/",
                                "home/rust/cargo/registry/",
                                "home/workspace/crate/target/", "home/workspace/native/cmake-build-debug/",
                                "home/workspace/py/.venv/", "home/workspace/py/pkg/__pycache__/",
@@ -128,7 +111,7 @@ TEST_F(LinuxHome, DataOfARemovedFlatpakIsOfferedButGoesOnlyWhenNamed) {
     run({"prepare", "clean", "--yes"});
     EXPECT_EQ(testing::listing(root.path()), before);
     run({"prepare", "clean", "--yes", "--id", "leftover:org.example.Gone"});
-    EXPECT_EQ(testing::listing(root.path()), without(before, {"home/.var/app/org.example.Gone/"}));
+    EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.var/app/org.example.Gone/"}));
 }
 
 TEST_F(LinuxHome, TheCatalogOptionIsGlobalAndChecked) {

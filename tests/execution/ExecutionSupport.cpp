@@ -1,28 +1,22 @@
 #include "ExecutionSupport.h"
 
-#include <grp.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <sstream>
-
 #include "kelvo/L10n.h"
 #include "support/AppBundle.h"
+#include "support/ServiceGuards.h"
 #include "support/TempDir.h"
 
 namespace kelvo::testing {
 
-std::vector<std::filesystem::path> protectedPathsUnder(const std::filesystem::path& home) {
-    return {home / "Library/Developer/Xcode/Archives", home / "Library/Developer/Xcode/UserData",
-            home / "Library/Developer/CoreSimulator/Devices", home / ".android/avd", home / ".flutter",
-            home / ".swiftpm"};
+Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
+                     std::vector<std::string> running, std::vector<std::string> fragments, CommandFunction runner) {
+    Executor executor;
+    executor.safety = cleanGuard(environmentAt(home, tmp));
+    executor.probe = std::make_shared<StubProcessProbe>(running, std::move(fragments));
+    executor.runCommand = runner ? std::move(runner) : CommandFunction(RecordingRunner{});
+    return executor;
 }
 
-SafetyGuard guardFor(const std::filesystem::path& home, std::vector<std::filesystem::path> roots) {
-    return {home, std::move(roots), protectedPathsUnder(home), {}};
-}
-
-CleanTarget pathTarget(const std::string& id, Family family, std::vector<std::filesystem::path> paths,
+CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths, Family family,
                        std::int64_t sizeBytes) {
     CleanTarget target;
     target.id = id;
@@ -33,13 +27,9 @@ CleanTarget pathTarget(const std::string& id, Family family, std::vector<std::fi
     return target;
 }
 
-CleanTarget commandTarget(const std::string& id, Family family, const std::string& commandLine, std::int64_t sizeBytes) {
-    CleanTarget target;
-    target.id = id;
-    target.name = id;
-    target.family = family;
+CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes) {
+    CleanTarget target = pathTarget(id, {}, Family::devMisc, sizeBytes);
     target.kind = CleanKind::command(commandLine);
-    target.sizeBytes = sizeBytes;
     return target;
 }
 
@@ -53,92 +43,31 @@ bool present(const std::filesystem::path& location) {
     return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
 }
 
-std::vector<std::string> texts(const std::vector<ReportEntry>& entries) {
-    std::vector<std::string> result;
-    for (const auto& entry : entries) result.push_back(entry.id + ": " + entry.text);
-    return result;
+std::string summary(const ExecutionReport& report) {
+    std::vector<std::string> out;
+    for (const auto& id : report.deleted) out.push_back("deleted " + id);
+    for (const auto& id : report.partial) out.push_back("partial " + id);
+    for (const auto& id : report.freedUnknown) out.push_back("unknown " + id);
+    for (const auto& entry : report.skipped) out.push_back("skipped " + entry.id + ": " + entry.text);
+    for (const auto& entry : report.errors) out.push_back("error " + entry.id + ": " + entry.text);
+    out.push_back("freed " + std::to_string(report.freedBytes));
+    return lines(out);
 }
 
-namespace {
-
-// One line per entry; ids and texts hold no tabs or line breaks.
-std::string encode(const ExecutionReport& report) {
-    std::ostringstream out;
-    out << "freed\t" << report.freedBytes << "\n";
-    for (const auto& id : report.deleted) out << "deleted\t" << id << "\n";
-    for (const auto& id : report.partial) out << "partial\t" << id << "\n";
-    for (const auto& id : report.freedUnknown) out << "unknown\t" << id << "\n";
-    for (const auto& entry : report.skipped) out << "skipped\t" << entry.id << "\t" << entry.text << "\n";
-    for (const auto& entry : report.errors) out << "error\t" << entry.id << "\t" << entry.text << "\n";
-    out << "end\n";
-    return out.str();
+std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
+    return "skipped " + id + ": " + L10n::t(key, detail);
 }
 
-std::optional<ExecutionReport> decode(const std::string& text) {
-    ExecutionReport report;
-    std::istringstream in(text);
-    std::string line;
-    bool ended = false;
-    while (std::getline(in, line)) {
-        const auto tab = line.find('\t');
-        const std::string kind = line.substr(0, tab);
-        const std::string rest = tab == std::string::npos ? "" : line.substr(tab + 1);
-        const auto secondTab = rest.find('\t');
-        const std::string id = rest.substr(0, secondTab);
-        const std::string message = secondTab == std::string::npos ? "" : rest.substr(secondTab + 1);
-        if (kind == "freed") report.freedBytes = std::stoll(rest);
-        else if (kind == "deleted") report.deleted.push_back(rest);
-        else if (kind == "partial") report.partial.push_back(rest);
-        else if (kind == "unknown") report.freedUnknown.push_back(rest);
-        else if (kind == "skipped") report.skipped.push_back({id, message});
-        else if (kind == "error") report.errors.push_back({id, message});
-        else if (kind == "end") ended = true;
-    }
-    if (!ended) return std::nullopt;
-    return report;
+std::string lines(const std::vector<std::string>& expected) {
+    std::string text;
+    for (const auto& line : expected) text += line + "\n";
+    return text;
 }
-
-constexpr int couldNotDrop = 91;
-
-}  // namespace
 
 UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work) {
     // Load the texts before the fork: the child may not be allowed to read them.
     L10n::bundle();
-    int fds[2];
-    if (::pipe(fds) != 0) return {std::nullopt, "pipe failed"};
-    const pid_t child = ::fork();
-    if (child < 0) return {std::nullopt, "fork failed"};
-    if (child == 0) {
-        ::close(fds[0]);
-        if (::geteuid() == 0) {
-            const gid_t groups[] = {nobodyId};
-            if (::setgroups(1, groups) != 0 || ::setresgid(nobodyId, nobodyId, nobodyId) != 0 ||
-                ::setresuid(nobodyId, nobodyId, nobodyId) != 0 || ::geteuid() != nobodyId)
-                ::_exit(couldNotDrop);
-        }
-        const std::string text = encode(work());
-        std::size_t written = 0;
-        while (written < text.size()) {
-            const ssize_t count = ::write(fds[1], text.data() + written, text.size() - written);
-            if (count <= 0) ::_exit(2);
-            written += static_cast<std::size_t>(count);
-        }
-        ::_exit(0);
-    }
-    ::close(fds[1]);
-    std::string text;
-    char buffer[4096];
-    ssize_t count = 0;
-    while ((count = ::read(fds[0], buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(count));
-    ::close(fds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == couldNotDrop) return {std::nullopt, "could not switch to uid 65534"};
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return {std::nullopt, "the unprivileged run did not finish"};
-    auto report = decode(text);
-    if (!report) return {std::nullopt, "the unprivileged run sent no report"};
-    return {std::move(report), ""};
+    return runAsUnprivileged([&] { return summary(work()); }, nobodyId);
 }
 
 }  // namespace kelvo::testing

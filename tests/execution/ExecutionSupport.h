@@ -1,31 +1,31 @@
 #pragma once
-// Shared pieces of the executor tests: a home with the protected paths of both domains, target
-// builders, a command runner that records what it was asked, and a way to run an executor
-// as the unprivileged user 65534 (root ignores permission bits) with the report passed back.
-#include <sys/types.h>
-
+// Shared pieces of the executor tests: an executor behind the clean service's guard for a
+// home and temporary folder of the test's own, target builders, a command runner that
+// records what it was asked, the whole report as text for one comparison, and a run as the
+// unprivileged user 65534 (root ignores permission bits) with that text passed back.
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "kelvo/CleanTarget.h"
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
-#include "kelvo/SafetyGuard.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 
-constexpr uid_t nobodyId = 65534;
+constexpr unsigned nobodyId = 65534;
 
-std::vector<std::filesystem::path> protectedPathsUnder(const std::filesystem::path& home);
-SafetyGuard guardFor(const std::filesystem::path& home, std::vector<std::filesystem::path> roots);
+// No process runs unless named; commands answer 0 unless a runner is given.
+Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
+                     std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
+                     CommandFunction runner = {});
 
-CleanTarget pathTarget(const std::string& id, Family family, std::vector<std::filesystem::path> paths,
+CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths, Family family = Family::devMisc,
                        std::int64_t sizeBytes = 0);
-CleanTarget commandTarget(const std::string& id, Family family, const std::string& commandLine, std::int64_t sizeBytes);
+CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes = 0);
 
 // Answers with a fixed status and remembers every command line it was given, with the
 // variables it was to run with.
@@ -45,16 +45,16 @@ void writeAppBundle(const std::filesystem::path& bundle, const std::string& bund
 
 // Whether anything, a dangling link included, is at the location.
 bool present(const std::filesystem::path& location);
-// Each report entry as "id: text", for readable comparisons.
-std::vector<std::string> texts(const std::vector<ReportEntry>& entries);
 
-// Runs `work` in a forked child that has dropped to uid/gid 65534 (when this process is
-// root; otherwise it keeps its own unprivileged identity) and hands the report back. An
-// error text when the child could not drop its rights or did not finish.
-struct UnprivilegedRun {
-    std::optional<ExecutionReport> report;
-    std::string failure;
-};
+// The whole report, one line per entry in its order: "deleted id", "partial id",
+// "unknown id", "skipped id: text", "error id: text", then "freed N".
+std::string summary(const ExecutionReport& report);
+// The line of a target skipped for the reason `key` names.
+std::string skipped(const std::string& id, const std::string& key, const std::string& detail);
+// The lines a test expects, joined the same way.
+std::string lines(const std::vector<std::string>& expected);
+
+// Runs `work` as uid/gid 65534 (runAsUnprivileged) and hands back the summary of its report.
 UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work);
 
 }  // namespace kelvo::testing

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <map>
@@ -16,13 +15,14 @@ namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using testing::RecordingRunner;
-using testing::TempDir;
 using testing::commandTarget;
+using testing::lines;
 using testing::makeDirectory;
 using testing::pathTarget;
+using testing::skipped;
 using testing::present;
-using testing::texts;
+using testing::RecordingRunner;
+using testing::summary;
 using testing::writeFile;
 
 // A home and a temporary folder as allowed roots, and a folder outside both.
@@ -32,71 +32,63 @@ protected:
         : home(makeDirectory(root / "home")), tmp(makeDirectory(root / "tmp")), outside(makeDirectory(root / "outside")) {}
 
     Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
-                      CommandRunner runner = RecordingRunner{}) const {
-        Executor result;
-        result.safety = testing::guardFor(home, {home, tmp});
-        result.probe = std::make_shared<StubProcessProbe>(running, std::move(fragments));
-        result.runCommand = std::move(runner);
-        return result;
+                      CommandFunction runner = {}) const {
+        return testing::executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
     }
 
-    TempDir root;
+    testing::TempDir root;
     path home;
     path tmp;
     path outside;
 };
 
-TEST_F(ExecutorTest, GuardedProcessesStopATargetUnlessForced) {
-    const path data = writeFile(home / "docker-data/vms/disk.img", 8192).parent_path();
-    const path sibling = writeFile(home / "docker-data/settings.json", 10);
-    const auto target = pathTarget("docker-vms", Family::docker, {data});
-
-    const auto guarded = executor({"Docker"}).execute({target});
-    EXPECT_TRUE(guarded.deleted.empty());
-    ASSERT_EQ(guarded.skipped.size(), 1u);
-    EXPECT_EQ(guarded.skipped[0], (ReportEntry{"docker-vms", L10n::t("exec.skip.processRunning", "Docker")}));
-    EXPECT_TRUE(fs::exists(data / "disk.img"));
-
-    auto forced = executor({"Docker", "com.docker.backend"});
-    forced.force = true;
-    const auto report = forced.execute({target});
-    EXPECT_EQ(report.deleted, std::vector<std::string>{"docker-vms"});
-    EXPECT_TRUE(report.skipped.empty());
-    EXPECT_FALSE(present(data));
-    EXPECT_TRUE(fs::exists(sibling));
-}
-
-TEST_F(ExecutorTest, ForceStillSkipsARunningApplicationBundle) {
-    const path bundle = home / "Applications/Docker Helper.app";
-    testing::writeAppBundle(bundle, "com.acme.helper", "helper");
-    auto forced = executor({"Docker Helper"});
-    forced.force = true;
-    const auto report = forced.execute({pathTarget("helper", Family::docker, {bundle})});
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_EQ(texts(report.skipped),
-              std::vector<std::string>{"helper: " + L10n::t("exec.skip.appRunning", bundle.string())});
-    EXPECT_TRUE(fs::exists(bundle / "Contents/Info.plist"));
-}
-
-TEST_F(ExecutorTest, GuardedNamesAreAskedInListOrder) {
-    const path cache = writeFile(home / ".gradle/caches/modules/a.jar", 100).parent_path().parent_path();
-    const auto target = pathTarget("gradle", Family::androidGradle, {cache});
-    const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
-        {{"java"}, "java"},
-        {{"java", "qemu-system-aarch64"}, "qemu-system-aarch64"},
-        {{"java", "studio", "qemu-system-x86_64"}, "studio"},
+TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedNames) {
+    const path docker = writeFile(home / "docker-data/vms/disk.img", 8192).parent_path();
+    const path gradle = writeFile(home / ".gradle/caches/modules/a.jar", 100).parent_path().parent_path();
+    const path bundle = home / "Applications/Foo.app";
+    testing::writeAppBundle(bundle, "com.acme.foo", "FooBin");
+    const path macOS = bundle / "Contents/MacOS";
+    const auto dockerTarget = pathTarget("docker-vms", {docker}, Family::docker);
+    const auto gradleTarget = pathTarget("gradle", {gradle}, Family::androidGradle);
+    const auto app = pathTarget("app:foo", {home / "Library/Caches/none", bundle}, Family::unusedApps);
+    struct Case {
+        std::vector<std::string> running, fragments;
+        bool force;
+        CleanTarget target;
+        std::string outcome;  // the report's first line
     };
-    for (const auto& [running, expected] : cases) {
-        const auto report = executor(running).execute({target});
-        ASSERT_EQ(report.skipped.size(), 1u) << expected;
-        EXPECT_EQ(report.skipped[0].text, L10n::t("exec.skip.processRunning", expected));
-        EXPECT_TRUE(fs::exists(cache / "modules/a.jar"));
+    const std::string appRunning = skipped("app:foo", "exec.skip.appRunning", bundle.string());
+    const Case cases[] = {
+        {{"Docker"}, {}, false, dockerTarget, skipped("docker-vms", "exec.skip.processRunning", "Docker")},
+        // Guarded names are asked in their list's order.
+        {{"java"}, {}, false, gradleTarget, skipped("gradle", "exec.skip.processRunning", "java")},
+        {{"java", "qemu-system-aarch64"}, {}, false, gradleTarget,
+         skipped("gradle", "exec.skip.processRunning", "qemu-system-aarch64")},
+        {{"java", "studio", "qemu-system-x86_64"}, {}, false, gradleTarget,
+         skipped("gradle", "exec.skip.processRunning", "studio")},
+        // A running bundle is found by its name, its executable or a command line inside it; force
+        // does not override it.
+        {{"Foo"}, {}, false, app, appRunning},
+        {{"FooBin"}, {}, false, app, appRunning},
+        {{}, {macOS.string()}, false, app, appRunning},
+        {{}, {(macOS / "FooBin").string() + " --flag"}, true, app, appRunning},
+        {{"Foo"}, {}, true, app, appRunning},
+        // What goes: another bundle of the same name, a family that guards no program, a forced guard.
+        {{"Bar", "Foo.app"}, {"/elsewhere/Foo.app/Contents/MacOS"}, false, app, "deleted app:foo"},
+        {{"java", "Xcode"}, {}, false, pathTarget("npm", {gradle}, Family::jsPackages), "deleted npm"},
+        {{"Docker", "com.docker.backend"}, {}, true, dockerTarget, "deleted docker-vms"},
+    };
+    for (const auto& c : cases) {
+        auto run = executor(c.running, c.fragments);
+        run.force = c.force;
+        const std::string report = summary(run.execute({c.target}));
+        EXPECT_EQ(report.substr(0, report.find('\n')), c.outcome) << c.target.id << " " << c.running.size();
     }
-    // A family without guarded programs does not care what runs.
-    const auto report = executor({"java", "Xcode"}).execute({pathTarget("npm", Family::jsPackages, {cache})});
-    EXPECT_EQ(report.deleted, std::vector<std::string>{"npm"});
-    EXPECT_FALSE(present(cache));
+    EXPECT_FALSE(present(bundle) || present(gradle) || present(docker));
+    EXPECT_TRUE(fs::is_directory(home / "docker-data"));
+    EXPECT_TRUE(fs::is_directory(home / "Applications"));
     EXPECT_TRUE(fs::is_directory(home / ".gradle"));
+    EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", "Foo.app")), std::nullopt);
 }
 
 TEST_F(ExecutorTest, DryRunCountsEstimatesAndTouchesNothing) {
@@ -106,16 +98,13 @@ TEST_F(ExecutorTest, DryRunCountsEstimatesAndTouchesNothing) {
     auto dry = executor({}, {}, runner);
     dry.dryRun = true;
     const auto report = dry.execute({
-        pathTarget("cache", Family::devMisc, {cache}, 1000),
-        commandTarget("brew", Family::devMisc, "brew cleanup", 500),
-        pathTarget("foreign", Family::devMisc, {foreign}, 7),
-        pathTarget("empty", Family::devMisc, {}, 3),
+        pathTarget("cache", {cache}, Family::devMisc, 1000),
+        commandTarget("brew", "brew cleanup", 500),
+        pathTarget("foreign", {foreign}, Family::devMisc, 7),
+        pathTarget("empty", {}, Family::devMisc, 3),
     });
-    EXPECT_EQ(report.deleted, (std::vector<std::string>{"cache", "brew", "empty"}));
-    EXPECT_EQ(report.freedBytes, 1503);
-    EXPECT_TRUE(report.freedUnknown.empty());
-    EXPECT_EQ(texts(report.skipped),
-              std::vector<std::string>{"foreign: " + L10n::t("exec.skip.protectedPath", foreign.string())});
+    EXPECT_EQ(summary(report), lines({"deleted cache", "deleted brew", "deleted empty",
+                                      skipped("foreign", "exec.skip.protectedPath", foreign.string()), "freed 1503"}));
     EXPECT_TRUE(runner.calls->empty());
     EXPECT_TRUE(fs::exists(cache / "blob"));
     EXPECT_TRUE(fs::exists(foreign));
@@ -123,29 +112,19 @@ TEST_F(ExecutorTest, DryRunCountsEstimatesAndTouchesNothing) {
 
 TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
     std::vector<std::string> calls;
-    const std::map<std::string, int> statuses{{"missing-tool clean", 127}, {"tool fail", 2}, {"tool crash", -1},
-                                              {"tool clean", 0}};
+    const std::map<std::string, int> statuses{{"missing-tool", 127}, {"tool fail", 2}, {"tool crash", -1}, {"tool", 0}};
     const auto report = executor({}, {}, [&](const std::string& line, const ShellVariables&) {
                             calls.push_back(line);
                             return statuses.at(line);
-                        }).execute({
-        commandTarget("missing", Family::devMisc, "missing-tool clean", 100),
-        commandTarget("failing", Family::devMisc, "tool fail", 100),
-        commandTarget("crashing", Family::devMisc, "tool crash", 100),
-        commandTarget("working", Family::devMisc, "tool clean", 100),
-    });
-    EXPECT_EQ(calls, (std::vector<std::string>{"missing-tool clean", "tool fail", "tool crash", "tool clean"}));
-    EXPECT_EQ(texts(report.errors), (std::vector<std::string>{
-                                        "missing: " + L10n::t("exec.error.toolNotFound"),
-                                        "failing: " + L10n::t("exec.error.exitCode", std::int64_t{2}),
-                                        "crashing: " + L10n::t("exec.error.exitCode", std::int64_t{-1}),
-                                    }));
-    EXPECT_NE(report.errors[1].text.find('2'), std::string::npos);
+                        }).execute({commandTarget("missing", "missing-tool", 100), commandTarget("failing", "tool fail", 100),
+                                    commandTarget("crashing", "tool crash", 100), commandTarget("working", "tool", 100)});
+    EXPECT_EQ(calls, (std::vector<std::string>{"missing-tool", "tool fail", "tool crash", "tool"}));
+    EXPECT_EQ(summary(report), lines({"deleted working", "unknown working",
+                                      "error missing: " + L10n::t("exec.error.toolNotFound"),
+                                      "error failing: " + L10n::t("exec.error.exitCode", std::int64_t{2}),
+                                      "error crashing: " + L10n::t("exec.error.exitCode", std::int64_t{-1}), "freed 0"}));
+    ASSERT_EQ(report.errors.size(), 3u);
     EXPECT_NE(report.errors[2].text.find("-1"), std::string::npos);
-    EXPECT_EQ(report.deleted, std::vector<std::string>{"working"});
-    EXPECT_EQ(report.freedUnknown, std::vector<std::string>{"working"});
-    EXPECT_EQ(report.freedBytes, 0);
-    EXPECT_TRUE(report.skipped.empty());
 }
 
 TEST_F(ExecutorTest, ShellRunsTheLineWithTheGivenVariablesAndReportsItsStatus) {
@@ -155,124 +134,78 @@ TEST_F(ExecutorTest, ShellRunsTheLineWithTheGivenVariablesAndReportsItsStatus) {
     EXPECT_EQ(Executor::shell("no-such-tool-for-kelvo-tests 2>/dev/null", {}), 127);
 }
 
-TEST_F(ExecutorTest, OneRefusedPathLeavesEveryPathOfTheTarget) {
+TEST_F(ExecutorTest, ARefusedPathOrLinkLeavesEveryPathOfItsTargetAndVanishedPathsFreeNothing) {
     const path first = writeFile(home / "Library/Caches/first/a", 100).parent_path();
     const path second = writeFile(outside / "second/b", 100).parent_path();
     const path flutter = writeFile(home / ".flutter/settings", 10);
+    const path real = writeFile(home / "cache/real", 100);
+    fs::create_symlink(real, home / "cache/link");
+    fs::create_directory_symlink(outside, home / "cache/outside-link");
+    fs::create_symlink(home / "nowhere", home / "cache/dangling");
     const auto report = executor().execute({
-        pathTarget("outside", Family::devMisc, {first, second}),
-        pathTarget("flutter", Family::flutterDart, {first, flutter}),
+        pathTarget("outside", {first, second}),
+        pathTarget("flutter", {first, flutter}, Family::flutterDart),
+        pathTarget("final", {home / "cache/link"}),
+        pathTarget("escape", {home / "cache/outside-link"}),
+        pathTarget("dangling", {home / "cache/./dangling"}),
+        pathTarget("gone", {home / "Library/Caches/gone", home / "no/such/file"}, Family::devMisc, 5000),
     });
-    EXPECT_EQ(texts(report.skipped), (std::vector<std::string>{
-                                         "outside: " + L10n::t("exec.skip.protectedPath", second.string()),
-                                         "flutter: " + L10n::t("exec.skip.protectedPath", flutter.string()),
-                                     }));
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_TRUE(report.partial.empty());
-    EXPECT_EQ(report.freedBytes, 0);
-    EXPECT_TRUE(fs::exists(first / "a"));
-    EXPECT_TRUE(fs::exists(second / "b"));
-    EXPECT_TRUE(fs::exists(flutter));
+    EXPECT_EQ(summary(report),
+              lines({"deleted gone", skipped("outside", "exec.skip.protectedPath", second.string()),
+                     skipped("flutter", "exec.skip.protectedPath", flutter.string()),
+                     skipped("final", "exec.skip.symlinkFinal", (home / "cache/link").string()),
+                     skipped("escape", "exec.skip.protectedPath", (home / "cache/outside-link").string()),
+                     skipped("dangling", "exec.skip.symlinkFinal", (home / "cache/dangling").string()), "freed 0"}));
+    for (const path& kept : {first / "a", second / "b", flutter, real, home / "cache/link", home / "cache/dangling"})
+        EXPECT_TRUE(present(kept)) << kept;
 }
 
-TEST_F(ExecutorTest, VanishedPathsAndEmptyTargetsEndDeletedWithNothingFreed) {
-    const auto report = executor().execute({
-        pathTarget("gone", Family::devMisc, {home / "Library/Caches/gone", home / "no/such/file"}, 5000),
-        pathTarget("none", Family::devMisc, {}, 5000),
-    });
-    EXPECT_EQ(report.deleted, (std::vector<std::string>{"gone", "none"}));
-    EXPECT_EQ(report.freedBytes, 0);
-    EXPECT_TRUE(report.skipped.empty());
-}
-
-TEST_F(ExecutorTest, RemovalFreesWhatWasMeasuredAndKeepsEverythingAround) {
-    const path tool = home / "Library/Caches/tool";
-    writeFile(tool / "a/b/c/blob", 50000);
-    writeFile(tool / "a/small", 100);
-    writeFile(tool / ".hidden/x", 3000);
-    const path canary = writeFile(outside / "shared/canary", 4096);
-    fs::create_directory_symlink(outside / "shared", tool / "a/link-to-outside");
-    fs::create_symlink(canary, tool / "file-link");
-    const path log = writeFile(home / "logs/build.log", 12000);
-    const path neighbour = writeFile(home / "Library/Caches/other/keep", 10);
-
-    const std::int64_t expected = DirectorySizer().measure(tool).bytes + testing::allocatedBytes(log);
-    ASSERT_GT(expected, 60000);
-    const auto report = executor().execute({pathTarget("caches", Family::devMisc, {tool, log})});
-    EXPECT_EQ(report.deleted, std::vector<std::string>{"caches"});
-    EXPECT_EQ(report.freedBytes, expected);
-    EXPECT_TRUE(report.skipped.empty());
-    EXPECT_FALSE(present(tool));
-    EXPECT_FALSE(present(log));
-    EXPECT_TRUE(fs::is_directory(home / "logs"));
-    EXPECT_TRUE(fs::exists(neighbour));
-    EXPECT_TRUE(fs::exists(canary));
-    EXPECT_EQ(fs::file_size(canary), 4096u);
-}
-
-TEST_F(ExecutorTest, TargetsRemovedSideBySideAreReportedAsOneAfterAnother) {
+TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythingAround) {
     // Large trees, so that the small one after them finishes first; a target inside the
-    // first, which must wait for it and then finds nothing left.
+    // first, which must wait for it and then finds nothing left; links out of a tree,
+    // dangling and looping ones.
     const path large = home / ".cache/large";
-    const path inner = large / "inner";
     const path bulk = home / ".cache/bulk";
     for (int folder = 0; folder < 40; ++folder) {
-        writeFile(inner / ("d" + std::to_string(folder)) / "blob", 8000);
+        writeFile(large / "inner" / ("d" + std::to_string(folder)) / "blob", 8000);
         writeFile(bulk / ("d" + std::to_string(folder)) / "blob", 8000);
     }
+    const path canary = writeFile(outside / "shared/canary", 4096);
+    fs::create_directory_symlink(outside / "shared", large / "link-to-outside");
+    fs::create_symlink(canary, bulk / "file-link");
+    fs::create_symlink(home / "nowhere", bulk / "dangling");
+    fs::create_directory_symlink(bulk, bulk / "d0/loop");
     const path small = writeFile(home / "Library/Caches/small/file", 100).parent_path();
+    const path log = writeFile(home / "logs/build.log", 12000);
     const path foreign = writeFile(outside / "foreign", 10);
     const path neighbour = writeFile(home / ".cache/keep", 10);
     const DirectorySizer sizer;
-    const std::int64_t expected = sizer.measure(large).bytes + sizer.measure(small).bytes + sizer.measure(bulk).bytes;
+    const std::int64_t expected =
+        sizer.size(large) + sizer.size(small) + sizer.size(bulk) + testing::allocatedBytes(log);
     // The command stands for a tool working on what the targets before it left.
     const auto runner = [&](const std::string&, const ShellVariables&) {
         return present(large) || present(small) || present(bulk) ? 9 : 0;
     };
 
     const auto report = executor({}, {}, runner).execute({
-        pathTarget("large", Family::devMisc, {large}),
-        pathTarget("inner", Family::devMisc, {inner}),
-        pathTarget("small", Family::devMisc, {small}),
-        pathTarget("foreign", Family::devMisc, {foreign}),
-        pathTarget("bulk", Family::devMisc, {bulk}),
-        commandTarget("tool", Family::devMisc, "tool clean", 0),
+        pathTarget("large", {large}),
+        pathTarget("inner", {large / "inner"}),
+        pathTarget("small", {small, log}),
+        pathTarget("foreign", {foreign}),
+        pathTarget("bulk", {bulk}),
+        commandTarget("tool", "tool clean"),
     });
-    EXPECT_EQ(report.deleted, (std::vector<std::string>{"large", "inner", "small", "bulk", "tool"}));
-    EXPECT_TRUE(report.errors.empty()) << texts(report.errors)[0];
-    EXPECT_EQ(texts(report.skipped),
-              std::vector<std::string>{"foreign: " + L10n::t("exec.skip.protectedPath", foreign.string())});
-    EXPECT_EQ(report.freedBytes, expected);
-    EXPECT_FALSE(present(large));
-    EXPECT_FALSE(present(bulk));
+    EXPECT_EQ(summary(report), lines({"deleted large", "deleted inner", "deleted small", "deleted bulk", "deleted tool",
+                                      "unknown tool", skipped("foreign", "exec.skip.protectedPath", foreign.string()),
+                                      "freed " + std::to_string(expected)}));
+    EXPECT_FALSE(present(large) || present(bulk) || present(small) || present(log));
+    EXPECT_TRUE(fs::is_directory(home / "logs"));
     EXPECT_TRUE(fs::exists(neighbour));
     EXPECT_TRUE(fs::exists(foreign));
+    EXPECT_EQ(fs::file_size(canary), 4096u);
 }
 
-TEST_F(ExecutorTest, LinksAsTargetsAreNeverRemovedNorFollowed) {
-    const path real = writeFile(home / "cache/real", 100);
-    const path link = home / "cache/link";
-    fs::create_symlink(real, link);
-    const path canary = writeFile(outside / "kept/canary", 100);
-    const path outsideLink = home / "cache/outside-link";
-    fs::create_directory_symlink(outside / "kept", outsideLink);
-
-    const auto report = executor().execute({
-        pathTarget("final", Family::devMisc, {link}),
-        pathTarget("escape", Family::devMisc, {outsideLink}),
-    });
-    EXPECT_EQ(texts(report.skipped), (std::vector<std::string>{
-                                         "final: " + L10n::t("exec.skip.symlinkFinal", link.string()),
-                                         "escape: " + L10n::t("exec.skip.protectedPath", outsideLink.string()),
-                                     }));
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_TRUE(fs::exists(real));
-    EXPECT_TRUE(fs::is_symlink(outsideLink));
-    EXPECT_TRUE(fs::exists(canary));
-}
-
-TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTarget) {
+TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTargetAndALongPathDoesNot) {
     // Below a short path, and below one longer than PATH_MAX that the system cannot resolve.
     for (const path& base : {home, testing::makeFolderChain(home / "deep", 22, std::string(200, 'n'))}) {
         const path file = testing::writeDeepFile(base / "real/sub/target/file", 100);
@@ -280,28 +213,18 @@ TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTarget) {
         for (const bool dryRun : {true, false}) {
             Executor run = executor();
             run.dryRun = dryRun;
-            const auto report = run.execute({pathTarget("chain", Family::devMisc, {base / "via/sub/target"})});
-            const std::string reason = L10n::t("exec.skip.symlinkAncestor", (base / "real/sub").string());
-            EXPECT_EQ(texts(report.skipped), std::vector<std::string>{"chain: " + reason})
+            const auto report = run.execute({pathTarget("chain", {base / "via/sub/target"})});
+            EXPECT_EQ(summary(report),
+                      lines({skipped("chain", "exec.skip.symlinkAncestor", (base / "real/sub").string()), "freed 0"}))
                 << base.native().size() << " bytes of path";
-            EXPECT_TRUE(report.deleted.empty());
         }
         EXPECT_TRUE(testing::deepExists(file));
-        EXPECT_TRUE(testing::deepExists(base / "via"));
+        // Named without the link, the same target goes, however long its path.
+        const auto report = executor().execute({pathTarget("direct", {base / "real/sub/target"})});
+        EXPECT_EQ(summary(report).substr(0, 15), "deleted direct\n") << summary(report);
+        EXPECT_FALSE(testing::deepExists(base / "real/sub/target"));
+        EXPECT_TRUE(testing::deepExists(base / "real/sub") && testing::deepExists(base / "via"));
     }
-}
-
-TEST_F(ExecutorTest, UnsafeReasonNamesEachKindOfLink) {
-    const auto checks = executor();
-    const path plain = writeFile(home / "cache/plain", 10);
-    EXPECT_EQ(checks.unsafeToDeleteReason(plain), std::nullopt);
-    EXPECT_EQ(checks.unsafeToDeleteReason(home / "cache/missing"), std::nullopt);
-    fs::create_symlink(home / "nowhere", home / "cache/dangling");
-    EXPECT_EQ(checks.unsafeToDeleteReason(home / "cache/./dangling"),
-              L10n::t("exec.skip.symlinkFinal", (home / "cache/dangling").string()));
-    fs::create_directory_symlink(outside, home / "cache/out");
-    EXPECT_EQ(checks.unsafeToDeleteReason(home / "cache/out/x"),
-              L10n::t("exec.skip.symlinkAncestor", outside.string()));
 }
 
 TEST_F(ExecutorTest, CommandsRunWithTheRunsVariablesOnlyWhenEveryPlaceTheyNamePasses) {
@@ -313,24 +236,22 @@ TEST_F(ExecutorTest, CommandsRunWithTheRunsVariablesOnlyWhenEveryPlaceTheyNamePa
     checked.shellVariables = {{"HOME", home.string()}, {"TMPDIR", tmp.string()}};
     const std::string metro = "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/haste-map-*";
     const std::vector<CleanTarget> targets{
-        commandTarget("metro", Family::reactNative, metro, 0),
-        commandTarget("outside", Family::devMisc, "rm -rf " + (outside / "x").string(), 0),
-        commandTarget("home", Family::devMisc, "rm -rf ~", 0),
-        commandTarget("linked", Family::devMisc, "rm -rf \"$TMPDIR\"/link-*", 0),
-        commandTarget("unread", Family::devMisc, "rm -rf build", 0),
-    };
-    const std::vector<std::string> refusals{
-        "outside: " + L10n::t("exec.skip.protectedPath", (outside / "x").string()),
-        "home: " + L10n::t("exec.skip.protectedPath", home.string()),
-        "linked: " + L10n::t("exec.skip.symlinkFinal", (tmp / "link-1").string()),
-        "unread: " + L10n::t("exec.skip.command.place", std::string("build")),
+        commandTarget("metro", metro),
+        commandTarget("outside", "rm -rf " + (outside / "x").string()),
+        commandTarget("home", "rm -rf ~"),
+        commandTarget("linked", "rm -rf \"$TMPDIR\"/link-*"),
+        commandTarget("unread", "rm -rf build"),
     };
     // A dry run refuses the same commands as a real run.
     for (const bool dryRun : {true, false}) {
         checked.dryRun = dryRun;
-        const auto report = checked.execute(targets);
-        EXPECT_EQ(report.deleted, std::vector<std::string>{"metro"}) << dryRun;
-        EXPECT_EQ(texts(report.skipped), refusals) << dryRun;
+        EXPECT_EQ(summary(checked.execute(targets)), std::string("deleted metro\n") +
+                  (dryRun ? "" : "unknown metro\n") +
+                      lines({skipped("outside", "exec.skip.protectedPath", (outside / "x").string()),
+                             skipped("home", "exec.skip.protectedPath", home.string()),
+                             skipped("linked", "exec.skip.symlinkFinal", (tmp / "link-1").string()),
+                             skipped("unread", "exec.skip.command.place", "build"), "freed 0"}))
+            << dryRun;
     }
     EXPECT_EQ(*runner.calls, std::vector<std::string>{metro});
     EXPECT_EQ(*runner.variables, std::vector<ShellVariables>{checked.shellVariables});
@@ -345,14 +266,13 @@ TEST_F(ExecutorTest, PathsOfAnotherUserAreNeverRemoved) {
     auto checked = executor({}, {}, runner);
     checked.shellVariables = {{"TMPDIR", tmp.string()}};
     const auto report = checked.execute({
-        pathTarget("theirs", Family::devMisc, {theirs}),
-        pathTarget("both", Family::devMisc, {mine, theirs}),
-        commandTarget("pattern", Family::devMisc, "rm -rf \"$TMPDIR\"/metro-*", 0),
+        pathTarget("theirs", {theirs}),
+        pathTarget("both", {mine, theirs}),
+        commandTarget("pattern", "rm -rf \"$TMPDIR\"/metro-*"),
     });
-    const std::string reason = L10n::t("exec.skip.otherOwner", theirs.string());
-    EXPECT_EQ(texts(report.skipped),
-              (std::vector<std::string>{"theirs: " + reason, "both: " + reason, "pattern: " + reason}));
-    EXPECT_TRUE(report.deleted.empty());
+    EXPECT_EQ(summary(report), lines({skipped("theirs", "exec.skip.otherOwner", theirs.string()),
+                                      skipped("both", "exec.skip.otherOwner", theirs.string()),
+                                      skipped("pattern", "exec.skip.otherOwner", theirs.string()), "freed 0"}));
     EXPECT_TRUE(runner.calls->empty());
     EXPECT_TRUE(fs::exists(theirs / "cache"));
     EXPECT_TRUE(fs::exists(mine / "cache"));
@@ -367,70 +287,25 @@ TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
     testing::writeAppBundle(apps / "Tool.app", "com.acme.tool", "Tool");
     const path leftover = writeFile(home / "Library/Application Support/com.google.Keep/data", 100).parent_path();
 
+    const std::int64_t freed = DirectorySizer().size(apps / "Tool.app") + DirectorySizer().size(apps / "Browser Copy.app");
     const auto report = executor().execute({
-        pathTarget("app:com.apple.Safari", Family::unusedApps, {apps / "Safari.app"}),
-        pathTarget("leftover:com.google.Keep", Family::appLeftovers, {leftover}),
-        pathTarget("app-path:editor", Family::unusedApps, {apps / "Editor.app"}),
-        pathTarget("app-path:cursor", Family::unusedApps, {apps / "Cursor.app"}),
-        pathTarget("app:com.acme.tool", Family::unusedApps, {apps / "Tool.app"}),
-        pathTarget("app:com.apple.Safari", Family::xcodeCore, {apps / "Browser Copy.app"}),
+        pathTarget("app:com.apple.Safari", {apps / "Safari.app"}, Family::unusedApps),
+        pathTarget("leftover:com.google.Keep", {leftover}, Family::appLeftovers),
+        pathTarget("app-path:editor", {apps / "Editor.app"}, Family::unusedApps),
+        pathTarget("app-path:cursor", {apps / "Cursor.app"}, Family::unusedApps),
+        pathTarget("app:com.acme.tool", {apps / "Tool.app"}, Family::unusedApps),
+        pathTarget("app:com.apple.Safari", {apps / "Browser Copy.app"}, Family::xcodeCore),
     });
-    EXPECT_EQ(texts(report.skipped),
-              (std::vector<std::string>{
-                  "app:com.apple.Safari: " + L10n::t("exec.skip.protectedApp.id", "com.apple.Safari"),
-                  "leftover:com.google.Keep: " + L10n::t("exec.skip.protectedApp.id", "com.google.Keep"),
-                  "app-path:editor: " + L10n::t("exec.skip.protectedApp.id", "com.microsoft.VSCode"),
-                  "app-path:cursor: " + L10n::t("exec.skip.protectedApp.name", "Cursor"),
-              }));
-    EXPECT_EQ(report.deleted, (std::vector<std::string>{"app:com.acme.tool", "app:com.apple.Safari"}));
-    EXPECT_TRUE(fs::exists(apps / "Safari.app/Contents/Info.plist"));
+    EXPECT_EQ(summary(report), lines({"deleted app:com.acme.tool", "deleted app:com.apple.Safari",
+                                      skipped("app:com.apple.Safari", "exec.skip.protectedApp.id", "com.apple.Safari"),
+                                      skipped("leftover:com.google.Keep", "exec.skip.protectedApp.id", "com.google.Keep"),
+                                      skipped("app-path:editor", "exec.skip.protectedApp.id", "com.microsoft.VSCode"),
+                                      skipped("app-path:cursor", "exec.skip.protectedApp.name", "Cursor"),
+                                      "freed " + std::to_string(freed)}));
+    for (const char* kept : {"Safari.app", "Editor.app", "Cursor.app"})
+        EXPECT_TRUE(fs::exists(apps / kept / "Contents/Info.plist")) << kept;
     EXPECT_TRUE(fs::exists(leftover / "data"));
-    EXPECT_TRUE(fs::exists(apps / "Editor.app/Contents/Info.plist"));
-    EXPECT_TRUE(fs::exists(apps / "Cursor.app/Contents/Info.plist"));
-    EXPECT_FALSE(present(apps / "Tool.app"));
-    EXPECT_FALSE(present(apps / "Browser Copy.app"));
-}
-
-TEST_F(ExecutorTest, RunningBundlesAreFoundByNameExecutableOrCommandLine) {
-    const path bundle = home / "Applications/Foo.app";
-    testing::writeAppBundle(bundle, "com.acme.foo", "FooBin");
-    const auto target = pathTarget("app:com.acme.foo", Family::unusedApps, {home / "Library/Caches/none", bundle});
-    const std::string expected = L10n::t("exec.skip.appRunning", bundle.string());
-
-    EXPECT_EQ(executor({"Foo"}).runningBundle(target), bundle.string());
-    EXPECT_EQ(executor({"FooBin"}).runningBundle(target), bundle.string());
-    EXPECT_EQ(executor({}, {(bundle / "Contents/MacOS").string()}).runningBundle(target), bundle.string());
-    EXPECT_EQ(executor({}, {(bundle / "Contents/MacOS/FooBin").string() + " --flag"}).runningBundle(target),
-              bundle.string());
-    EXPECT_EQ(executor({"Bar", "Foo.app"}).runningBundle(target), std::nullopt);
-    EXPECT_EQ(executor({}, {"/elsewhere/Foo.app/Contents/MacOS"}).runningBundle(target), std::nullopt);
-    EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", Family::devMisc, "Foo.app", 0)), std::nullopt);
-
-    const auto skipped = executor({}, {(bundle / "Contents/MacOS").string()}).execute({target});
-    EXPECT_EQ(texts(skipped.skipped), std::vector<std::string>{"app:com.acme.foo: " + expected});
-    EXPECT_TRUE(fs::exists(bundle / "Contents/MacOS/FooBin"));
-
-    const auto removed = executor({"Bar"}).execute({target});
-    EXPECT_EQ(removed.deleted, std::vector<std::string>{"app:com.acme.foo"});
-    EXPECT_FALSE(present(bundle));
-    EXPECT_TRUE(fs::is_directory(home / "Applications"));
-}
-
-TEST(StubProcessProbe, FragmentsMatchWhenEitherContainsTheOther) {
-    const StubProcessProbe probe({}, {"/Applications/Foo.app/Contents/MacOS"});
-    EXPECT_TRUE(probe.isRunningUnder("/Applications/Foo.app/Contents/MacOS/Foo"));
-    EXPECT_TRUE(probe.isRunningUnder("Foo.app"));
-    EXPECT_TRUE(probe.isRunningUnder("/Applications/Foo.app/Contents/MacOS"));
-    EXPECT_FALSE(probe.isRunningUnder(""));
-    EXPECT_FALSE(probe.isRunningUnder("/Applications/Bar.app/Contents/MacOS"));
-    EXPECT_FALSE(probe.isRunning("Foo"));
-
-    const StubProcessProbe named({"Xcode", "java", "java"});
-    EXPECT_EQ(named.running.size(), 2u);
-    EXPECT_TRUE(named.isRunning("java"));
-    EXPECT_FALSE(named.isRunning("jav"));
-    EXPECT_FALSE(named.isRunning("Java"));
-    EXPECT_FALSE(named.isRunningUnder("java"));
+    EXPECT_FALSE(present(apps / "Tool.app") || present(apps / "Browser Copy.app"));
 }
 
 }  // namespace

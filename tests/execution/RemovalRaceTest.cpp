@@ -4,15 +4,12 @@
 // nothing in that folder may go.
 #include <gtest/gtest.h>
 #include <fcntl.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
 #include <functional>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -50,203 +47,113 @@ void buildTree(const path& tree, int folders, int subfolders) {
     ::close(treeFd);
 }
 
-// A folder outside every allowed root, shaped like the tree so that a removal that followed
-// a link would find the same names there.
-path buildOutside(const path& outside) {
-    writeFile(outside / "canary", 64);
-    for (int sub = 0; sub < 5; ++sub) writeFile(outside / ("s" + std::to_string(sub)) / "f", 16);
-    return outside / "canary";
-}
-
-// A scratch folder on a memory file system when there is one: the rounds build and remove
-// tens of thousands of folders, which a disk-backed file system makes slow.
-class ScratchDir {
-public:
-    ScratchDir() {
-        std::error_code error;
-        const path base = fs::is_directory("/dev/shm", error) && ::access("/dev/shm", W_OK) == 0
-                              ? path("/dev/shm")
-                              : fs::temp_directory_path();
-        std::string pattern = (base / "kelvo-race-XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        path_ = pattern;
-    }
-    ~ScratchDir() {
-        std::error_code error;
-        if (!path_.empty()) fs::remove_all(path_, error);
-    }
-    path operator/(const std::string& relative) const { return path_ / relative; }
-
-private:
-    path path_;
-};
-
 class RemovalRaceTest : public ::testing::Test {
 protected:
+    // Outside every allowed root, shaped like the trees below so that a removal that
+    // followed a link would find the same names there.
     RemovalRaceTest() : home(makeDirectory(root / "home")), outside(root / "outside") {
-        canary = buildOutside(outside);
+        canary = writeFile(outside / "canary", 64);
+        for (int sub = 0; sub < 5; ++sub) writeFile(outside / ("s" + std::to_string(sub)) / "f", 16);
+        writeFile(outside / "b/tree/canary", 64);
+        writeFile(outside / "b/tree/d0/s0/f", 16);
         before = testing::listing(outside);
     }
 
-    Executor executor() const {
-        Executor result;
-        result.safety = testing::guardFor(home, {home});
-        result.probe = std::make_shared<StubProcessProbe>();
-        return result;
+    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
+
+    // Each round builds the tree afresh and removes it while a thread keeps swapping the
+    // victims for links to the outside folder and back; nothing outside may go. Returns
+    // how many links were planted during the removals.
+    std::int64_t race(const path& tree, int folders, const std::vector<path>& victims, const std::function<void()>& remove) {
+        const path holding = makeDirectory(home / "holding");
+        std::int64_t swaps = 0;
+        for (int round = 0; round < rounds; ++round) {
+            buildTree(tree, folders, 40);
+            std::atomic<bool> running{true};
+            std::atomic<std::int64_t> planted{0};
+            std::thread adversary([&] {
+                while (running.load()) {
+                    for (std::size_t index = 0; index < victims.size(); ++index) {
+                        const path away = holding / std::to_string(index);
+                        // Move the real folder out, plant a link in its place, then put it back.
+                        if (::rename(victims[index].c_str(), away.c_str()) != 0) continue;
+                        if (::symlink(outside.c_str(), victims[index].c_str()) == 0) planted.fetch_add(1);
+                        std::this_thread::yield();
+                        ::unlink(victims[index].c_str());
+                        ::rename(away.c_str(), victims[index].c_str());
+                    }
+                    std::this_thread::yield();
+                }
+            });
+            remove();
+            running.store(false);
+            adversary.join();
+            swaps += planted.load();
+
+            EXPECT_TRUE(fs::exists(canary));
+            EXPECT_EQ(testing::listing(outside), before);
+            std::error_code error;
+            fs::remove_all(tree, error);
+            for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
+        }
+        return swaps;
     }
 
-    void expectOutsideIntact() const {
-        ASSERT_TRUE(fs::exists(canary));
-        EXPECT_EQ(testing::listing(outside), before);
-    }
-
-    ScratchDir root;
+    // The rounds build and remove tens of thousands of folders.
+    testing::TempDir root{testing::TempDir::memory};
     path home;
     path outside;
     path canary;
     std::string before;
 };
 
-// Swaps folders of the tree, at both levels and spread over the order of removal, for
-// links to the outside folder and back, for as long as it lives.
-class SwappingAdversary {
-public:
-    SwappingAdversary(const path& tree, const path& holding, const path& outside) {
-        std::vector<path> victims;
-        for (int folder = 0; folder < 50; folder += 5) {
-            victims.push_back(tree / ("d" + std::to_string(folder)));
-            victims.push_back(tree / ("d" + std::to_string(folder + 2)) / "s0");
-        }
-        thread_ = std::thread([this, victims, holding, outside] {
-            while (running_.load()) {
-                for (std::size_t index = 0; index < victims.size(); ++index) {
-                    const path& victim = victims[index];
-                    const path away = holding / std::to_string(index);
-                    // Move the real folder out, plant a link in its place, then put it back.
-                    if (::rename(victim.c_str(), away.c_str()) != 0) continue;
-                    if (::symlink(outside.c_str(), victim.c_str()) == 0) swaps_.fetch_add(1);
-                    std::this_thread::yield();
-                    ::unlink(victim.c_str());
-                    ::rename(away.c_str(), victim.c_str());
-                }
-                std::this_thread::yield();
-            }
-        });
-    }
-    // Stops and says how many links it planted.
-    std::int64_t stop() {
-        running_.store(false);
-        if (thread_.joinable()) thread_.join();
-        return swaps_.load();
-    }
-    ~SwappingAdversary() { stop(); }
-
-private:
-    std::atomic<bool> running_{true};
-    std::atomic<std::int64_t> swaps_{0};
-    std::thread thread_;
-};
-
-TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowed) {
+TEST_F(RemovalRaceTest, SubfoldersSwappedForLinksAreNeverFollowedAloneOrSideBySide) {
     const path tree = home / "cache/tree";
-    const path holding = makeDirectory(home / "holding");
-    std::int64_t swapsDuringRemoval = 0;
-
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, 50, 40);
-        SwappingAdversary adversary(tree, holding, outside);
-        const auto report = executor().execute({pathTarget("tree", Family::devMisc, {tree})});
-        swapsDuringRemoval += adversary.stop();
-
-        // However the race went, the target ends in one outcome and nothing outside went.
-        EXPECT_LE(report.deleted.size() + report.partial.size(), 1u);
-        EXPECT_TRUE(report.errors.empty());
-        expectOutsideIntact();
-        std::error_code error;
-        fs::remove_all(tree, error);
-        for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
+    // Folders at both levels, spread over the order of removal.
+    std::vector<path> victims;
+    for (int folder = 0; folder < 50; folder += 5) {
+        victims.push_back(tree / ("d" + std::to_string(folder)));
+        victims.push_back(tree / ("d" + std::to_string(folder + 2)) / "s0");
     }
-    // The adversary must really have raced the removals, or the test proves nothing.
-    EXPECT_GT(swapsDuringRemoval, rounds);
-}
-
-TEST_F(RemovalRaceTest, SubtreesRemovedSideBySideNeverFollowSwappedLinks) {
-    const path tree = home / "cache/tree";
-    const path holding = makeDirectory(home / "holding");
     WorkerPool pool(8);
     std::atomic<std::int64_t> handedOver{0};
-    std::int64_t swapsDuringRemoval = 0;
-
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, 50, 40);
-        TaskGroup group;
-        platform::TreeRemovalOptions options{.addOwnerPermissions = true};
-        options.sharing = {.submit =
-                               [&](std::function<void()> task) {
-                                   handedOver.fetch_add(1);
-                                   pool.submit(group, std::move(task));
-                               },
-                           .waitForAll = [&] { pool.wait(group); },
-                           .hasIdleWorker = [&] { return pool.hasIdleWorker(); }};
-        SwappingAdversary adversary(tree, holding, outside);
-        platform::removeTree(tree, options);
-        swapsDuringRemoval += adversary.stop();
-
-        expectOutsideIntact();
-        std::error_code error;
-        fs::remove_all(tree, error);
-        for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
-    }
-    EXPECT_GT(swapsDuringRemoval, rounds);
+    TaskGroup group;
+    const platform::TreeRemovalOptions sideBySide{
+        .addOwnerPermissions = true,
+        .sharing = {.submit =
+                        [&](std::function<void()> task) {
+                            handedOver.fetch_add(1);
+                            pool.submit(group, std::move(task));
+                        },
+                    .waitForAll = [&] { pool.wait(group); },
+                    .hasIdleWorker = [&] { return pool.hasIdleWorker(); }}};
+    // The executor's whole run on one thread, and the bare removal spread over the pool.
+    EXPECT_GT(race(tree, 50, victims,
+                   [&] {
+                       const auto report = executor().execute({pathTarget("tree", {tree})});
+                       // However the race went, the target ends in one outcome.
+                       EXPECT_LE(report.deleted.size() + report.partial.size(), 1u);
+                       EXPECT_TRUE(report.errors.empty());
+                   }),
+              rounds);
+    // The adversary must really have raced the removals, or the test proves nothing.
+    EXPECT_GT(race(tree, 50, victims, [&] { platform::removeTree(tree, sideBySide); }), rounds);
     EXPECT_GT(handedOver.load(), rounds) << "the subtrees were not removed side by side";
 }
 
 TEST_F(RemovalRaceTest, ALinkPlantedInTheParentChainIsNeverFollowed) {
-    // The target lies at home/cache/chain/b/tree; the adversary swaps "chain" for a link to a
-    // folder outside whose b/tree holds a canary of its own.
+    // The target lies at home/cache/chain/b/tree; "chain" is swapped for a link to the
+    // outside folder, whose b/tree holds a canary of its own.
     const path chain = home / "cache/chain";
     const path tree = chain / "b/tree";
-    const path decoy = root / "decoy";
-    const path decoyCanary = writeFile(decoy / "b/tree/canary", 64);
-    writeFile(decoy / "b/tree/d0/s0/f", 16);
-    const std::string decoyBefore = testing::listing(decoy);
-    const path parked = home / "parked";
-    std::int64_t swapsDuringRemoval = 0;
-
-    for (int round = 0; round < rounds; ++round) {
-        buildTree(tree, 20, 20);
-        std::atomic<bool> removing{true};
-        std::atomic<std::int64_t> swaps{0};
-        std::thread adversary([&] {
-            while (removing.load()) {
-                if (::rename(chain.c_str(), parked.c_str()) != 0) continue;
-                if (::symlink(decoy.c_str(), chain.c_str()) == 0) swaps.fetch_add(1);
-                std::this_thread::yield();
-                // Put the real folder back so the removal has something to race for.
-                ::unlink(chain.c_str());
-                ::rename(parked.c_str(), chain.c_str());
-            }
-        });
-        // The executor's checks and the bare removal both run against the adversary.
-        executor().execute({pathTarget("tree", Family::devMisc, {tree})});
-        for (int attempt = 0; attempt < 20; ++attempt)
-            if (!platform::removeTree(tree, {.addOwnerPermissions = true})) break;
-        removing.store(false);
-        adversary.join();
-        swapsDuringRemoval += swaps.load();
-
-        ASSERT_TRUE(fs::exists(decoyCanary));
-        ASSERT_EQ(testing::listing(decoy), decoyBefore);
-        std::error_code error;
-        if (fs::is_symlink(chain)) fs::remove(chain, error);
-        if (fs::exists(parked)) {
-            fs::remove_all(chain, error);
-            fs::rename(parked, chain, error);
-        }
-        fs::remove_all(tree, error);
-    }
-    EXPECT_GT(swapsDuringRemoval, rounds);
-    expectOutsideIntact();
+    EXPECT_GT(race(tree, 20, {chain},
+                   [&] {
+                       // The executor's checks and the bare removal both run against the adversary.
+                       executor().execute({pathTarget("tree", {tree})});
+                       for (int attempt = 0; attempt < 20; ++attempt)
+                           if (!platform::removeTree(tree, {.addOwnerPermissions = true, .sharing = {}})) break;
+                   }),
+              rounds);
 }
 
 }  // namespace

@@ -7,13 +7,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
+#include "support/DeepTree.h"
 #include "support/TempDir.h"
 
 namespace kelvo::platform {
@@ -26,24 +26,6 @@ using kelvo::testing::listing;
 using kelvo::testing::present;
 using kelvo::testing::makeDirectory;
 using kelvo::testing::writeFile;
-
-// Makes a chain of `levels` folders named `name` below the open folder `fd`, with a file
-// in each; through descriptors, since no path string could name the bottom of a deep one.
-void buildChain(int fd, const std::string& name, int levels) {
-    fd = ::dup(fd);
-    for (int level = 0; level < levels; ++level) {
-        ASSERT_EQ(::mkdirat(fd, name.c_str(), 0755), 0);
-        const int file = ::openat(fd, ("file" + std::to_string(level % 3)).c_str(), O_WRONLY | O_CREAT, 0644);
-        ASSERT_GE(file, 0);
-        ::write(file, "data", 4);
-        ::close(file);
-        const int child = ::openat(fd, name.c_str(), O_RDONLY | O_DIRECTORY);
-        ::close(fd);
-        ASSERT_GE(child, 0);
-        fd = child;
-    }
-    ::close(fd);
-}
 
 int openDescriptors() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -60,31 +42,14 @@ WorkSharing everyStep(std::function<void()> step) {
             }};
 }
 
-TEST(TreeRemoval, RemovesTreesDeeperThanPathMax) {
-    TempDir root;
-    const path top = makeDirectory(root / "deep");
-    const path sibling = writeFile(root / "sibling/keep", 10);
-    const std::string name = "a-rather-long-level-name";
-    const int fd = ::open(top.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(fd, 0);
-    buildChain(fd, name, PATH_MAX / static_cast<int>(name.size() + 1) + 50);
-    ::close(fd);
-
-    EXPECT_FALSE(removeTree(top));
-    EXPECT_FALSE(present(top));
-    EXPECT_TRUE(fs::exists(sibling));
-}
-
 TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     TempDir root;
     const path tree = makeDirectory(root / "tree");
     const path sibling = writeFile(root / "sibling/keep", 10);
     // Each branch is deeper than a walk keeps open, so the top folder is closed and
     // reopened while its other branches still wait to be removed.
-    const int fd = ::open(tree.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(fd, 0);
-    for (int branch = 0; branch < 12; ++branch) buildChain(fd, "branch-" + std::to_string(branch), 48);
-    ::close(fd);
+    for (int branch = 0; branch < 12; ++branch)
+        kelvo::testing::writeDeepFile(kelvo::testing::makeFolderChain(tree / ("branch-" + std::to_string(branch)), 48) / "f", 4);
     const int before = openDescriptors();
     int peak = 0;
 
@@ -139,12 +104,8 @@ TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
 }
 
 TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
-    // Hard links on a memory file system when there is one: names are what counts here.
-    std::string pattern = (fs::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0
-                               ? path("/dev/shm")
-                               : fs::temp_directory_path()).string() + "/kelvo-wide-XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    const path root = pattern;
+    // Hard links, in memory when possible: names are what counts here.
+    TempDir root(TempDir::memory);
     const path wide = makeDirectory(root / "wide");
     const path sibling = writeFile(root / "sibling", 10);
     writeFile(wide / "original", 10);
@@ -163,75 +124,40 @@ TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
         EXPECT_FALSE(present(wide));
     }
     EXPECT_TRUE(fs::exists(sibling));
-    std::error_code error;
-    fs::remove_all(root, error);
     ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
 }
 
-TEST(TreeRemoval, LinksInsideAreRemovedAsLinks) {
-    TempDir root;
-    const path outside = makeDirectory(root / "outside");
-    const path canary = writeFile(outside / "folder/canary", 100);
-    const path tree = root / "tree";
-    writeFile(tree / "sub/file", 100);
-    fs::create_directory_symlink(outside / "folder", tree / "sub/dir-link");
-    fs::create_symlink(canary, tree / "file-link");
-    fs::create_symlink(root / "nowhere", tree / "dangling");
-    fs::create_directory_symlink(tree, tree / "sub/loop");
-    const std::string before = listing(outside);
-
-    EXPECT_FALSE(removeTree(tree, {.addOwnerPermissions = true}));
-    EXPECT_FALSE(present(tree));
-    EXPECT_EQ(listing(outside), before);
-    EXPECT_EQ(fs::file_size(canary), 100u);
-}
-
-TEST(TreeRemoval, TheItemItselfMayBeAFileOrALink) {
+TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     TempDir root;
     const path file = writeFile(root / "dir/file", 100);
-    const path target = makeDirectory(root / "target");
-    const path inside = writeFile(target / "inside", 100);
-    fs::create_directory_symlink(target, root / "dir/link");
-
-    EXPECT_FALSE(removeTree(root / "dir/link"));
-    EXPECT_FALSE(present(root / "dir/link"));
-    EXPECT_TRUE(fs::exists(inside));
-    EXPECT_FALSE(removeTree(file));
-    EXPECT_FALSE(present(file));
-    EXPECT_TRUE(fs::is_directory(root / "dir"));
-    EXPECT_EQ(removeTree(root / "dir/missing"), std::errc::no_such_file_or_directory);
-}
-
-TEST(TreeRemoval, ALinkOrFileInTheParentChainStopsEverything) {
-    TempDir root;
+    const path inside = writeFile(root / "target/inside", 100);
+    fs::create_directory_symlink(root / "target", root / "dir/link");
     const path real = writeFile(root / "real/sub/tree/file", 100).parent_path();
     fs::create_directory_symlink(root / "real", root / "via");
-    const path file = writeFile(root / "plain", 10);
-
-    EXPECT_EQ(removeTree(root / "via/sub/tree"), std::errc::too_many_symbolic_link_levels);
-    EXPECT_EQ(removeTree(file / "x"), std::errc::not_a_directory);
-    EXPECT_TRUE(fs::exists(real / "file"));
-    EXPECT_TRUE(fs::exists(file));
-}
-
-TEST(TreeRemoval, OnlyStandardAbsolutePathsAreAccepted) {
-    TempDir root;
-    const path tree = writeFile(root / "tree/sub/file", 10).parent_path().parent_path();
-    for (const path& spelling : {path(tree / "sub/.."), path(tree / "sub/../sub"), path(tree / "./sub"),
-                                 path("relative/path"), path("/"), path("")})
-        EXPECT_EQ(removeTree(spelling), std::errc::invalid_argument) << spelling;
-    EXPECT_TRUE(fs::exists(tree / "sub/file"));
-    // Repeated and trailing separators are harmless.
-    EXPECT_FALSE(removeTree(path(root.path().string() + "//tree/sub/")));
-    EXPECT_FALSE(present(tree / "sub"));
-    EXPECT_TRUE(fs::is_directory(tree));
-}
-
-TEST(TreeRemoval, PermissionErrorsAreTold) {
-    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::permission_denied)));
-    EXPECT_TRUE(isPermissionError(std::make_error_code(std::errc::operation_not_permitted)));
-    EXPECT_FALSE(isPermissionError(std::make_error_code(std::errc::no_such_file_or_directory)));
-    EXPECT_FALSE(isPermissionError({}));
+    const path plain = writeFile(root / "plain", 10);
+    const path tree = real.parent_path();
+    struct Case {
+        path item;
+        std::error_code error;
+    };
+    const Case cases[] = {
+        {root / "via/sub/tree", std::make_error_code(std::errc::too_many_symbolic_link_levels)},
+        {plain / "x", std::make_error_code(std::errc::not_a_directory)},
+        {root / "dir/missing", std::make_error_code(std::errc::no_such_file_or_directory)},
+        {tree / "tree/..", std::make_error_code(std::errc::invalid_argument)},
+        {tree / "tree/../tree", std::make_error_code(std::errc::invalid_argument)},
+        {tree / "./tree", std::make_error_code(std::errc::invalid_argument)},
+        {"relative/path", std::make_error_code(std::errc::invalid_argument)},
+        {"/", std::make_error_code(std::errc::invalid_argument)},
+        {"", std::make_error_code(std::errc::invalid_argument)},
+        // A link goes as a link, a file as a file; repeated and trailing separators are harmless.
+        {root / "dir/link", {}},
+        {file, {}},
+        {path(root.path().string() + "//real/sub/tree/"), {}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(removeTree(c.item), c.error) << c.item;
+    EXPECT_FALSE(present(root / "dir/link") || present(file) || present(real));
+    for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(present(kept)) << kept;
 }
 
 // A file system mounted inside the tree is not part of it. Runs in a child with a mount
@@ -250,7 +176,7 @@ TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
             ::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=1m") != 0)
             ::_exit(77);
         writeFile(canaryInMount, 10);
-        const auto error = removeTree(tree, {.addOwnerPermissions = true});
+        const auto error = removeTree(tree, {.addOwnerPermissions = true, .sharing = {}});
         // 0: the mount was left alone with its content and the rest went.
         const bool kept = fs::exists(canaryInMount) && !present(tree / "own") && error == std::errc::cross_device_link;
         ::_exit(kept ? 0 : 1);

@@ -7,7 +7,6 @@
 
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
-#include "kelvo/L10n.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -19,8 +18,9 @@ using testing::TempDir;
 using testing::makeDirectory;
 using testing::nobodyId;
 using testing::pathTarget;
+using testing::skipped;
+using testing::lines;
 using testing::present;
-using testing::texts;
 using testing::writeFile;
 
 unsigned modeOf(const path& location) {
@@ -33,13 +33,7 @@ class UnprivilegedRemovalTest : public ::testing::Test {
 protected:
     UnprivilegedRemovalTest() : home(makeDirectory(root / "home")) {}
 
-    Executor executor() const {
-        Executor result;
-        result.safety = testing::guardFor(home, {home});
-        result.probe = std::make_shared<StubProcessProbe>();
-        result.runCommand = [](const std::string&, const ShellVariables&) { return 0; };
-        return result;
-    }
+    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
 
     // Gives the home to 65534 when we are root; otherwise the files are ours already.
     void handOver() const {
@@ -72,21 +66,17 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
 
     const auto run = testing::runUnprivileged([&] {
         return executor().execute({
-            pathTarget("two-paths", Family::devMisc, {first, second}),
-            pathTarget("mixed", Family::devMisc, {mixed}),
-            pathTarget("locked-only", Family::devMisc, {second}),
+            pathTarget("two-paths", {first, second}),
+            pathTarget("mixed", {mixed}),
+            pathTarget("locked-only", {second}),
         });
     });
-    ASSERT_TRUE(run.report) << run.failure;
-    const auto& report = *run.report;
-    EXPECT_TRUE(report.deleted.empty());
-    EXPECT_EQ(report.partial, (std::vector<std::string>{"two-paths", "mixed"}));
-    EXPECT_EQ(texts(report.skipped), (std::vector<std::string>{
-                                         "two-paths: " + L10n::t("exec.skip.noPermission", "second"),
-                                         "mixed: " + L10n::t("exec.skip.systemRemnant", "mixed"),
-                                         "locked-only: " + L10n::t("exec.skip.noPermission", "second"),
-                                     }));
-    EXPECT_EQ(report.freedBytes, firstBytes + ownBytes);
+    ASSERT_TRUE(run.output) << run.failure;
+    EXPECT_EQ(*run.output, lines({"partial two-paths", "partial mixed",
+                                  skipped("two-paths", "exec.skip.noPermission", "second"),
+                                  skipped("mixed", "exec.skip.systemRemnant", "mixed"),
+                                  skipped("locked-only", "exec.skip.noPermission", "second"),
+                                  "freed " + std::to_string(firstBytes + ownBytes)}));
 
     EXPECT_FALSE(present(first));
     EXPECT_FALSE(present(own));
@@ -96,21 +86,9 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     EXPECT_TRUE(fs::is_directory(home / "cache"));
 }
 
-TEST_F(UnprivilegedRemovalTest, APathWhoseOwnerCannotBeReadIsNeverCountedAsGone) {
-    const path item = writeFile(home / "cache/closed/item", 4000);
-    handOver();
-    fs::permissions(home / "cache/closed", fs::perms(0));
-    const auto run = testing::runUnprivileged(
-        [&] { return executor().execute({pathTarget("closed", Family::devMisc, {item})}); });
-    fs::permissions(home / "cache/closed", fs::perms(0755));
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_EQ(texts(run.report->skipped),
-              std::vector<std::string>{"closed: " + L10n::t("exec.skip.ownerUnknown", item.string())});
-    EXPECT_TRUE(run.report->deleted.empty());
-    EXPECT_TRUE(fs::exists(item));
-}
-
-TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {
+// A locked parent is never opened up; a read-only tree inside one's own folder is; what
+// cannot be looked at is never counted as gone.
+TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpButNeverTheParentOfATargetOrAnUnreadableOne) {
     const path tree = home / "cache/readonly";
     writeFile(tree / "a/b/file", 9000);
     writeFile(tree / "a/secret/hidden", 4000);
@@ -118,12 +96,16 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {
     writeFile(tree / "write-search-only/file", 3000);
     writeFile(tree / "top-file", 100);
     const path neighbour = writeFile(home / "cache/neighbour/file", 100).parent_path();
+    const path locked = home / "cache/locked";
+    const path file = writeFile(locked / "item.log", 4000);
+    const path folder = writeFile(locked / "folder/inner", 4000).parent_path();
+    const path closedItem = writeFile(home / "cache/closed/item", 4000);
     // The removing user cannot see into the three locked folders before they are opened
     // up, so what it measures as freed leaves their content out.
     const std::int64_t unseen = testing::allocatedBytesBelow(tree / "a/secret") +
                                 testing::allocatedBytesBelow(tree / "no-search") +
                                 testing::allocatedBytesBelow(tree / "write-search-only");
-    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen;
+    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen + testing::allocatedBytes(folder / "inner");
     ASSERT_GT(unseen, 0);
     handOver();
     for (const auto& entry : fs::recursive_directory_iterator(tree))
@@ -133,41 +115,28 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpAndRemoved) {
     fs::permissions(tree / "write-search-only", fs::perms(0300));
     fs::permissions(tree, fs::perms(0555));
     fs::permissions(neighbour, fs::perms(0555));
+    fs::permissions(locked, fs::perms(0555));
+    fs::permissions(home / "cache/closed", fs::perms(0));
 
-    const auto run = testing::runUnprivileged(
-        [&] { return executor().execute({pathTarget("readonly", Family::devMisc, {tree})}); });
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_EQ(run.report->deleted, std::vector<std::string>{"readonly"});
-    EXPECT_TRUE(run.report->skipped.empty()) << texts(run.report->skipped)[0];
-    EXPECT_EQ(run.report->freedBytes, expected);
+    const auto run = testing::runUnprivileged([&] {
+        return executor().execute({pathTarget("readonly", {tree}), pathTarget("file", {file}),
+                                   pathTarget("folder", {folder}), pathTarget("closed", {closedItem})});
+    });
+    fs::permissions(home / "cache/closed", fs::perms(0755));
+    ASSERT_TRUE(run.output) << run.failure;
+    // The folder's content could go (the folder is ours), the folder itself could not.
+    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", "exec.skip.noPermission", "item.log"),
+                                  skipped("folder", "exec.skip.systemRemnant", "folder"),
+                                  skipped("closed", "exec.skip.ownerUnknown", closedItem.string()),
+                                  "freed " + std::to_string(expected)}));
     EXPECT_FALSE(present(tree));
     // Only the removed tree had its bits changed.
     EXPECT_EQ(modeOf(neighbour), 0555u);
+    EXPECT_EQ(modeOf(locked), 0555u);
     EXPECT_EQ(modeOf(home / "cache"), 0755u);
     EXPECT_TRUE(fs::exists(neighbour / "file"));
-}
-
-TEST_F(UnprivilegedRemovalTest, TheParentOfATargetIsNeverOpenedUp) {
-    const path locked = home / "cache/locked";
-    const path file = writeFile(locked / "item.log", 4000);
-    const path folder = writeFile(locked / "folder/inner", 4000).parent_path();
-    handOver();
-    fs::permissions(locked, fs::perms(0555));
-
-    const auto run = testing::runUnprivileged([&] {
-        return executor().execute({pathTarget("file", Family::devMisc, {file}),
-                                   pathTarget("folder", Family::devMisc, {folder})});
-    });
-    ASSERT_TRUE(run.report) << run.failure;
-    EXPECT_TRUE(run.report->deleted.empty());
-    // The folder's content could go (the folder is ours), the folder itself could not.
-    EXPECT_EQ(texts(run.report->skipped), (std::vector<std::string>{
-                                               "file: " + L10n::t("exec.skip.noPermission", "item.log"),
-                                               "folder: " + L10n::t("exec.skip.systemRemnant", "folder"),
-                                           }));
-    EXPECT_EQ(run.report->partial, std::vector<std::string>{"folder"});
-    EXPECT_EQ(modeOf(locked), 0555u);
     EXPECT_TRUE(fs::exists(file));
+    EXPECT_TRUE(fs::exists(closedItem));
     EXPECT_TRUE(fs::is_directory(folder));
     EXPECT_FALSE(present(folder / "inner"));
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvo/Paths.h"
+#include "kelvo/platform/TextCase.h"
 
 namespace kelvo {
 namespace {
@@ -46,6 +47,22 @@ TEST(Paths, InsideIsStrictOnWholeComponentsAndNothingIsInsideTheRoot) {
         {"/a", "", false},         {"a", "", false},
     };
     for (const auto& c : cases) EXPECT_EQ(Paths::isInside(c.path, c.root), c.inside) << c.path << " in " << c.root;
+}
+
+// Names are matched without case (protected applications, family names): only whole valid
+// characters are lowered, and a byte that is not valid UTF-8 stays itself.
+TEST(TextCase, LowersValidCharactersAndKeepsInvalidBytes) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"Xcode.APP", "xcode.app"},
+        {"CAF\xC3\x89", "caf\xC3\xA9"},                          // two bytes
+        {"\xE2\x84\xAB", "\xC3\xA5"},                            // three bytes: the Angstrom sign lowers to a-ring
+        {"\xF0\x90\x90\x80Z", "\xF0\x90\x90\xA8z"},             // four bytes: Deseret
+        {"A\xFF" "B\xFE", "a\xFF" "b\xFE"},                   // bytes no character starts with
+        {"\xC3" "A", "\xC3" "a"},                                 // a lead byte without its continuation
+        {"\xE2\x84", "\xE2\x84"},                                // cut short at the end
+        {"\x80Q", "\x80q"},                                       // a continuation byte alone
+    };
+    for (const auto& [text, lowered] : cases) EXPECT_EQ(platform::lowercased(text), lowered) << text;
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "kelvo/DirectorySizer.h"
 #include "kelvo/L10n.h"
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
@@ -43,42 +42,9 @@ std::string bytesColumn(const std::string& line) {
     return bytes;
 }
 
-TEST(SizeCommand, PrintsEachPathsAllocatedBytes) {
-    TempDir root;
-    const path folder = makeDirectory(root / "folder");
-    writeFile(folder / "a/one", 30000);
-    writeFile(folder / ".hidden", 5000);
-    const path file = writeFile(root / "file", 70000);
-
-    const auto result = runTool({"size", folder.string(), file.string()}, english);
-    EXPECT_EQ(result.exitStatus, 0) << result.standardError;
-    EXPECT_EQ(result.standardError, "");
-    const auto printed = lines(result.standardOutput);
-    ASSERT_EQ(printed.size(), 2u) << result.standardOutput;
-    EXPECT_EQ(bytesColumn(printed[0]), std::to_string(allocatedBytesBelow(folder)));
-    EXPECT_TRUE(printed[0].ends_with("  " + folder.string())) << printed[0];
-    EXPECT_EQ(bytesColumn(printed[1]), std::to_string(allocatedBytes(file)));
-    EXPECT_TRUE(printed[1].ends_with("  " + file.string())) << printed[1];
-}
-
-TEST(SizeCommand, MissingPathFailsButTheOthersAreStillMeasured) {
-    TempDir root;
-    const path file = writeFile(root / "file", 9000);
-    const path missing = root / "missing";
-
-    const auto result = runTool({"size", missing.string(), file.string()}, english);
-    EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_NE(result.standardError.find(L10n::formatText(englishText("cli.size.missing"), {missing.string()})),
-              std::string::npos)
-        << result.standardError;
-    const auto printed = lines(result.standardOutput);
-    ASSERT_EQ(printed.size(), 1u) << result.standardOutput;
-    EXPECT_EQ(bytesColumn(printed[0]), std::to_string(allocatedBytes(file)));
-}
-
 // Only an ordinary user meets the locked folder: the tool runs from a child that has
 // switched to uid 65534 and sends back what the tool printed.
-TEST(SizeCommand, PartlyUnreadableTreeIsMarkedAsALowerBound) {
+TEST(SizeCommand, PrintsAllocatedBytesMarksALowerBoundAndFailsOnAMissingPathAfterMeasuringTheRest) {
     TempDir root;
     const path tree = makeDirectory(root / "tree");
     const path readable = writeFile(tree / "readable", 20000);
@@ -86,22 +52,28 @@ TEST(SizeCommand, PartlyUnreadableTreeIsMarkedAsALowerBound) {
     writeFile(locked / "secret", 50000);
     ::chmod(locked.c_str(), 0);
     const path clean = makeDirectory(root / "clean");
-    writeFile(clean / "data", 4000);
+    writeFile(clean / "a/one", 30000);
+    writeFile(clean / ".hidden", 5000);
+    const path file = writeFile(root / "file", 70000);
+    const path missing = root / "missing";
 
     const auto run = testing::runAsUnprivileged([&] {
-        const auto result = runTool({"size", tree.string(), clean.string()}, english);
-        return std::to_string(result.exitStatus) + "\n" + result.standardOutput;
+        const auto result = runTool({"size", tree.string(), missing.string(), clean.string(), file.string()}, english);
+        return std::to_string(result.exitStatus) + "\n" + result.standardError + result.standardOutput;
     });
     if (run.switchRefused) GTEST_SKIP() << run.failure;
     ASSERT_TRUE(run.output) << run.failure;
     const auto printed = lines(*run.output);
-    ASSERT_EQ(printed.size(), 3u) << *run.output;
-    EXPECT_EQ(printed[0], "0");
+    ASSERT_EQ(printed.size(), 5u) << *run.output;
+    EXPECT_EQ(printed[0], "1");
+    EXPECT_EQ(printed[1], L10n::formatText(englishText("cli.size.missing"), {missing.string()}));
     const std::string mark = englishText("cli.size.lowerBound");
-    EXPECT_TRUE(printed[1].ends_with(tree.string() + "  " + mark)) << printed[1];
-    EXPECT_EQ(bytesColumn(printed[1]), std::to_string(allocatedBytes(readable) + allocatedBytes(locked)));
-    EXPECT_TRUE(printed[2].ends_with("  " + clean.string())) << printed[2];
-    EXPECT_EQ(printed[2].find(mark), std::string::npos);
+    EXPECT_TRUE(printed[2].ends_with("  " + tree.string() + "  " + mark)) << printed[2];
+    EXPECT_EQ(bytesColumn(printed[2]), std::to_string(allocatedBytes(readable) + allocatedBytes(locked)));
+    EXPECT_TRUE(printed[3].ends_with("  " + clean.string())) << printed[3];
+    EXPECT_EQ(bytesColumn(printed[3]), std::to_string(allocatedBytesBelow(clean)));
+    EXPECT_TRUE(printed[4].ends_with("  " + file.string())) << printed[4];
+    EXPECT_EQ(bytesColumn(printed[4]), std::to_string(allocatedBytes(file)));
 }
 
 }  // namespace

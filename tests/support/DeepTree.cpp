@@ -106,13 +106,4 @@ std::int64_t deepAllocatedBytesBelow(const fs::path& directory) {
     return allocatedBelow(openDeep(directory, false).get());
 }
 
-void setDeepModificationTime(const fs::path& path, std::chrono::system_clock::time_point time) {
-    const Fd parent = openDeep(path.parent_path(), false);
-    const auto since = std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
-    struct timespec times[2];
-    times[0].tv_sec = times[1].tv_sec = since / 1'000'000'000;
-    times[0].tv_nsec = times[1].tv_nsec = since % 1'000'000'000;
-    ::utimensat(parent.get(), path.filename().c_str(), times, AT_SYMLINK_NOFOLLOW);
-}
-
 }  // namespace kelvo::testing

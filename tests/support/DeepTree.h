@@ -2,7 +2,6 @@
 // Trees deeper than PATH_MAX, where every call that takes a whole path fails with
 // ENAMETOOLONG: made and read here through directory descriptors, one component at a time
 // from "/", without following links. Paths must be absolute.
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -21,6 +20,5 @@ void makeDeepSymlink(const std::filesystem::path& target, const std::filesystem:
 bool deepExists(const std::filesystem::path& path);
 // The sum of the allocated sizes (blocks x 512) of every entry below a directory.
 std::int64_t deepAllocatedBytesBelow(const std::filesystem::path& directory);
-void setDeepModificationTime(const std::filesystem::path& path, std::chrono::system_clock::time_point time);
 
 }  // namespace kelvo::testing

@@ -12,8 +12,11 @@
 
 namespace kelvo::testing {
 
-TempDir::TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kelvo-test-XXXXXX").string();
+TempDir::TempDir(Backing backing) {
+    const bool inMemory = backing == memory && std::filesystem::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0;
+    std::string pattern =
+        ((inMemory ? std::filesystem::path("/dev/shm") : std::filesystem::temp_directory_path()) / "kelvo-test-XXXXXX")
+            .string();
     if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
     path_ = pattern;
     // Readable and enterable by the unprivileged user some tests switch to.
@@ -98,11 +101,5 @@ void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group) {
 }
 
 bool runningAsRoot() { return ::geteuid() == 0; }
-
-int runAsNobody(const std::string& command) {
-    const std::string wrapped = "setpriv --reuid=65534 --regid=65534 --clear-groups /bin/sh -c '" + command + "'";
-    const int status = std::system(wrapped.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 }  // namespace kelvo::testing

@@ -12,7 +12,10 @@ namespace kelvo::testing {
 
 class TempDir {
 public:
-    TempDir();
+    enum Backing { disk, memory };
+    // In memory when the machine has a writable /dev/shm (for tests that make and remove
+    // hundreds of thousands of names), else on disk.
+    explicit TempDir(Backing backing = disk);
     ~TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
@@ -41,10 +44,7 @@ std::string listing(const std::filesystem::path& directory);
 // Changes the owner of a tree (links themselves, never their targets).
 void chownTree(const std::filesystem::path& root, uid_t owner, gid_t group);
 
-// Whether this process can run a command as the unprivileged user 65534 (setpriv as
-// root), or is itself unprivileged; tests of unreadable folders need one or the other.
+// Whether this process runs as root: only root can give files to another user.
 bool runningAsRoot();
-// Runs a shell command as uid/gid 65534 through setpriv; returns its exit status.
-int runAsNobody(const std::string& command);
 
 }  // namespace kelvo::testing

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -11,6 +12,13 @@
 
 namespace kelvo::testing {
 namespace {
+
+std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent) {
+    const auto folder = parent / "bin";
+    std::filesystem::create_directories(folder);
+    std::filesystem::create_symlink("/bin/rm", folder / "rm");
+    return folder;
+}
 
 std::string slurp(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -52,11 +60,28 @@ ToolResult runTool(const std::vector<std::string>& arguments, const std::map<std
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(outPath), slurp(errPath)};
 }
 
-std::filesystem::path toolFolderWithOnlyRm(const std::filesystem::path& parent) {
-    const auto folder = parent / "bin";
-    std::filesystem::create_directories(folder);
-    std::filesystem::create_symlink("/bin/rm", folder / "rm");
-    return folder;
+std::map<std::string, std::string> toolEnvironment(const std::filesystem::path& parent) {
+    std::filesystem::create_directories(parent / "home");
+    std::filesystem::create_directories(parent / "tmp");
+    return {{"HOME", (parent / "home").string()},
+            {"TMPDIR", (parent / "tmp").string()},
+            {"PATH", toolFolderWithOnlyRm(parent).string()},
+            {"LANG", "C"}};
+}
+
+void setTreeModificationTime(const std::filesystem::path& root, std::chrono::system_clock::time_point time) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) setModificationTime(entry.path(), time);
+    setModificationTime(root, time);
+}
+
+std::string listingWithout(const std::string& listing, const std::vector<std::string>& removedPrefixes) {
+    std::string kept;
+    std::istringstream lines(listing);
+    for (std::string line; std::getline(lines, line);)
+        if (std::none_of(removedPrefixes.begin(), removedPrefixes.end(),
+                         [&](const std::string& prefix) { return line.starts_with(prefix); }))
+            kept += line + "\n";
+    return kept;
 }
 
 }  // namespace kelvo::testing

@@ -638,10 +638,6 @@ std::optional<std::vector<std::string>> componentsOf(const std::filesystem::path
 
 }  // namespace
 
-bool isPermissionError(const std::error_code& error) {
-    return error.category() == std::generic_category() && permissionDenied(error.value());
-}
-
 std::error_code removeTree(const std::filesystem::path& path, const TreeRemovalOptions& options) {
     const auto components = componentsOf(path);
     if (!components) return errorOf(EINVAL);

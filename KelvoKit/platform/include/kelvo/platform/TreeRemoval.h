@@ -57,7 +57,4 @@ struct TreeRemovalOptions {
 // whether there is one does not.
 std::error_code removeTree(const std::filesystem::path& path, const TreeRemovalOptions& options = {});
 
-// EACCES or EPERM.
-bool isPermissionError(const std::error_code& error);
-
 }  // namespace kelvo::platform
