@@ -27,13 +27,13 @@ export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 
 asan=${KELVO_ASAN_BUILD_DIR:-$root/build-asan}
 configure_and_build "$asan" "-fsanitize=address,undefined -fno-sanitize-recover=undefined"
-(cd "$asan" && ctest --output-on-failure --timeout 900 -j "$jobs")
+(cd "$asan" && ctest --output-on-failure --timeout 900 -j "$jobs" -LE large)
 
 tsan=${KELVO_TSAN_BUILD_DIR:-$root/build-tsan}
 parallel=(test_sizing test_scan test_cleaners test_execution)
 configure_and_build "$tsan" "-fsanitize=thread" kelvo "${parallel[@]}"
 for program in "${parallel[@]}"; do
     echo "== $program (ThreadSanitizer)"
-    (cd "$tsan/tests" && "./$program" --gtest_brief=1)
+    (cd "$tsan/tests" && "./$program" --gtest_brief=1 --gtest_filter=-Large*)
 done
 echo "Sanitized suite: no report."

@@ -11,10 +11,6 @@ std::vector<std::filesystem::path> InstalledApps::standardAppDirs(const std::fil
             home / "Applications"};
 }
 
-std::vector<AppInfo> InstalledApps::scan(const std::vector<std::filesystem::path>& appDirs) {
-    return inventory(appDirs).apps;
-}
-
 AppInventory InstalledApps::inventory(const std::vector<std::filesystem::path>& appDirs) {
     AppInventory found;
     for (const auto& directory : appDirs) {

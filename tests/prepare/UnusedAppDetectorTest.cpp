@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "kelvo/DirectorySizer.h"
-#include "kelvo/L10n.h"
-#include "kelvo/MonthsBefore.h"
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/UnusedAppDetector.h"
 #include "support/AppBundle.h"
@@ -64,35 +62,7 @@ TEST(UnusedAppDetector, OffersApplicationsLastUsedStrictlyBeforeTheCutOffOfThirt
     }
 }
 
-TEST(UnusedAppDetector, CutOffIsStrictAndCountsThirtyDayMonths) {
-    EXPECT_EQ(monthsBefore(now, 6), utc(2025, 1, 2));
-    TempDir apps;
-    makeApp(apps.path(), "Before", {.bundleID = "com.x.Before"});
-    makeApp(apps.path(), "AtCutOff", {.bundleID = "com.x.AtCutOff"});
-    makeApp(apps.path(), "Recent", {.bundleID = "com.x.Recent"});
-    makeApp(apps.path(), "Undated", {.bundleID = "com.x.Undated"});
-    const auto targets = detectorFor({.appDirs = {apps.path()},
-                                      .home = apps / "home",
-                                      .dates = {{"Before.app", utc(2025, 1, 1, 23, 59, 59)},
-                                                {"AtCutOff.app", utc(2025, 1, 2)},
-                                                {"Recent.app", utc(2025, 6, 1)}}})
-                             .scan();
-    EXPECT_EQ(idsOf(targets), (std::vector<std::string>{"app:com.x.Before"}));
-}
-
-TEST(UnusedAppDetector, ZeroMonthsComparesAgainstNowItself) {
-    TempDir apps;
-    makeApp(apps.path(), "JustBefore", {.bundleID = "com.x.JustBefore"});
-    makeApp(apps.path(), "Now", {.bundleID = "com.x.Now"});
-    const auto targets = detectorFor({.appDirs = {apps.path()},
-                                      .home = apps / "home",
-                                      .dates = {{"JustBefore.app", now - 1s}, {"Now.app", now}},
-                                      .months = 0})
-                             .scan();
-    EXPECT_EQ(idsOf(targets), (std::vector<std::string>{"app:com.x.JustBefore"}));
-}
-
-TEST(UnusedAppDetector, TargetHoldsTheBundleThenItsDataLocations) {
+TEST(UnusedAppDetector, TheTargetHoldsTheBundleThenItsDataOrTheBundleAloneWithoutAnIdentifier) {
     TempDir root;
     const auto home = root / "home";
     const auto bundle = makeApp(root / "Applications", "Old", "com.x.Old");

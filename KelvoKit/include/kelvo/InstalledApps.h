@@ -32,9 +32,8 @@ namespace InstalledApps {
 // /System/Applications/Utilities, then home/Applications (existence not checked).
 std::vector<std::filesystem::path> standardAppDirs(const std::filesystem::path& home);
 // Bundles directly inside the folders (".app", case-sensitive, hidden ones skipped) whose
-// Info.plist has a string CFBundleIdentifier; neither sorted nor de-duplicated.
-std::vector<AppInfo> scan(const std::vector<std::filesystem::path>& appDirs);
-// The same look, with the bundles whose identifier could not be read.
+// Info.plist has a string CFBundleIdentifier, neither sorted nor de-duplicated, and apart
+// the bundles whose identifier could not be read.
 AppInventory inventory(const std::vector<std::filesystem::path>& appDirs);
 // One string value of the bundle's Contents/Info.plist; nothing on any failure.
 std::optional<std::string> infoPlistString(const std::filesystem::path& bundle, const std::string& key);
