@@ -4,6 +4,7 @@
 
 #include "AppText.h"
 #include "kelvo/Format.h"
+#include "kelvo/Reporter.h"
 
 namespace kelvo::app {
 
@@ -16,11 +17,7 @@ Screen chooseScreen(bool updateRequired, bool showingSettings, bool needsOnboard
 
 bool isBusy(AppModel::Phase phase) { return phase == AppModel::Phase::scanning || phase == AppModel::Phase::cleaning; }
 
-std::int64_t selectedBytes(const AppModel& model) {
-    std::int64_t total = 0;
-    for (const auto& target : model.selectedTargets()) total += target.sizeBytes;
-    return total;
-}
+std::int64_t selectedBytes(const AppModel& model) { return Reporter::summarize(model.selectedTargets()).totalBytes; }
 
 std::vector<Family> groups(const std::vector<CleanTarget>& targets) {
     std::vector<Family> present;
