@@ -108,8 +108,15 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
     ASSERT_TRUE(QTest::qWaitFor([] { return QSystemTrayIcon::isSystemTrayAvailable(); }, 20000)) << "no tray host";
     AppDelegate::applicationDidFinishLaunching(app, true);
     EXPECT_FALSE(app.panel().isVisible());  // only the icon at start
-    // Until trayer embeds it, the icon reports the origin; trayer sits at the top right.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return app.tray()->geometry().x() > 0 && !app.tray()->geometry().isEmpty(); }, 20000));
+    // Until trayer embeds it, the icon reports the origin; trayer sits at the top right. A
+    // tray host that owns the selection but has not laid itself out yet can drop the first
+    // docking request, so the icon asks again, as it would when a host starts late.
+    const auto embedded = [&] { return app.tray()->geometry().x() > 0 && !app.tray()->geometry().isEmpty(); };
+    for (int attempt = 0; attempt < 4 && !QTest::qWaitFor(embedded, 5000); ++attempt) {
+        app.tray()->hide();
+        app.tray()->show();
+    }
+    ASSERT_TRUE(embedded()) << "the tray host never embedded the icon";
 
     // The tray host may still move the icon while it lays itself out: a click that found
     // no icon is made again where the icon is now.
