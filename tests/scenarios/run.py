@@ -87,7 +87,7 @@ class Scenario:
                                      stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def make(self, text):
-        words = text.split(None, 2)
+        words = [w for w in re.match(r"(\S+)(?: (\S+)(?: (.*))?)?$", text).groups() if w is not None]
         target = words[0] if words[0].startswith("/") else self.path(words[0])
         self.note_outside(target)
         os.makedirs(os.path.dirname(target.rstrip("/")), exist_ok=True)
