@@ -144,7 +144,8 @@ class Scenario:
             self.make(self.expand(rest))
         elif verb == "age":
             when = time.time() - int(words[0][:-1]) * {"d": 86400, "h": 3600, "m": 60}[words[0][-1]]
-            paths = [self.path(p) for p in words[1:]] or [self.root] + [os.path.join(f, n) for f, ds, fs in os.walk(self.root) for n in ds + fs]
+            everything = [self.root] + [os.path.join(f, n) for f, ds, fs in os.walk(self.root) for n in ds + fs]
+            paths = [self.path(p) for p in words[1:]] or everything
             for p in paths:
                 os.utime(p, (when, when), follow_symlinks=False)
         elif verb == "mode":
@@ -155,12 +156,15 @@ class Scenario:
                 name, has, value = word.partition("=")
                 self.env.pop(name, None) if not has else self.env.__setitem__(name, value)
         elif verb == "requires":
-            if words == ["root"] and os.geteuid() != 0:
+            if words != ["root"]:
+                raise Failure(f"unknown requirement {rest!r}")
+            if os.geteuid() != 0:
                 raise Skip("needs root")
         elif verb == "process":
             os.makedirs(os.path.dirname(self.path(words[0])), exist_ok=True)
             os.symlink("/bin/sh", self.path(words[0]))
-            child = subprocess.Popen([self.path(words[0]), "-c", "echo ready; read line"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+            child = subprocess.Popen([self.path(words[0]), "-c", "echo ready; read line"],
+                                     stdin=subprocess.PIPE, stdout=subprocess.PIPE)
             child.stdout.readline()  # the shell runs under its name once it speaks
             self.processes[words[0]] = child
         elif verb == "stop":
@@ -186,7 +190,8 @@ class Scenario:
         elif verb == "offers":
             plan = {t["id"]: t["preselected"] for t in json.loads(self.result.stdout)["targets"]}
             wanted = {w.lstrip("+-"): w[0] for w in words}
-            wrong = {i for i in set(plan) | set(wanted) if i not in plan or i not in wanted or wanted[i] in "+-" and plan[i] != (wanted[i] == "+")}
+            wrong = {i for i in set(plan) | set(wanted)
+                     if i not in plan or i not in wanted or wanted[i] in "+-" and plan[i] != (wanted[i] == "+")}
             if wrong:
                 raise Failure(f"offers differ at {sorted(wrong)}: {plan}")
         elif verb == "removed":
@@ -227,7 +232,7 @@ def main():
             except Skip as reason:
                 skipped += 1
                 print(f"skip  {name}: {reason}")
-            except (Failure, LookupError, ValueError, OSError) as fault:
+            except Exception as fault:  # a malformed step or a missing run fails its scenario too
                 failed += 1
                 print(f"FAIL  {name}\n{where}: {fault}")
             finally:
