@@ -7,7 +7,6 @@
 #include "kelvo/L10n.h"
 #include "kelvo/PathCleaner.h"
 #include "kelvo/VersionedDirCleaner.h"
-#include "support/ScopedEnvironment.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
 #include "support/Unprivileged.h"
@@ -136,19 +135,6 @@ TEST(CommandCleaner, OffersTheWholeLineWithItsEstimateOnlyWhileTheCheckFindsItsT
     ASSERT_EQ(known.size(), 1u);
     EXPECT_EQ(known[0].sizeBytes, 5000);
     EXPECT_EQ(known[0].notes, "");
-}
-
-TEST(CommandCleaner, WithoutACheckLooksForAnExecutableOnThePath) {
-    testing::TempDir bin;
-    testing::writeText(bin / "kelvo-tool", "#!/bin/sh\n");
-    std::filesystem::permissions(bin / "kelvo-tool", std::filesystem::perms::owner_all);
-    testing::writeText(bin / "kelvo-plain", "not executable");
-    const testing::ScopedEnvironment path({{"PATH", bin.path().string()}});
-    EXPECT_TRUE(CommandCleaner::which("kelvo-tool"));
-    EXPECT_FALSE(CommandCleaner::which("kelvo-plain"));
-    EXPECT_FALSE(CommandCleaner::which("sh"));
-    EXPECT_EQ(makeCommand("kelvo-tool --clean", 0, nullptr).scan().size(), 1u);
-    EXPECT_TRUE(makeCommand("kelvo-missing --clean", 0, nullptr).scan().empty());
 }
 
 VersionedDirCleaner makeVersioned(const fs::path& parent, std::vector<std::string> prefixes) {
