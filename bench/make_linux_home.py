@@ -101,6 +101,15 @@ def build(maker, write):
             made += 151
     m.counts["workspace"] = made
 
+    # The marks each tool leaves at the top of its folder, without which Kelvo offers none.
+    for mark in [".cache/yarn/v6", ".gradle/caches/modules-2", ".cargo/registry/index", ".cargo/git/db",
+                 ".cache/pip/http", "go/pkg/mod/cache/download", ".pub-cache/hosted"]:
+        os.makedirs(os.path.join(h, mark), exist_ok=True)
+    marks = [".cache/uv/CACHEDIR.TAG", ".cache/go-build/README", ".cache/go-build/trim.txt"]
+    marks += ["Android/Sdk/ndk/%s/source.properties" % v for v in ["25.2.9519653", "26.1.10909125", "27.0.12077973"]]
+    for mark in marks:
+        write(os.path.join(h, mark), 100, m.rnd)
+
     src = os.path.join(h, ".cache/pip/d000/item000000.bin")
     for i in range(50):
         os.link(src, os.path.join(h, ".cache/pip/d000/hardlink%02d.bin" % i))

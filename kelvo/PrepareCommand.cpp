@@ -14,9 +14,12 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
+std::vector<CleanTarget> scanWithProgress(const PrepareService& service,
+                                          std::shared_ptr<ScanNotes> notes = nullptr) {
     ProgressLine progress;
-    return Reporter::largestFirst(service.scan(progress.options()).value_or(std::vector<CleanTarget>{}));
+    auto options = progress.options();
+    options.notes = std::move(notes);
+    return Reporter::largestFirst(service.scan(options).value_or(std::vector<CleanTarget>{}));
 }
 
 }  // namespace
@@ -31,14 +34,18 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
     // Everything left out of the service is the live one.
     const Command show{command, [&options, &global] {
                            const PrepareService service{.env = global.liveEnvironment()};
+                           const auto notes = std::make_shared<ScanNotes>();
                            if (options.json) {
-                               const auto targets =
-                                   Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
-                               fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+                               const auto targets = Reporter::largestFirst(
+                                   service.scan({.notes = notes}).value_or(std::vector<CleanTarget>{}));
+                               ScanPlanJSON plan(targets);
+                               plan.notes = notes->take();
+                               fmt::print("{}\n", plan.encoded());
                            } else {
-                               const auto targets = scanWithProgress(service);
+                               const auto targets = scanWithProgress(service, notes);
                                printPlan(PlanSelection(targets), global.profile());
                                fmt::print("{}\n", PrepareSummary::line(targets));
+                               for (const auto& note : notes->take()) fmt::print("{}\n", note);
                            }
                            return 0;
                        }};

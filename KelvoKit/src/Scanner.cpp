@@ -115,7 +115,7 @@ std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options
     // One memo for the whole scan: de-duplication re-measures paths the cleaners have
     // measured already, and must not walk them again.
     const DirectorySizer sizer(*pool, options.stop, std::make_shared<SizeMemo>());
-    const ScanContext context{sizer, options.stop};
+    const ScanContext context{sizer, options.stop, options.notes};
 
     // Results are kept per cleaner and joined in catalog order, so a scan's output does
     // not depend on which cleaner finished first.

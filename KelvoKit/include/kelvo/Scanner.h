@@ -31,6 +31,8 @@ struct ScanOptions {
     std::stop_token stop;
     // Called from worker threads, one call at a time, after each cleaner finishes.
     std::function<void(const ScanProgress&)> progress;
+    // Where the cleaners' remarks that belong to no target go; nothing: they are dropped.
+    std::shared_ptr<ScanNotes> notes = nullptr;
 };
 
 class Scanner {
