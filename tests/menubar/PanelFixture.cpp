@@ -19,7 +19,7 @@ AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
     AppModelDependencies dependencies;
     dependencies.inBackground = background.poster();
     dependencies.loadEnvironment = [this] {
-        return Environment::fromConfig(home, root / "tmp", Config::load(home));
+        return Environment::fromConfig(home, root / "tmp", Config::load(home).config);
     };
     dependencies.makeServices = [](const Environment& env) { return kelvo::testing::stubServices(env); };
     dependencies.measureDisk = [this](const std::filesystem::path&) { return std::optional(diskFigure); };

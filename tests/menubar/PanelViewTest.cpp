@@ -142,7 +142,7 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(panel->currentScreen(), Screen::onboarding);
     screenshot(*panel, "onboarding");
     click(panel->onboardingView()->chooseManuallyButton());
-    EXPECT_TRUE(Config::exists(home) && !Config::load(home).enabledFamilies);
+    EXPECT_TRUE(Config::exists(home) && !Config::load(home).config.enabledFamilies);
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
     click(panel->settingsView()->closeButton());
@@ -171,7 +171,7 @@ TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
     EXPECT_TRUE(onboarding.detectingRow()->isVisible());
     settle();
     EXPECT_EQ(panel->currentScreen(), Screen::main);
-    const auto families = Config::load(home).enabledFamilies;
+    const auto families = Config::load(home).config.enabledFamilies;
     ASSERT_TRUE(families);
     EXPECT_EQ(*families, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs"}));
 }

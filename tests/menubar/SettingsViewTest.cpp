@@ -41,7 +41,7 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_EQ(settings->keepRecent()->value(), 7);
     settings->roots()->setPaths({"~/elsewhere"});
     click(settings->cancelButton());
-    EXPECT_EQ(Config::load(home), loaded);
+    EXPECT_EQ(Config::load(home).config, loaded);
 
     settings = &openSettings();
     for (Family family : cleanDomainFamilies()) settings->familyToggle(family)->setChecked(family != Family::python);
@@ -55,12 +55,12 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     Config expected = loaded;  // the default level kept, though no control shows it
     expected.enabledFamilies = allButPython;
     expected.keepRecentDays = 12;
-    EXPECT_EQ(Config::load(home), expected);
+    EXPECT_EQ(Config::load(home).config, expected);
 
     settings = &openSettings();
     settings->familyToggle(Family::python)->setChecked(true);
     click(settings->saveButton());
-    EXPECT_FALSE(Config::load(home).enabledFamilies);
+    EXPECT_FALSE(Config::load(home).config.enabledFamilies);
 }
 
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {

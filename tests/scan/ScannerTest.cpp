@@ -207,13 +207,16 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
 }
 
-TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithEveryPathOrTheCommand) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
-    ScanPlanJSON plan({slashed});
+    slashed.kind = CleanKind::paths({"/h/a b", "/h/c"});
+    const auto command = targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::devMisc);
+    ScanPlanJSON plan({slashed, command});
     plan.notes = {"X points to /srv/x"};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
+    "devMisc" : 0,
     "xcodeCore" : 4096
   },
   "byLevel" : {
@@ -229,10 +232,26 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
       "level" : "safe",
       "name" : "Derived\/Data",
       "notes" : "",
+      "paths" : [
+        "\/h\/a b",
+        "\/h\/c"
+      ],
       "preselected" : true,
       "regenCost" : "rebuild",
       "reversibility" : "regenerable",
       "sizeBytes" : 4096
+    },
+    {
+      "command" : "brew cleanup -s",
+      "family" : "devMisc",
+      "id" : "brew",
+      "level" : "safe",
+      "name" : "brew",
+      "notes" : "",
+      "preselected" : false,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 0
     }
   ],
   "totalBytes" : 4096
@@ -256,11 +275,12 @@ TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
         const auto& expected = plan.targets[index];
         const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
                                         json.at("level"), json.at("reversibility"), json.at("regenCost"),
-                                        json.at("preselected"), json.at("notes")};
+                                        json.at("preselected"), json.at("notes"), json.at("paths"), std::nullopt};
         EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
-                           read.regenCost, read.preselected, read.notes),
+                           read.regenCost, read.preselected, read.notes, read.paths),
                   std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
-                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes));
+                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes,
+                           expected.paths));
     }
     EXPECT_EQ(plan.totalBytes, 15);
     EXPECT_EQ(plan.byFamily.at("docker"), 12);
