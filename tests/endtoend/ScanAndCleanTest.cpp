@@ -5,7 +5,11 @@
 #include <unistd.h>
 
 #include <map>
+#include <regex>
 #include <set>
+#include <tuple>
+
+#include "kelvo/Format.h"
 
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
@@ -142,6 +146,30 @@ TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdDryRunRemovesNothi
     const auto byId = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
     ASSERT_EQ(byId.exitStatus, 0) << byId.standardError;
     EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.konan/"}));
+}
+
+TEST_F(FakeHome, EveryPathIsListedWithItsSizeAndADryRunSpeaksInTheConditionalInEachLanguage) {
+    const auto pathLine = [&](const std::string& relative) {
+        return Format::bytes(sizeOf(relative)) + "  " + (home / relative).string() + "\n";
+    };
+    const std::vector<std::string> lines{pathLine("Library/Developer/Xcode/DerivedData"),
+                                         pathLine("workspace/old/node_modules"), pathLine("workspace/dotnet/bin")};
+    const auto scan = testing::runTool({"--catalog", "macos", "scan", "--paths"}, environment);
+    for (const auto& line : lines) EXPECT_NE(scan.standardOutput.find(line), std::string::npos) << line << scan.standardOutput;
+    const std::vector<std::tuple<std::string, std::string, std::string, std::string>> languages{
+        {"C", "Would free: ", "Would remove (", "Freed|Deleted"},
+        {"es_ES.UTF-8", "Se liberarían: ", "Se borrarían (", "Liberado|Borrados"},
+    };
+    for (const auto& [language, wouldFree, wouldRemove, pastTense] : languages) {
+        auto localised = environment;
+        localised["LC_ALL"] = language;
+        const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, localised);
+        const auto& out = dryRun.standardOutput;
+        EXPECT_NE(out.find("\n" + wouldFree), std::string::npos) << out;
+        EXPECT_NE(out.find("\n" + wouldRemove), std::string::npos) << out;
+        EXPECT_FALSE(std::regex_search(out, std::regex("^(" + pastTense + ")", std::regex::multiline))) << out;
+        for (const auto& line : lines) EXPECT_NE(out.find(line), std::string::npos) << line << out;
+    }
 }
 
 TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
