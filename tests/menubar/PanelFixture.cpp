@@ -54,8 +54,9 @@ void PanelFixture::click(QWidget* widget) {
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
-    const QImage image = widget.grab().toImage();
+void PanelFixture::screenshot(QWidget& widget, const std::string& name) { screenshot(widget.grab().toImage(), name); }
+
+void PanelFixture::screenshot(const QImage& image, const std::string& name) {
     ASSERT_FALSE(image.isNull()) << name;
     QDir().mkpath(KELVO_SCREENSHOT_DIR);
     image.save(QString(KELVO_SCREENSHOT_DIR "/%1.png").arg(QString::fromStdString(name)));

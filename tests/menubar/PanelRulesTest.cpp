@@ -2,6 +2,8 @@
 // The action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
+#include <QStringList>
+
 #include "desktop/TrayPlacement.h"
 #include "panel/PanelRules.h"
 
@@ -50,6 +52,30 @@ TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
     target.level = Level::aggressive;
     target.regenCost = RegenCost::rebuild;
     EXPECT_EQ(riskText(target), "Aggressive");
+}
+
+TEST(PanelRules, RowTooltipListsTheFirstPathsAndHowManyMoreOrTheCommand) {
+    const auto paths = [](int count) {
+        std::pair<std::vector<std::filesystem::path>, QStringList> made;
+        for (int index = 0; index < count; ++index) {
+            made.first.push_back("/h/p" + std::to_string(index));
+            made.second.append(QString("/h/p%1").arg(index));
+        }
+        return made;
+    };
+    const struct {
+        int count;
+        QStringList lines;
+    } rows[] = {{0, {}}, {1, paths(1).second}, {9, paths(9).second}, {10, paths(8).second << "and 2 more"}};
+    CleanTarget target;
+    target.name = "Cache";
+    for (const auto& row : rows) {
+        target.kind = CleanKind::paths(paths(row.count).first);
+        EXPECT_EQ(rowTooltip(target), (QStringList{"Cache"} + row.lines).join('\n')) << row.count;
+    }
+    target.notes = "Size unknown";
+    target.kind = CleanKind::command("brew cleanup");
+    EXPECT_EQ(rowTooltip(target), "Size unknown\nRuns: brew cleanup");
 }
 
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {

@@ -1,8 +1,12 @@
 // The panel driven like a user would: clicks on its buttons and rows, over a fake home.
+#include <QApplication>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QListView>
+#include <QPainter>
 #include <QPushButton>
 #include <QToolButton>
+#include <QToolTip>
 
 #include "PanelFixture.h"
 #include "kelvo/Format.h"
@@ -82,6 +86,26 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     EXPECT_EQ(sections, (std::vector<std::string>{displayName(Family::jsPackages), displayName(Family::devMisc),
                                                   displayName(Family::otherLangs)}));
     screenshot(*panel, "panel-results");
+
+    // Hovering a row shows what a clean would remove there, drawn over the panel in the picture.
+    auto* view = panel->targetList()->view();
+    const QPoint point = view->visualRect(rowOf("npm-cache")).center();
+    QHelpEvent hover(QEvent::ToolTip, point, view->viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(view->viewport(), &hover);
+    const auto tips = QApplication::topLevelWidgets();
+    const auto tip = std::ranges::find_if(tips, [](QWidget* w) { return w->inherits("QTipLabel") && w->isVisible(); });
+    ASSERT_NE(tip, tips.end());
+    for (const auto& path : rows->target(rowOf("npm-cache"))->kind.pathList())
+        EXPECT_TRUE(QToolTip::text().contains(QString::fromStdString(path.string()))) << QToolTip::text().toStdString();
+    const QPoint at = panel->mapFromGlobal((*tip)->pos());
+    QImage picture(panel->rect().united(QRect(at, (*tip)->size())).size(), QImage::Format_RGB32);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    painter.drawPixmap(0, 0, panel->grab());
+    painter.drawPixmap(at, (*tip)->grab());
+    painter.end();
+    screenshot(picture, "panel-row-paths");
+    QToolTip::hideText();
 
     // A click anywhere on a row ticks it; the header and the action follow.
     const auto selectedBefore = model->selectedIDs();

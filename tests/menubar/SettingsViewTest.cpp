@@ -63,6 +63,27 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_FALSE(Config::load(home).config.enabledFamilies);
 }
 
+TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults) {
+    EXPECT_FALSE(openSettings().configProblem()->isVisible());  // a good file: no notice
+    const std::string keys = R"("projectRoots": ["~/p"], "extraExclusions": [], "defaultLevel": "safe")";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"{" + keys + "}", "the key \"keepRecentDays\" is missing"},
+        {"{" + keys + R"(, "keepRecentDays": "7"})", "the value of the key \"keepRecentDays\" is not a whole number"},
+        {"{" + keys, "it is cut short: its JSON ends before it is complete"},
+    };
+    for (const auto& [text, reason] : cases) {
+        click(panel->settingsView()->closeButton());
+        kelvo::testing::writeText(Config::filePath(home), text);
+        SettingsView& settings = openSettings();
+        EXPECT_TRUE(settings.configProblem()->isVisible()) << text;
+        EXPECT_EQ(settings.configProblem()->text().toStdString(),
+                  "The configuration file " + Config::filePath(home).string() + " cannot be used: " + reason +
+                      ". The defaults are shown below; Save writes them over it.");
+        EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
+    }
+    screenshot(*panel, "settings-config-problem");
+}
+
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     PathListEditor editor("Folders", "folder", "hint", "placeholder");
     const struct {
