@@ -36,7 +36,7 @@ Command addConfigCommand(CLI::App& app) {
                     fmt::print("{}\n", L10n::t("cli.config.unusableFile", path.string(), reasonText(*loaded.problem)));
                 else
                     fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
-                fmt::print("{}\n", loaded.config.encoded());
+                fmt::print("{}\n", loaded.encoded());
                 return 0;
             }};
 }

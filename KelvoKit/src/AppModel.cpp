@@ -101,7 +101,7 @@ void AppModel::reloadConfig() {
 }
 
 void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
-    Config config = Config::load(home()).config;
+    Config config = Config::load(home());
     config.enabledFamilies.reset();
     if (enabledFamilies) {
         std::vector<std::string> names;

@@ -73,7 +73,7 @@ std::filesystem::path Environment::liveHome() { return platform::homeDirectory()
 
 Environment Environment::live(CatalogProfile catalog) {
     const auto home = liveHome();
-    Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home).config);
+    Environment env = fromConfig(home, platform::temporaryDirectory(), Config::load(home));
     env.flutterBinCache = findFlutterBinCache();
     env.catalog = catalog;
     for (const auto& name : locationVariableNames())

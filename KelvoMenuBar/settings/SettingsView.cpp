@@ -178,11 +178,11 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
 
 void SettingsView::loadIfNeeded() {
     if (loaded_) return;
-    const auto [config, problem] = Config::load(model_.cleanService().env.home);
-    if (problem)
+    const Config::Loaded config = Config::load(model_.cleanService().env.home);
+    if (config.problem)
         configProblem_->setText(
-            AppText::t("settings.configProblem", problem->file.string(), reasonText(*problem).toStdString()));
-    configProblem_->setVisible(problem.has_value());
+            AppText::t("settings.configProblem", config.problem->file.string(), reasonText(*config.problem).toStdString()));
+    configProblem_->setVisible(config.problem.has_value());
     roots_->setPaths(toList(config.projectRoots));
     exclusions_->setPaths(toList(config.extraExclusions));
     keepRecent_->setValue(static_cast<int>(std::clamp<std::int64_t>(config.keepRecentDays, 0, 60)));

@@ -34,7 +34,7 @@ protected:
         AppModelDependencies dependencies;
         if (!realThreads) dependencies.inBackground = background.poster();
         dependencies.loadEnvironment = [this] {
-            auto env = Environment::fromConfig(home.path(), home.path(), Config::load(home.path()).config);
+            auto env = Environment::fromConfig(home.path(), home.path(), Config::load(home.path()));
             env.catalog = CatalogProfile::macos;  // the fake home is laid out as on macOS
             return env;
         };
@@ -194,16 +194,16 @@ TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
     EXPECT_TRUE(model->needsOnboarding());
     model->completeOnboarding(std::set<Family>{Family::xcodeCore, Family::docker});
     EXPECT_FALSE(model->needsOnboarding());
-    EXPECT_EQ(Config::load(home.path()).config.enabledFamilies, (Ids{"docker", "xcodeCore"}));
+    EXPECT_EQ(Config::load(home.path()).enabledFamilies, (Ids{"docker", "xcodeCore"}));
     EXPECT_EQ(model->cleanService().env.enabledFamilies, (std::set<Family>{Family::xcodeCore, Family::docker}));
     EXPECT_EQ(diskReads, 1);
 
-    Config edited = Config::load(home.path()).config;
+    Config edited = Config::load(home.path());
     edited.projectRoots = {"~/code"};
     ASSERT_FALSE(edited.save(home.path()));
     model->completeOnboarding(std::nullopt);
-    EXPECT_EQ(Config::load(home.path()).config.projectRoots, Ids{"~/code"});
-    EXPECT_FALSE(Config::load(home.path()).config.enabledFamilies);
+    EXPECT_EQ(Config::load(home.path()).projectRoots, Ids{"~/code"});
+    EXPECT_FALSE(Config::load(home.path()).enabledFamilies);
     EXPECT_FALSE(model->prepareService().env.enabledFamilies);
 
     testing::writeText(Config::filePath(home.path()), "not json");

@@ -18,7 +18,7 @@ namespace {
 class ConfigFile : public ::testing::Test {
 protected:
     void write(const std::string& text) { testing::writeText(Config::filePath(home.path()), text); }
-    Config load() const { return Config::load(home.path()).config; }
+    Config load() const { return Config::load(home.path()); }
     std::string saved() const {
         std::ifstream file(Config::filePath(home.path()), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -40,36 +40,29 @@ TEST_F(ConfigFile, TheFourRequiredKeysAloneLoadWithoutFamiliesFromUnderDotConfig
     expected.defaultLevel = "safe";
     expected.keepRecentDays = 7;
     EXPECT_EQ(load(), expected);
-    EXPECT_FALSE(Config::load(home.path()).problem);
 }
 
-TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWholeAndSaysWhichFileAndKey) {
-    using Kind = ConfigProblem::Kind;
-    using Expected = ConfigProblem::Expected;
+TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
     const std::string others = R"("projectRoots": ["~/code"], "extraExclusions": [], "defaultLevel": "safe")";
-    const std::vector<std::tuple<std::string, Kind, std::string, Expected>> cases{
-        {"{" + others + "}", Kind::missingKey, "keepRecentDays", Expected::nothing},
-        {R"({"keepRecentDays": 7, "defaultLevel": "safe"})", Kind::missingKey, "projectRoots", Expected::nothing},
-        {"{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})", Kind::wrongType, "enabledFamilies",
-         Expected::textListOrNull},
-        {"{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})", Kind::wrongType, "enabledFamilies",
-         Expected::textListOrNull},
-        {"{" + others + R"(, "keepRecentDays": "7"})", Kind::wrongType, "keepRecentDays", Expected::wholeNumber},
-        {R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
-         Kind::wrongType, "projectRoots", Expected::textList},
-        {R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})", Kind::wrongType,
-         "defaultLevel", Expected::text},
-        {"{" + others + R"(, "keepRecentDays": 7)", Kind::truncated, "", Expected::nothing},
-        {"{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": ["do)", Kind::truncated, "", Expected::nothing},
-        {"{" + others + R"(, "keepRecentDays": 7}})", Kind::notJSON, "", Expected::nothing},
-        {"[]", Kind::notAnObject, "", Expected::nothing},
-        {" \n", Kind::empty, "", Expected::nothing},
-    };
-    for (const auto& [text, kind, key, expected] : cases) {
+    for (const std::string& text : std::vector<std::string>{
+             "{" + others + "}",                                        // keepRecentDays missing
+             "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})",
+             "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})",
+             R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
+             R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})",
+             "{" + others + R"(, "keepRecentDays": 7)",                 // cut short
+             "[]",
+             "",
+         }) {
         write(text);
-        const auto loaded = Config::load(home.path());
-        EXPECT_EQ(loaded.config, Config::defaults()) << text;
-        EXPECT_EQ(loaded.problem, (ConfigProblem{kind, Config::filePath(home.path()), key, expected})) << text;
+        EXPECT_EQ(load(), Config::defaults()) << text;
+    }
+    // Why, for what the tool's messages do not show: how the text fails to be a configuration.
+    using enum ConfigProblem::Kind;
+    for (const auto& [text, kind] : std::vector<std::pair<std::string, ConfigProblem::Kind>>{
+             {R"({"projectRoots": ["~/co)", truncated}, {"{} x", notJSON}, {"[{}]", notAnObject}, {" \n", empty}}) {
+        write(text);
+        EXPECT_EQ(Config::load(home.path()).problem.value_or(ConfigProblem{}).kind, kind) << text;
     }
 }
 
@@ -114,8 +107,8 @@ TEST(ConfigFileKind, OnlyARegularFileOfAtMostOneMebibyteIsRead) {
         testing::TempDir home;
         std::filesystem::create_directories(Config::filePath(home.path()).parent_path());
         make(Config::filePath(home.path()), home / "elsewhere.json");
-        const auto [config, problem] = Config::load(home.path());
-        EXPECT_EQ(problem.has_value(), !readable) << what;
+        const auto config = Config::load(home.path());
+        EXPECT_EQ(config.problem.has_value(), !readable) << what;
         EXPECT_EQ(config.keepRecentDays, readable ? 9 : Config::defaults().keepRecentDays) << what;
         EXPECT_EQ(config == Config::defaults(), !readable) << what;
     }

@@ -19,7 +19,7 @@ AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
     AppModelDependencies dependencies;
     dependencies.inBackground = background.poster();
     dependencies.loadEnvironment = [this] {
-        return Environment::fromConfig(home, root / "tmp", Config::load(home).config);
+        return Environment::fromConfig(home, root / "tmp", Config::load(home));
     };
     dependencies.makeServices = [](const Environment& env) { return kelvo::testing::stubServices(env); };
     dependencies.measureDisk = [this](const std::filesystem::path&) { return std::optional(diskFigure); };
@@ -54,9 +54,8 @@ void PanelFixture::click(QWidget* widget) {
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-void PanelFixture::screenshot(QWidget& widget, const std::string& name) { screenshot(widget.grab().toImage(), name); }
-
-void PanelFixture::screenshot(const QImage& image, const std::string& name) {
+void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
+    const QImage image = widget.grab().toImage();
     ASSERT_FALSE(image.isNull()) << name;
     QDir().mkpath(KELVO_SCREENSHOT_DIR);
     image.save(QString(KELVO_SCREENSHOT_DIR "/%1.png").arg(QString::fromStdString(name)));

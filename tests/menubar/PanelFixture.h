@@ -33,7 +33,6 @@ protected:
     void click(QWidget* widget);
     // Saves a picture of the widget under the build folder and fails when it is all one colour.
     void screenshot(QWidget& widget, const std::string& name);
-    void screenshot(const QImage& image, const std::string& name);
 
     kelvo::testing::TempDir root;
     std::filesystem::path home = root / "home";

@@ -54,28 +54,19 @@ TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
     EXPECT_EQ(riskText(target), "Aggressive");
 }
 
-TEST(PanelRules, RowTooltipListsTheFirstPathsAndHowManyMoreOrTheCommand) {
-    const auto paths = [](int count) {
-        std::pair<std::vector<std::filesystem::path>, QStringList> made;
-        for (int index = 0; index < count; ++index) {
-            made.first.push_back("/h/p" + std::to_string(index));
-            made.second.append(QString("/h/p%1").arg(index));
-        }
-        return made;
-    };
-    const struct {
-        int count;
-        QStringList lines;
-    } rows[] = {{0, {}}, {1, paths(1).second}, {9, paths(9).second}, {10, paths(8).second << "and 2 more"}};
+TEST(PanelRules, RowTooltipListsUpToEightPathsThenHowManyMoreOrTheCommand) {
     CleanTarget target;
     target.name = "Cache";
-    for (const auto& row : rows) {
-        target.kind = CleanKind::paths(paths(row.count).first);
-        EXPECT_EQ(rowTooltip(target), (QStringList{"Cache"} + row.lines).join('\n')) << row.count;
+    std::vector<std::filesystem::path> paths;
+    QStringList lines{"Cache"};
+    for (int count = 0; count <= 10; ++count) {  // nine show whole: a ninth path takes no more room than "and 1 more"
+        target.kind = CleanKind::paths(paths);
+        EXPECT_EQ(rowTooltip(target), count < 10 ? lines.join('\n') : lines.mid(0, 9).join('\n') + "\nand 2 more") << count;
+        paths.push_back("/h/p" + std::to_string(count));
+        lines.append(QString("/h/p%1").arg(count));
     }
-    target.notes = "Size unknown";
     target.kind = CleanKind::command("brew cleanup");
-    EXPECT_EQ(rowTooltip(target), "Size unknown\nRuns: brew cleanup");
+    EXPECT_EQ(rowTooltip(target), "Cache\nRuns: brew cleanup");
 }
 
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {

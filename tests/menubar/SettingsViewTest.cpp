@@ -41,7 +41,7 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_EQ(settings->keepRecent()->value(), 7);
     settings->roots()->setPaths({"~/elsewhere"});
     click(settings->cancelButton());
-    EXPECT_EQ(Config::load(home).config, loaded);
+    EXPECT_EQ(Config::load(home), loaded);
 
     settings = &openSettings();
     for (Family family : cleanDomainFamilies()) settings->familyToggle(family)->setChecked(family != Family::python);
@@ -55,32 +55,23 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     Config expected = loaded;  // the default level kept, though no control shows it
     expected.enabledFamilies = allButPython;
     expected.keepRecentDays = 12;
-    EXPECT_EQ(Config::load(home).config, expected);
+    EXPECT_EQ(Config::load(home), expected);
 
     settings = &openSettings();
     settings->familyToggle(Family::python)->setChecked(true);
     click(settings->saveButton());
-    EXPECT_FALSE(Config::load(home).config.enabledFamilies);
+    EXPECT_FALSE(Config::load(home).enabledFamilies);
 }
 
 TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults) {
     EXPECT_FALSE(openSettings().configProblem()->isVisible());  // a good file: no notice
-    const std::string keys = R"("projectRoots": ["~/p"], "extraExclusions": [], "defaultLevel": "safe")";
-    const std::vector<std::pair<std::string, std::string>> cases{
-        {"{" + keys + "}", "the key \"keepRecentDays\" is missing"},
-        {"{" + keys + R"(, "keepRecentDays": "7"})", "the value of the key \"keepRecentDays\" is not a whole number"},
-        {"{" + keys, "it is cut short: its JSON ends before it is complete"},
-    };
-    for (const auto& [text, reason] : cases) {
-        click(panel->settingsView()->closeButton());
-        kelvo::testing::writeText(Config::filePath(home), text);
-        SettingsView& settings = openSettings();
-        EXPECT_TRUE(settings.configProblem()->isVisible()) << text;
-        EXPECT_EQ(settings.configProblem()->text().toStdString(),
-                  "The configuration file " + Config::filePath(home).string() + " cannot be used: " + reason +
-                      ". The defaults are shown below; Save writes them over it.");
-        EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
-    }
+    click(panel->settingsView()->closeButton());
+    const auto file = kelvo::testing::writeText(Config::filePath(home), R"({"projectRoots": ["~/p"], "keepRecentDays": "7"})");
+    SettingsView& settings = openSettings();
+    EXPECT_EQ(settings.configProblem()->isVisible() ? settings.configProblem()->text().toStdString() : "",
+              "The configuration file " + file.string() + " cannot be used: the key \"extraExclusions\" is missing. " +
+                  "The defaults are shown below; Save writes them over it.");
+    EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
     screenshot(*panel, "settings-config-problem");
 }
 

@@ -207,16 +207,13 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
 }
 
-TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithEveryPathOrTheCommand) {
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
-    slashed.kind = CleanKind::paths({"/h/a b", "/h/c"});
-    const auto command = targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::devMisc);
-    ScanPlanJSON plan({slashed, command});
+    ScanPlanJSON plan({slashed, targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::xcodeCore)});
     plan.notes = {"X points to /srv/x"};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
-    "devMisc" : 0,
     "xcodeCore" : 4096
   },
   "byLevel" : {
@@ -233,8 +230,7 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithEveryPathOrTheCommand) {
       "name" : "Derived\/Data",
       "notes" : "",
       "paths" : [
-        "\/h\/a b",
-        "\/h\/c"
+        "\/p"
       ],
       "preselected" : true,
       "regenCost" : "rebuild",
@@ -243,7 +239,7 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithEveryPathOrTheCommand) {
     },
     {
       "command" : "brew cleanup -s",
-      "family" : "devMisc",
+      "family" : "xcodeCore",
       "id" : "brew",
       "level" : "safe",
       "name" : "brew",
@@ -277,10 +273,9 @@ TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
                                         json.at("level"), json.at("reversibility"), json.at("regenCost"),
                                         json.at("preselected"), json.at("notes"), json.at("paths"), std::nullopt};
         EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
-                           read.regenCost, read.preselected, read.notes, read.paths),
+                           read.regenCost, read.preselected, read.notes),
                   std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
-                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes,
-                           expected.paths));
+                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes));
     }
     EXPECT_EQ(plan.totalBytes, 15);
     EXPECT_EQ(plan.byFamily.at("docker"), 12);

@@ -97,7 +97,7 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
     testing::writeFile(home / ".cache/zig/o/cc", 30000);
     ASSERT_FALSE(Config{}.save(home));
     Dispatcher toEventLoop = [](Closure closure) { QMetaObject::invokeMethod(qApp, std::move(closure), Qt::QueuedConnection); };
-    const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home).config);
+    const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home));
     auto services = testing::stubServices(env);
     auto model = std::make_unique<AppModel>(toEventLoop, services.clean, services.prepare, std::nullopt);
     ShellServices shell;

@@ -31,8 +31,7 @@ struct Config {
     static const Config& defaults();
     static std::filesystem::path filePath(const std::filesystem::path& home);
     static bool exists(const std::filesystem::path& home);
-    // The configuration in use and, when a file is there but cannot be used, why (the
-    // configuration is then the defaults). A missing file gives the defaults and no problem.
+    // A missing file gives the defaults and no problem.
     struct Loaded;
     static Loaded load(const std::filesystem::path& home);
     // Creates ~/.config/kelvo as needed and overwrites the file in place.
@@ -45,8 +44,10 @@ struct Config {
     friend bool operator==(const Config&, const Config&) = default;
 };
 
-struct Config::Loaded {
-    Config config;
+// What loading gives: the configuration in use, which callers that need only the values
+// take as a plain Config, and, when a file is there but cannot be used, why (the
+// configuration is then the defaults). Equality compares the configuration alone.
+struct Config::Loaded : Config {
     std::optional<ConfigProblem> problem;
 };
 
