@@ -52,7 +52,7 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         fmt::print("{}\n", L10n::t("cli.clean.nothing"));
         return 0;
     }
-    printChosen(plan, profile);
+    printChosen(plan, profile, request.dryRun);
     if (!request.dryRun && !request.yes) {
         if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));

@@ -25,6 +25,7 @@ struct GlobalOptions {
 struct ScanCommandOptions {
     std::vector<std::string> familyNames;
     bool json = false;
+    bool paths = false;
 };
 
 struct PrepareCommandOptions {
@@ -59,5 +60,8 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
 Command addConfigCommand(CLI::App& app);
+// When the running user's configuration file is there but cannot be used, says so on
+// standard error: which file, what is wrong, and that the defaults are used instead.
+void warnAboutConfiguration();
 
 }  // namespace kelvo::tool

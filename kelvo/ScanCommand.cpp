@@ -24,6 +24,7 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
     auto* command = app.add_subcommand("scan", "Show what can be cleaned, with the preselection");
     command->add_option("--family", options.familyNames, "Scan only this family (repeatable)");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    command->add_flag("--paths", options.paths, "List under each target the paths it removes, with their sizes");
     return {command, [&options, &global] {
                 const auto families = parseFamilies(options.familyNames);
                 if (!families) return usageErrorStatus;
@@ -36,7 +37,7 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
                     plan.notes = notes;
                     fmt::print("{}\n", plan.encoded());
                 } else {
-                    printPlan(PlanSelection(targets), global.profile());
+                    printPlan(PlanSelection(targets), global.profile(), options.paths);
                     for (const auto& note : notes) fmt::print("{}\n", note);
                 }
                 return 0;

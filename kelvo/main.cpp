@@ -58,6 +58,7 @@ int main(int argc, char** argv) {
         const int status = app.exit(error);
         return status == 0 ? 0 : kelvo::tool::usageErrorStatus;
     }
+    kelvo::tool::warnAboutConfiguration();
     // The innermost command given is the one that runs (`prepare clean`, not `prepare`).
     for (const auto& command : commands)
         if (command.app->parsed()) return command.run();

@@ -3,6 +3,7 @@
 // widgets only show what these decide: which screen, what is enabled, the titles and the
 // colour of the disk bar.
 #include <QString>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -30,5 +31,11 @@ QString actionTitle(AppModel::Domain domain, bool nothingSelected, std::int64_t 
 // Freed bytes, then the partial and skipped counts when there are any; errors are not shown.
 QString resultLine(const ExecutionReport& report);
 QString riskText(const CleanTarget& target);
+
+// How many paths a row's tooltip lists before it says how many more there are.
+inline constexpr std::size_t tooltipPathCount = 8;
+// A row's tooltip: the target's notes (its name when it has none), then what a clean would
+// do: the first paths it removes and how many more, or the command it runs.
+QString rowTooltip(const CleanTarget& target);
 
 }  // namespace kelvo::app

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "kelvo/Config.h"
 #include "kelvo/Format.h"
 #include "kelvo/KelvoKit.h"
 #include "support/NamedProcess.h"
@@ -66,6 +67,25 @@ TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {
         << removed.standardOutput;
     EXPECT_FALSE(std::filesystem::exists(derivedData / "App-abc"));
     EXPECT_TRUE(std::filesystem::exists(root / "bin/Xcode"));
+}
+
+TEST_F(CommandLine, AConfigurationThatCannotBeUsedIsNamedWithItsKeyOnEveryCommandAndTheDefaultsApply) {
+    const auto file = root / "home/.config/kelvo/config.json";
+    const std::string keys = R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": "safe")";
+    for (const auto& [text, reason] : std::vector<std::pair<std::string, std::string>>{
+             {keys + "}", "the key \"keepRecentDays\" is missing"},
+             {keys + R"(, "keepRecentDays": "7"})", "the value of the key \"keepRecentDays\" is not a whole number"},
+             {keys, "it is cut short: its JSON ends before it is complete"},
+             {keys + R"(, "keepRecentDays": 7})", ""}}) {  // a good file: nothing to say
+        testing::writeText(file, text);
+        const auto size = testing::runTool({"size", file.string()}, environment);
+        const auto show = testing::runTool({"config", "show"}, environment);
+        const std::string said = "The configuration file " + file.string() + " cannot be used: " + reason + ". The defaults are used instead.\n";
+        EXPECT_EQ(size.standardError + show.standardError, reason.empty() ? "" : said + said);
+        const Config shown = reason.empty() ? Config{{}, {}, "safe", 7, std::nullopt} : Config::defaults();
+        const std::string why = reason.empty() ? "" : " (cannot be used: " + reason + "; these are the defaults)";
+        EXPECT_EQ(show.standardOutput, "Configuration file: " + file.string() + why + "\n" + shown.encoded() + "\n");
+    }
 }
 
 }  // namespace

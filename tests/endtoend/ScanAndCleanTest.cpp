@@ -4,8 +4,12 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <array>
 #include <map>
+#include <regex>
 #include <set>
+
+#include "kelvo/Format.h"
 
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
@@ -142,6 +146,23 @@ TEST_F(FakeHome, CleanRefusesWithoutATerminalOrWithAnUnknownIdDryRunRemovesNothi
     const auto byId = testing::runTool({"--catalog", "macos", "clean", "--yes", "--id", "konan"}, environment);
     ASSERT_EQ(byId.exitStatus, 0) << byId.standardError;
     EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.konan/"}));
+}
+
+TEST_F(FakeHome, ScanAndDryRunListEveryPathWithItsSizeAndADryRunSpeaksInTheConditional) {
+    const auto scan = testing::runTool({"--catalog", "macos", "scan", "--paths"}, environment).standardOutput;
+    auto localised = environment;
+    for (const auto& [language, conditional, pastTense] : std::vector<std::array<std::string, 3>>{
+             {"C", "\nWould free: .*\nWould remove \\(", "\n(Freed|Deleted)"},
+             {"es_ES.UTF-8", "\nSe liberarían: .*\nSe borrarían \\(", "\n(Liberado|Borrados)"}}) {
+        localised["LC_ALL"] = language;
+        const auto dryRun = testing::runTool({"--catalog", "macos", "clean", "--dry-run"}, localised).standardOutput;
+        EXPECT_TRUE(std::regex_search(dryRun, std::regex(conditional))) << dryRun;
+        EXPECT_FALSE(std::regex_search(dryRun, std::regex(pastTense))) << dryRun;
+        for (const char* relative : {"Library/Developer/Xcode/DerivedData", "workspace/old/node_modules"}) {
+            const auto line = " " + Format::bytes(sizeOf(relative)) + "  " + (home / relative).string() + "\n";
+            EXPECT_TRUE(scan.find(line) != std::string::npos && dryRun.find(line) != std::string::npos) << line << scan << dryRun;
+        }
+    }
 }
 
 TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {

@@ -207,10 +207,10 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
 }
 
-TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
-    ScanPlanJSON plan({slashed});
+    ScanPlanJSON plan({slashed, targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::xcodeCore)});
     plan.notes = {"X points to /srv/x"};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
@@ -229,10 +229,25 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
       "level" : "safe",
       "name" : "Derived\/Data",
       "notes" : "",
+      "paths" : [
+        "\/p"
+      ],
       "preselected" : true,
       "regenCost" : "rebuild",
       "reversibility" : "regenerable",
       "sizeBytes" : 4096
+    },
+    {
+      "command" : "brew cleanup -s",
+      "family" : "xcodeCore",
+      "id" : "brew",
+      "level" : "safe",
+      "name" : "brew",
+      "notes" : "",
+      "preselected" : false,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 0
     }
   ],
   "totalBytes" : 4096
@@ -256,7 +271,7 @@ TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
         const auto& expected = plan.targets[index];
         const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
                                         json.at("level"), json.at("reversibility"), json.at("regenCost"),
-                                        json.at("preselected"), json.at("notes")};
+                                        json.at("preselected"), json.at("notes"), json.at("paths"), std::nullopt};
         EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
                            read.regenCost, read.preselected, read.notes),
                   std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
