@@ -22,13 +22,29 @@ struct GlobalOptions {
     Environment liveEnvironment() const;
 };
 
+// The words --catalog accepts, in the order they are offered.
+std::vector<std::string> catalogNames();
+
 struct ScanCommandOptions {
     std::vector<std::string> familyNames;
     bool json = false;
+    bool quiet = false;
 };
 
 struct PrepareCommandOptions {
     bool json = false;
+    bool quiet = false;
+};
+
+struct HelpCommandOptions {
+    std::vector<std::string> words;  // the command asked about: "prepare clean" as two words
+};
+
+// The hidden commands the shell completions and the build use: `__complete KIND` lists the
+// words a value may be, `__generate FORMAT` writes the manual page or a completion script.
+struct ToolingOptions {
+    std::string complete;
+    std::string generate;
 };
 
 struct SizeCommandOptions {
@@ -43,6 +59,8 @@ struct Options {
     PrepareCommandOptions prepare;
     CleanRequest prepareClean;
     SizeCommandOptions size;
+    HelpCommandOptions help;
+    ToolingOptions tooling;
 };
 
 // A subcommand, and what it does when it is the one given.
@@ -59,5 +77,10 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
 Command addConfigCommand(CLI::App& app);
+// `help [COMMAND...]`: the help of the tool or of the command named, as --help prints it.
+Command addHelpCommand(CLI::App& app, HelpCommandOptions& options);
+// `__complete` and `__generate`, hidden from the help; the last ones added, so that the
+// descriptions they render are complete.
+std::vector<Command> addToolingCommands(CLI::App& app, ToolingOptions& options, const GlobalOptions& global);
 
 }  // namespace kelvo::tool

@@ -14,7 +14,8 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
+std::vector<CleanTarget> scanWithProgress(const PrepareService& service, bool quiet = false) {
+    if (quiet) return Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
     ProgressLine progress;
     return Reporter::largestFirst(service.scan(progress.options()).value_or(std::vector<CleanTarget>{}));
 }
@@ -25,6 +26,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global) {
     auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
     addCleanOptions(*clean, request);
 
@@ -36,7 +38,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                    Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
                                fmt::print("{}\n", ScanPlanJSON(targets).encoded());
                            } else {
-                               const auto targets = scanWithProgress(service);
+                               const auto targets = scanWithProgress(service, options.quiet);
                                printPlan(PlanSelection(targets), global.profile());
                                fmt::print("{}\n", PrepareSummary::line(targets));
                            }
@@ -47,7 +49,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                             return runClean(scanWithProgress(service, request.json || request.quiet), request, *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);
                                              });

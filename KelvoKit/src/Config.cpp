@@ -72,6 +72,10 @@ std::optional<Config> Config::decode(const std::string& text) {
         if (!familyList) return std::nullopt;
         config.enabledFamilies = std::move(*familyList);
     }
+    if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
+        if (!check->is_boolean()) return std::nullopt;
+        config.checkMinimumVersion = check->get<bool>();
+    }
     return config;
 }
 
@@ -89,6 +93,7 @@ std::string Config::encoded() const {
         {"keepRecentDays", keepRecentDays},
     };
     if (enabledFamilies) json["enabledFamilies"] = *enabledFamilies;
+    if (!checkMinimumVersion) json["checkMinimumVersion"] = false;
     return JsonLayout::pretty(json);
 }
 
