@@ -12,8 +12,8 @@ Command addHelpCommand(CLI::App& app, HelpCommandOptions& options) {
     command->add_option("command", options.words, "The command, words as typed (prepare clean)");
     return {command, [&app, &options] {
                 const CLI::App* level = &app;
-                // CLI11 names the usage line by the words that lead to the command.
-                std::string leadingWords;
+                // The usage line names the command by the words that lead to it.
+                std::string name = app.get_name();
                 for (const auto& word : options.words) {
                     const auto visible = level->get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
                     const auto found = std::find_if(visible.begin(), visible.end(),
@@ -24,10 +24,11 @@ Command addHelpCommand(CLI::App& app, HelpCommandOptions& options) {
                         fmt::print(stderr, "{}\n", L10n::t("cli.command.unknown", word, fmt::format("{}", fmt::join(known, ", "))));
                         return usageErrorStatus;
                     }
-                    leadingWords += (leadingWords.empty() ? "" : " ") + level->get_name();
                     level = *found;
+                    name += " " + level->get_name();
                 }
-                fmt::print("{}", level->help(leadingWords));
+                // Not help(), which would describe the command being run: `help` itself.
+                fmt::print("{}", level->get_formatter()->make_help(level, name, CLI::AppFormatMode::Normal));
                 return 0;
             }};
 }
