@@ -70,7 +70,7 @@ public:
     const std::optional<ArtifactSpec>& cacheTagged() const { return cacheTagged_; }
     // The id of the target that gathers the folders of one kind ("per-project-node_modules").
     static std::string targetID(std::string_view dirName);
-    // Every id a scan can yield, in spec order, the cache-tagged kind last; known without a scan.
+    // Every id a scan can yield, in the order of specs(), the cache-tagged kind last; known without a scan.
     std::vector<std::string> targetIDs() const;
     std::int64_t keepRecentDays() const { return keepRecentDays_; }
     Clock::time_point now() const { return now_; }
