@@ -14,8 +14,13 @@
 namespace kelvo::tool {
 namespace {
 
+<<<<<<< HEAD
 std::vector<CleanTarget> scanWithProgress(const PrepareService& service,
                                           std::shared_ptr<ScanNotes> notes = nullptr) {
+=======
+std::vector<CleanTarget> scanWithProgress(const PrepareService& service, bool quiet = false) {
+    if (quiet) return Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
+>>>>>>> packaging
     ProgressLine progress;
     auto options = progress.options();
     options.notes = std::move(notes);
@@ -28,6 +33,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global) {
     auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
     addCleanOptions(*clean, request);
 
@@ -42,7 +48,11 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                plan.notes = notes->take();
                                fmt::print("{}\n", plan.encoded());
                            } else {
+<<<<<<< HEAD
                                const auto targets = scanWithProgress(service, notes);
+=======
+                               const auto targets = scanWithProgress(service, options.quiet);
+>>>>>>> packaging
                                printPlan(PlanSelection(targets), global.profile());
                                fmt::print("{}\n", PrepareSummary::line(targets));
                                for (const auto& note : notes->take()) fmt::print("{}\n", note);
@@ -54,7 +64,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                             return runClean(scanWithProgress(service, request.json || request.quiet), request, *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);
                                              });

@@ -84,7 +84,15 @@ Config::Loaded Config::decode(const std::string& text) {
         if (!familyList) return defaultsBecause(Kind::wrongType, "enabledFamilies", Expected::textListOrNull);
         config.enabledFamilies = std::move(*familyList);
     }
+<<<<<<< HEAD
     return {std::move(config), std::nullopt};
+=======
+    if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
+        if (!check->is_boolean()) return std::nullopt;
+        config.checkMinimumVersion = check->get<bool>();
+    }
+    return config;
+>>>>>>> packaging
 }
 
 Config::Loaded Config::load(const std::filesystem::path& home) {
@@ -108,6 +116,7 @@ std::string Config::encoded() const {
         {"keepRecentDays", keepRecentDays},
     };
     if (enabledFamilies) json["enabledFamilies"] = *enabledFamilies;
+    if (!checkMinimumVersion) json["checkMinimumVersion"] = false;
     return JsonLayout::pretty(json);
 }
 
