@@ -28,11 +28,8 @@ std::vector<std::string> catalogNames();
 struct ScanCommandOptions {
     std::vector<std::string> familyNames;
     bool json = false;
-<<<<<<< HEAD
     bool paths = false;
-=======
     bool quiet = false;
->>>>>>> packaging
 };
 
 struct PrepareCommandOptions {
@@ -81,16 +78,13 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
 Command addConfigCommand(CLI::App& app);
-<<<<<<< HEAD
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.
 void warnAboutConfiguration();
-=======
 // `help [COMMAND...]`: the help of the tool or of the command named, as --help prints it.
 Command addHelpCommand(CLI::App& app, HelpCommandOptions& options);
 // `__complete` and `__generate`, hidden from the help; the last ones added, so that the
 // descriptions they render are complete.
 std::vector<Command> addToolingCommands(CLI::App& app, ToolingOptions& options, const GlobalOptions& global);
->>>>>>> packaging
 
 }  // namespace kelvo::tool

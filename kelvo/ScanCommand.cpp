@@ -25,11 +25,8 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
     auto* command = app.add_subcommand("scan", "Show what can be cleaned, with the preselection");
     command->add_option("--family", options.familyNames, "Scan only this family (repeatable)")->type_name("FAMILY");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
-<<<<<<< HEAD
     command->add_flag("--paths", options.paths, "List under each target the paths it removes, with their sizes");
-=======
     command->add_flag("--quiet,-q", options.quiet, "No progress line");
->>>>>>> packaging
     return {command, [&options, &global] {
                 const auto families = parseFamilies(options.familyNames);
                 if (!families) return usageErrorStatus;

@@ -84,15 +84,11 @@ Config::Loaded Config::decode(const std::string& text) {
         if (!familyList) return defaultsBecause(Kind::wrongType, "enabledFamilies", Expected::textListOrNull);
         config.enabledFamilies = std::move(*familyList);
     }
-<<<<<<< HEAD
-    return {std::move(config), std::nullopt};
-=======
     if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
-        if (!check->is_boolean()) return std::nullopt;
+        if (!check->is_boolean()) return defaultsBecause(Kind::wrongType, "checkMinimumVersion", Expected::trueOrFalse);
         config.checkMinimumVersion = check->get<bool>();
     }
-    return config;
->>>>>>> packaging
+    return {std::move(config), std::nullopt};
 }
 
 Config::Loaded Config::load(const std::filesystem::path& home) {
