@@ -4,14 +4,15 @@
 # dropped, cold. Prints the ratios, kelvo's peak memory, and checks that kelvo counts what
 # du counts less the top folder's own blocks. Targets on 2 cores: warm at most 0.55 x du's
 # wall time, cold at most 0.4 x, peak memory under 32 MiB. Exits 1 when a check fails.
-# RUNS (default 5) and COLD_RUNS (default 3) set the number of rounds.
+# LAYOUT=macos (default) or linux picks the fake home, as for scan_benchmark.sh. RUNS
+# (default 5) and COLD_RUNS (default 3) set the number of rounds.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source "$here/lib.sh"
 
 if ! command -v gdu >/dev/null || [ ! -x /usr/bin/time ]; then "$repo_dir/scripts/install-deps.sh"; fi
 
-home=$(fake_home)
+home=$(fake_home "${LAYOUT:-macos}")
 kelvo=$(kelvo_binary)
 runs=${RUNS:-5}
 cold_runs=${COLD_RUNS:-3}

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdio>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -31,6 +33,16 @@ std::vector<std::string> lines(const std::string& text) {
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) result.push_back(line);
     return result;
+}
+
+std::string outputOf(const std::string& command) {
+    std::string output;
+    if (FILE* pipe = ::popen(command.c_str(), "r")) {
+        char buffer[4096];
+        for (std::size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, count);
+        ::pclose(pipe);
+    }
+    return output;
 }
 
 // A line is "<human size>  <bytes>  <path>[  <mark>]"; the byte count is the second word
@@ -74,6 +86,28 @@ TEST(SizeCommand, PrintsAllocatedBytesMarksALowerBoundAndFailsOnAMissingPathAfte
     EXPECT_EQ(bytesColumn(printed[3]), std::to_string(allocatedBytesBelow(clean)));
     EXPECT_TRUE(printed[4].ends_with("  " + file.string())) << printed[4];
     EXPECT_EQ(bytesColumn(printed[4]), std::to_string(allocatedBytes(file)));
+}
+
+// du run on the same paths: each file counted once across them, however many names it
+// has. du adds a folder's own blocks, which kelvo leaves out, and prints nothing for a path
+// that adds nothing new, where kelvo prints 0.
+TEST(SizeCommand, CountsAFileWithSeveralNamesOnceAcrossThePathsAsDuDoes) {
+    TempDir root;
+    const path file = writeFile(root / "tree/file", 40000), twin = writeFile(root / "twin", 30000);
+    std::filesystem::create_hard_link(file, root / "tree/again");
+    std::filesystem::create_hard_link(file, root / "second");
+    std::filesystem::create_hard_link(twin, root / "tree/twin");
+    const std::vector<path> paths{root / "tree", root / "second", root / "twin"};
+    std::string command = "/usr/bin/du -s --block-size=1";
+    std::vector<std::string> arguments{"size"};
+    for (const auto& each : paths) command += " '" + each.string() + "'", arguments.push_back(each.string());
+    std::map<std::string, std::int64_t> du;
+    for (const auto& line : lines(outputOf(command))) du[line.substr(line.find('\t') + 1)] = std::stoll(line);
+    const auto kelvo = lines(runTool(arguments, english).standardOutput);
+    ASSERT_EQ(kelvo.size(), paths.size());
+    for (std::size_t index = 0; index < paths.size(); ++index)
+        EXPECT_EQ(std::stoll(bytesColumn(kelvo[index])) + (index == 0 ? allocatedBytes(paths[0]) : 0),
+                  du[paths[index].string()]) << kelvo[index];
 }
 
 }  // namespace
