@@ -4,6 +4,9 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <tuple>

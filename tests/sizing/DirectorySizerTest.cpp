@@ -112,13 +112,9 @@ TEST_F(DirectorySizerMeasure, AFileWithSeveralNamesCountsOnceAndOnlyWhenAllItsNa
     fs::create_hard_link(twice, makeDirectory(root / "cache/b") / "again");
     const path split = writeFile(root / "first/split", 16 * 1024);
     fs::create_hard_link(split, writeFile(root / "second/own", 8 * 1024).parent_path() / "split");
-    const std::int64_t b = allocatedBytes(blob), l = allocatedBytes(lib), t = allocatedBytes(twice),
-                       s = allocatedBytes(split);
+    const std::int64_t b = allocatedBytes(blob), l = allocatedBytes(lib), t = allocatedBytes(twice), s = allocatedBytes(split);
     const auto below = [&](const char* name) { return allocatedBytesBelow(root / name); };
-    const struct {
-        std::vector<path> paths;
-        std::int64_t bytes, shared;
-    } cases[] = {
+    const struct { std::vector<path> paths; std::int64_t bytes, shared; } cases[] = {
         {{root / "cache"}, below("cache") - t, 0},
         {{root / "app/node_modules"}, below("app/node_modules") - b - l, b + l},
         {{root / "first"}, below("first") - s, s},
@@ -129,11 +125,9 @@ TEST_F(DirectorySizerMeasure, AFileWithSeveralNamesCountsOnceAndOnlyWhenAllItsNa
     };
     const DirectorySizer remembering(pool, {}, std::make_shared<SizeMemo>()), alone;
     for (const auto& c : cases)
-        for (const DirectorySizer* sizer : {&remembering, &alone}) {
-            const Measurement measured = sizer->measureAll(c.paths);
-            EXPECT_EQ(std::tuple(measured.bytes, measured.sharedBytes, measured.hadErrors),
-                      std::tuple(c.bytes, c.shared, false)) << c.paths.front() << " and " << c.paths.size() - 1;
-        }
+        for (const Measurement& measured : {remembering.measureAll(c.paths), alone.measureAll(c.paths)})
+            EXPECT_EQ(std::tuple(measured.bytes, measured.sharedBytes, measured.hadErrors), std::tuple(c.bytes, c.shared, false))
+                << c.paths.front() << " and " << c.paths.size() - 1;
 }
 
 TEST_F(DirectorySizerMeasure, PathsLongerThanPathMaxAreMeasuredAndNeverGuessedEmpty) {
