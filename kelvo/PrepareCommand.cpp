@@ -14,9 +14,11 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
+ScanResult scanWithProgress(const PrepareService& service) {
     ProgressLine progress;
-    return Reporter::largestFirst(service.scan(progress.options()).value_or(std::vector<CleanTarget>{}));
+    auto scanned = service.scan(progress.options()).value_or(ScanResult{});
+    scanned.targets = Reporter::largestFirst(std::move(scanned.targets));
+    return scanned;
 }
 
 }  // namespace
@@ -32,13 +34,15 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
     const Command show{command, [&options, &global] {
                            const PrepareService service{.env = global.liveEnvironment()};
                            if (options.json) {
-                               const auto targets =
-                                   Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
-                               fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+                               const auto scanned = service.scan().value_or(ScanResult{});
+                               ScanPlanJSON plan(Reporter::largestFirst(scanned.targets));
+                               plan.notes = scanned.notes;
+                               fmt::print("{}\n", plan.encoded());
                            } else {
-                               const auto targets = scanWithProgress(service);
-                               printPlan(PlanSelection(targets), global.profile());
-                               fmt::print("{}\n", PrepareSummary::line(targets));
+                               const auto scanned = scanWithProgress(service);
+                               printPlan(PlanSelection(scanned.targets), global.profile());
+                               fmt::print("{}\n", PrepareSummary::line(scanned.targets));
+                               for (const auto& note : scanned.notes) fmt::print("{}\n", note);
                            }
                            return 0;
                        }};
@@ -47,7 +51,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                             return runClean(scanWithProgress(service).targets, request, *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);
                                              });

@@ -13,9 +13,9 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const CleanService& service) {
+ScanResult scanWithProgress(const CleanService& service) {
     ProgressLine progress;
-    return service.scan(progress.options()).value_or(std::vector<CleanTarget>{});
+    return service.scan(progress.options()).value_or(ScanResult{});
 }
 
 }  // namespace
@@ -28,16 +28,15 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
                 const auto families = parseFamilies(options.familyNames);
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families);
-                const auto targets = Reporter::largestFirst(
-                    options.json ? service.scan().value_or(std::vector<CleanTarget>{}) : scanWithProgress(service));
-                const auto notes = service.catalogNotes();
+                const auto scanned = options.json ? service.scan().value_or(ScanResult{}) : scanWithProgress(service);
+                const auto targets = Reporter::largestFirst(scanned.targets);
                 if (options.json) {
                     ScanPlanJSON plan(targets);
-                    plan.notes = notes;
+                    plan.notes = scanned.notes;
                     fmt::print("{}\n", plan.encoded());
                 } else {
                     printPlan(PlanSelection(targets), global.profile());
-                    for (const auto& note : notes) fmt::print("{}\n", note);
+                    for (const auto& note : scanned.notes) fmt::print("{}\n", note);
                 }
                 return 0;
             }};
@@ -51,7 +50,7 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families, request.ids);
                 if (printRefusal(service.env)) return usageErrorStatus;
-                return runClean(scanWithProgress(service), request, *families, global.profile(),
+                return runClean(scanWithProgress(service).targets, request, *families, global.profile(),
                                 [&](const auto& chosen, bool dryRun, bool force) {
                                     return service.clean(chosen, dryRun, force);
                                 });

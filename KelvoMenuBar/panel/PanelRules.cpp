@@ -1,5 +1,6 @@
 #include "panel/PanelRules.h"
 
+#include <QStringList>
 #include <algorithm>
 
 #include "AppText.h"
@@ -59,6 +60,14 @@ QString riskText(const CleanTarget& target) {
     const QString level = AppText::t(key);
     if (target.regenCost != RegenCost::redownload) return level;
     return AppText::t("panel.risk.redownload", level.toStdString());
+}
+
+QString notesText(const std::vector<std::string>& notes, std::size_t shown) {
+    QStringList lines;
+    for (std::size_t index = 0; index < notes.size() && index < shown; ++index)
+        lines << QString::fromStdString(notes[index]);
+    if (notes.size() > shown) lines << QStringLiteral("…");
+    return lines.join('\n');
 }
 
 }  // namespace kelvo::app

@@ -52,17 +52,17 @@ std::set<Family> familiesOf(const std::vector<CleanTarget>& targets) {
 TEST_F(CleanServiceOnFakeHome, EnabledFamiliesFilterTheScanButNotTheDetection) {
     const auto all = service().scan();
     ASSERT_TRUE(all);
-    EXPECT_TRUE(familiesOf(*all).contains(Family::xcodeCore));
-    EXPECT_TRUE(familiesOf(*all).contains(Family::androidGradle));
+    EXPECT_TRUE(familiesOf(all->targets).contains(Family::xcodeCore));
+    EXPECT_TRUE(familiesOf(all->targets).contains(Family::androidGradle));
 
     env.enabledFamilies = std::set<Family>{Family::xcodeCore};
     const auto onlyXcode = service().scan();
     ASSERT_TRUE(onlyXcode);
-    EXPECT_EQ(familiesOf(*onlyXcode), std::set<Family>{Family::xcodeCore});
+    EXPECT_EQ(familiesOf(onlyXcode->targets), std::set<Family>{Family::xcodeCore});
 
     env.enabledFamilies = std::set<Family>{};
     EXPECT_TRUE(service().enabledCleaners().empty());
-    EXPECT_TRUE(service().scan()->empty());
+    EXPECT_TRUE(service().scan()->targets.empty());
     const auto detected = service().detectFamilies();
     ASSERT_TRUE(detected);
     EXPECT_TRUE(detected->contains(Family::xcodeCore));
@@ -82,8 +82,9 @@ TEST_F(CleanServiceOnFakeHome, GuardAllowsHomeAndTemporaryFolderAndTheFlutterBin
 }
 
 TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
-    const auto targets = service().scan();
-    ASSERT_TRUE(targets);
+    const auto scanned = service().scan();
+    ASSERT_TRUE(scanned);
+    const auto* targets = &scanned->targets;
     ASSERT_FALSE(targets->empty());
     const std::string before = testing::listing(home.path());
     const auto report = service().clean(*targets, true, false);
@@ -92,6 +93,71 @@ TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
     for (const auto& target : *targets) expected += target.sizeBytes;
     EXPECT_EQ(report.freedBytes, expected);
     EXPECT_EQ(report.deleted.size(), targets->size());
+}
+
+// A fake Linux home scanned by the whole catalog, with no tool on PATH.
+struct LinuxHome {
+    TempDir root;
+    testing::ScopedEnvironment emptyPath{{{"PATH", root.path().string()}}};
+
+    CleanService service(std::vector<std::string> projectRoots, std::vector<std::string> exclusions,
+                         std::shared_ptr<const ProcessProbe> probe = std::make_shared<StubProcessProbe>()) const {
+        CleanService service{.env = {}, .probe = probe, .runCommand = {}};
+        service.env.home = root / "home";
+        service.env.tmpDir = root / "tmp";
+        service.env.catalog = CatalogProfile::gnuLinux;
+        service.env.keepRecentDays = 0;
+        service.env.projectRoots = std::move(projectRoots);
+        service.env.extraExclusions = std::move(exclusions);
+        return service;
+    }
+};
+
+std::set<std::filesystem::path> pathsOf(const std::vector<CleanTarget>& targets) {
+    std::set<std::filesystem::path> paths;
+    for (const auto& target : targets) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
+    return paths;
+}
+
+TEST(CleanServiceOffer, WhatTheGuardRefusesIsLeftOutWithANoteAndTheRestOfAGroupIsOfferedAndRemoved) {
+    LinuxHome fake;
+    const auto home = fake.root / "home";
+    const auto modules = [&](const std::filesystem::path& project) {
+        return testing::writeFile(project / "node_modules/x/index.js", 8000).parent_path().parent_path();
+    };
+    const auto kept = modules(home / "projects/a");
+    const auto excluded = modules(home / "projects/b");
+    const auto outside = modules(fake.root / "opt/c");
+    const auto inProtected = modules(home / ".android/avd/d");
+    struct Case {
+        std::vector<std::string> roots, exclusions;
+        std::set<std::filesystem::path> offered;
+        std::filesystem::path leftOut;
+        const char* noteKey;
+    };
+    const Case cases[] = {
+        {{(home / "projects").string()}, {(home / "projects/b").string()}, {kept}, excluded, "scan.note.excluded"},
+        {{(home / "projects/a").string(), (fake.root / "opt").string()}, {}, {kept}, outside,
+         "scan.note.outsideAllowedRoots"},
+        {{(home / "projects/a").string(), (home / ".android/avd").string()}, {}, {kept}, inProtected,
+         "scan.note.protected"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.noteKey);
+        const auto service = fake.service(row.roots, row.exclusions);
+        const auto scanned = service.scan();
+        ASSERT_TRUE(scanned);
+        EXPECT_EQ(pathsOf(scanned->targets), row.offered);
+        ASSERT_EQ(scanned->targets.size(), 1u);
+        EXPECT_EQ(scanned->targets[0].sizeBytes, testing::allocatedBytesBelow(kept));
+        EXPECT_EQ(scanned->notes, std::vector<std::string>{L10n::plural(row.noteKey, 1, 1, row.leftOut.string())});
+
+        const auto report = service.clean(scanned->targets, false, false);
+        EXPECT_EQ(report.deleted, std::vector<std::string>{scanned->targets[0].id});
+        EXPECT_FALSE(std::filesystem::exists(kept));
+        EXPECT_TRUE(std::filesystem::exists(row.leftOut / "x/index.js"));
+        modules(home / "projects/a");
+    }
 }
 
 struct CommandLog {
@@ -138,8 +204,9 @@ TEST(PrepareService, ScanRunsTheThreeDetectorsAndKeepsDataOfInstalledAppsEvenWhe
 
     auto service = serviceFor(home, root / "tmp");
     service.appIndexDirs = std::vector<std::filesystem::path>{apps};
-    const auto targets = service.scan();
-    ASSERT_TRUE(targets);
+    const auto scanned = service.scan();
+    ASSERT_TRUE(scanned);
+    const auto* targets = &scanned->targets;
     EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Old", "sim-runtime:R1"}));
     std::vector<CleanTarget> leftovers;
     for (const auto& target : *targets)
@@ -231,9 +298,9 @@ TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
     givenNull.metadata = nullptr;
     givenNull.simLister = nullptr;
     for (const auto* service : {&leftOut, &givenNull}) {
-        const auto targets = service->scan();
-        ASSERT_TRUE(targets);
-        const auto ids = testing::idSetOf(*targets);
+        const auto scanned = service->scan();
+        ASSERT_TRUE(scanned);
+        const auto ids = testing::idSetOf(scanned->targets);
         EXPECT_TRUE(ids.contains("app:com.x.Old") && ids.contains("leftover:com.gone.Editor"))
             << ::testing::PrintToString(ids);
     }
