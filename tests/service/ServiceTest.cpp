@@ -8,6 +8,7 @@
 #include "kelvo/PrepareService.h"
 #include "support/AppBundle.h"
 #include "support/Instants.h"
+#include "support/NamedProcess.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TargetIds.h"
 #include "support/Targets.h"
@@ -157,6 +158,30 @@ TEST(CleanServiceOffer, WhatTheGuardRefusesIsLeftOutWithANoteAndTheRestOfAGroupI
         EXPECT_FALSE(std::filesystem::exists(kept));
         EXPECT_TRUE(std::filesystem::exists(row.leftOut / "x/index.js"));
         modules(home / "projects/a");
+    }
+}
+
+TEST(CleanServiceOffer, ThePackageManagersCachesStayWhileTheirManagerRunsUnlessForced) {
+    LinuxHome fake;
+    // npm shows itself under its command ("npm install"), not its bare name.
+    testing::NamedProcess npm(fake.root / "bin/npm install");
+    ASSERT_GT(npm.pid(), 0);
+    const auto live = liveProcessProbe();
+    const auto others = std::make_shared<StubProcessProbe>(std::vector<std::string>{"bun", "deno", "node"});
+    struct Case {
+        std::shared_ptr<const ProcessProbe> probe;
+        bool force, removed;
+    } const cases[] = {{live, false, false}, {live, true, true}, {others, false, true}};
+    for (const auto& row : cases) {
+        const auto cache = testing::writeFile(fake.root / "home/.npm/_cacache/index-v5/00/entry", 4096);
+        const auto service = fake.service({}, {}, row.probe);
+        const auto scanned = service.scan();
+        ASSERT_TRUE(scanned);
+        ASSERT_EQ(idSetOf(scanned->targets), std::set<std::string>{"npm-cache"});
+        const auto report = service.clean(scanned->targets, false, row.force);
+        EXPECT_EQ(std::filesystem::exists(cache), !row.removed) << row.force;
+        const ReportEntry skip{"npm-cache", L10n::t("exec.skip.processRunning", std::string("npm"))};
+        EXPECT_EQ(report.skipped, row.removed ? std::vector<ReportEntry>{} : std::vector<ReportEntry>{skip});
     }
 }
 

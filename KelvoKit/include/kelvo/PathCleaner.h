@@ -19,7 +19,8 @@ namespace kelvo {
 class PathCleaner final : public CatalogCleaner {
 public:
     PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
-                std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost);
+                std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost,
+                std::vector<std::string> guardedProcesses = {});
 
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
