@@ -33,8 +33,6 @@ CleanService CleanService::narrowedTo(const std::set<Family>& families, const st
     return narrowed;
 }
 
-std::vector<std::string> CleanService::catalogNotes() const { return CleanerRegistry::build(env).notes; }
-
 std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {
     const auto scanned = Scanner(CleanerRegistry::makeCleaners(env), guard()).scan(options);
     if (!scanned) return std::nullopt;

@@ -102,6 +102,9 @@ std::vector<CleanTarget> Scanner::deletableOnly(const std::vector<CleanTarget>& 
     auto kept = keepingPaths(targets, sizer, [&](const CleanTarget&, const std::filesystem::path& url) {
         const auto refusal = settled.refusal(url);
         if (!refusal) return true;
+        // A link that leads out of the allowed roots is shown, marked by markLinks: the
+        // user sees that the place is a link, which is why it stays.
+        if (*refusal == SafetyGuard::Refusal::outsideAllowedRoots && RemovalChecks::linkReason(url)) return true;
         const auto reason = *refusal == SafetyGuard::Refusal::home ? SafetyGuard::Refusal::protectedPath : *refusal;
         auto& paths = leftOut[reason];
         if (std::find(paths.begin(), paths.end(), url.string()) == paths.end()) paths.push_back(url.string());

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <stdexcept>
+
 #include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/Config.h"
@@ -96,92 +99,55 @@ TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
     EXPECT_EQ(report.deleted.size(), targets->size());
 }
 
-// A fake Linux home scanned by the whole catalog, with no tool on PATH.
-struct LinuxHome {
-    TempDir root;
-    testing::ScopedEnvironment emptyPath{{{"PATH", root.path().string()}}};
-
-    CleanService service(std::vector<std::string> projectRoots, std::vector<std::string> exclusions,
-                         std::shared_ptr<const ProcessProbe> probe = std::make_shared<StubProcessProbe>()) const {
-        CleanService service{.env = {}, .probe = probe, .runCommand = {}};
-        service.env.home = root / "home";
-        service.env.tmpDir = root / "tmp";
-        service.env.catalog = CatalogProfile::gnuLinux;
-        service.env.keepRecentDays = 0;
-        service.env.projectRoots = std::move(projectRoots);
-        service.env.extraExclusions = std::move(exclusions);
-        return service;
-    }
-};
-
-std::set<std::filesystem::path> pathsOf(const std::vector<CleanTarget>& targets) {
-    std::set<std::filesystem::path> paths;
-    for (const auto& target : targets) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
-    return paths;
+const CleanTarget& withID(const ScanResult& scanned, const std::string& id) {
+    const auto found = std::ranges::find(scanned.targets, id, &CleanTarget::id);
+    if (found == scanned.targets.end()) throw std::runtime_error(id + " not offered");
+    return *found;
 }
 
-TEST(CleanServiceOffer, WhatTheGuardRefusesIsLeftOutWithANoteAndTheRestOfAGroupIsOfferedAndRemoved) {
-    LinuxHome fake;
-    const auto home = fake.root / "home";
-    const auto modules = [&](const std::filesystem::path& project) {
+TEST_F(CleanServiceOnFakeHome, WhatTheGuardRefusesIsLeftOutWithANoteAndTheRestOfAGroupIsOfferedAndRemoved) {
+    TempDir opt;
+    const auto modules = [](const std::filesystem::path& project) {
         return testing::writeFile(project / "node_modules/x/index.js", 8000).parent_path().parent_path();
     };
-    const auto kept = modules(home / "projects/a");
-    const auto excluded = modules(home / "projects/b");
-    const auto outside = modules(fake.root / "opt/c");
-    const auto inProtected = modules(home / ".android/avd/d");
-    struct Case {
-        std::vector<std::string> roots, exclusions;
-        std::set<std::filesystem::path> offered;
-        std::filesystem::path leftOut;
-        const char* noteKey;
+    const std::tuple<const char*, std::filesystem::path, bool> cases[] = {
+        {"scan.note.excluded", home / "projects/b", true},
+        {"scan.note.outsideAllowedRoots", opt / "c", false},
+        {"scan.note.protected", home / ".android/avd/d", false},
     };
-    const Case cases[] = {
-        {{(home / "projects").string()}, {(home / "projects/b").string()}, {kept}, excluded, "scan.note.excluded"},
-        {{(home / "projects/a").string(), (fake.root / "opt").string()}, {}, {kept}, outside,
-         "scan.note.outsideAllowedRoots"},
-        {{(home / "projects/a").string(), (home / ".android/avd").string()}, {}, {kept}, inProtected,
-         "scan.note.protected"},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.noteKey);
-        const auto service = fake.service(row.roots, row.exclusions);
-        const auto scanned = service.scan();
+    for (const auto& [key, project, excluded] : cases) {
+        const auto kept = modules(home / "projects/a");
+        const auto leftOut = modules(project);
+        env.keepRecentDays = 0;
+        env.projectRoots = {(home / "projects/a").string(), project.string()};
+        env.extraExclusions = excluded ? std::vector<std::string>{project.string()} : std::vector<std::string>{};
+        const auto scanned = service().scan();
         ASSERT_TRUE(scanned);
-        EXPECT_EQ(pathsOf(scanned->targets), row.offered);
-        ASSERT_EQ(scanned->targets.size(), 1u);
-        EXPECT_EQ(scanned->targets[0].sizeBytes, testing::allocatedBytesBelow(kept));
-        EXPECT_EQ(scanned->notes, std::vector<std::string>{L10n::plural(row.noteKey, 1, 1, row.leftOut.string())});
-
-        const auto report = service.clean(scanned->targets, false, false);
-        EXPECT_EQ(report.deleted, std::vector<std::string>{scanned->targets[0].id});
+        const auto& offered = withID(*scanned, "per-project-node_modules");
+        EXPECT_EQ(offered.kind.pathList(), std::vector{kept}) << key;
+        EXPECT_EQ(offered.sizeBytes, testing::allocatedBytesBelow(kept));
+        EXPECT_EQ(scanned->notes, std::vector{L10n::plural(key, 1, 1, leftOut.string())});
+        EXPECT_EQ(service().clean({offered}, false, false).deleted, std::vector{offered.id});
         EXPECT_FALSE(std::filesystem::exists(kept));
-        EXPECT_TRUE(std::filesystem::exists(row.leftOut / "x/index.js"));
-        modules(home / "projects/a");
+        EXPECT_TRUE(std::filesystem::exists(leftOut / "x/index.js"));
     }
 }
 
-TEST(CleanServiceOffer, ThePackageManagersCachesStayWhileTheirManagerRunsUnlessForced) {
-    LinuxHome fake;
+TEST_F(CleanServiceOnFakeHome, TheNpmCacheStaysWhileNpmRunsUnlessForced) {
     // npm shows itself under its command ("npm install"), not its bare name.
-    testing::NamedProcess npm(fake.root / "bin/npm install");
+    testing::NamedProcess npm(tmp / "bin/npm install");
     ASSERT_GT(npm.pid(), 0);
-    const auto live = liveProcessProbe();
     const auto others = std::make_shared<StubProcessProbe>(std::vector<std::string>{"bun", "deno", "node"});
-    struct Case {
-        std::shared_ptr<const ProcessProbe> probe;
-        bool force, removed;
-    } const cases[] = {{live, false, false}, {live, true, true}, {others, false, true}};
-    for (const auto& row : cases) {
-        const auto cache = testing::writeFile(fake.root / "home/.npm/_cacache/index-v5/00/entry", 4096);
-        const auto service = fake.service({}, {}, row.probe);
+    const std::tuple<std::shared_ptr<const ProcessProbe>, bool, bool> cases[] = {
+        {liveProcessProbe(), false, false}, {liveProcessProbe(), true, true}, {others, false, true}};
+    for (const auto& [probe, force, removed] : cases) {
+        const auto cache = testing::writeFile(home / ".npm/_cacache/index-v5/00/entry", 4096);
+        const CleanService service{env, probe, {}};
         const auto scanned = service.scan();
         ASSERT_TRUE(scanned);
-        ASSERT_EQ(idSetOf(scanned->targets), std::set<std::string>{"npm-cache"});
-        const auto report = service.clean(scanned->targets, false, row.force);
-        EXPECT_EQ(std::filesystem::exists(cache), !row.removed) << row.force;
-        const ReportEntry skip{"npm-cache", L10n::t("exec.skip.processRunning", std::string("npm"))};
-        EXPECT_EQ(report.skipped, row.removed ? std::vector<ReportEntry>{} : std::vector<ReportEntry>{skip});
+        const auto report = service.clean({withID(*scanned, "npm-cache")}, false, force);
+        EXPECT_EQ(std::filesystem::exists(cache), !removed) << force;
+        EXPECT_EQ(report.skipped.size(), removed ? 0u : 1u);
     }
 }
 

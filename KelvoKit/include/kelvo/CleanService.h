@@ -30,8 +30,6 @@ struct CleanService {
     // Unsorted targets, none that guard() refuses, and the notes: the catalog's (what it
     // left out and why), then the scan's. Nothing when the scan was stopped.
     std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
-    // What the catalog left out and why (CleanerRegistry::BuiltCatalog::notes).
-    std::vector<std::string> catalogNotes() const;
     // The families that have targets guard() allows in a scan of the whole catalog,
     // enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;

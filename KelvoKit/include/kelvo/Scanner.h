@@ -4,7 +4,8 @@
 // the scanner's own), in four steps:
 // - paths of other users are never offered (ownPathsOnly);
 // - nothing the guard would refuse is offered (deletableOnly): what that leaves out is
-//   noted, so a target that shrank or vanished says why;
+//   noted, so a target that shrank or vanished says why; a link that leads out of the
+//   allowed roots stays for the last step, so the user sees it is a link;
 // - no path is offered twice (dedup): a strict ancestor path wins over the paths inside
 //   it, an exactly shared path goes to the smaller id, equal ids never cover each other;
 // - a target the executor will refuse for a link is marked and says why (markLinks).
