@@ -44,6 +44,8 @@ std::optional<std::vector<RunningProcess>> listRunningProcesses() {
                 if (c == '\0') c = ' ';
             process.commandLine = std::move(text);
         }
+        // Readable for the user's own processes; a deleted program keeps its old path plus " (deleted)".
+        if (auto program = linkText(base / "exe")) process.executable = program->string();
         processes.push_back(std::move(process));
     }
     ::closedir(proc);
