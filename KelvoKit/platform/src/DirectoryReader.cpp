@@ -146,7 +146,6 @@ ListingProgress DirectoryReader::readRecords(int directoryFd, void* target, Reco
 // A DIR stream over a duplicate of the descriptor, so the caller keeps its own.
 ListingProgress DirectoryReader::readStream(int directoryFd, void* target, RecordVisitor visitor) const {
     ListingProgress progress;
-    progress.atEnd = true;  // read whole or not at all
     const int copy = ::dup(directoryFd);
     if (copy < 0) {
         progress.error = errorOf(errno);
@@ -165,6 +164,7 @@ ListingProgress DirectoryReader::readStream(int directoryFd, void* target, Recor
         const dirent* entry = ::readdir(directory);
         if (!entry) {
             if (errno != 0) progress.error = errorOf(errno);
+            progress.atEnd = !progress.error;
             break;
         }
         ++progress.records;

@@ -52,7 +52,7 @@ public:
 
     // Reads directoryFd on from its position, calling visit(const DirectoryRecord&) for each
     // entry until it returns false, the directory ends or reading fails, or, between two
-    // system calls, once at least recordLimit records have been read. A stop ends the read
+    // getdents64 calls, once at least recordLimit records have been read. A stop ends the read
     // early: the descriptor's position is then past entries never visited, and the
     // positionAfter of the last one visited is where to go on from.
     template <class Visit>
