@@ -25,9 +25,15 @@ public:
     bool valid() const { return fd_ >= 0; }
     // Closes what is held, if anything, and holds fd instead. Leaves errno as it was, so a
     // failed open can be followed by closing another descriptor before errno is read.
-    void reset(int fd = -1) noexcept;
+    void reset(int fd = -1) noexcept {
+        if (fd_ >= 0) close(fd_);
+        fd_ = fd < 0 ? -1 : fd;
+    }
 
 private:
+    // Handles move often (walks keep them in containers): only a real close leaves the header.
+    static void close(int fd) noexcept;
+
     int fd_ = -1;
 };
 
