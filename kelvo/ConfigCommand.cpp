@@ -1,4 +1,5 @@
-// kelvo config show: the effective configuration and where it is kept.
+// kelvo config show: the effective configuration and where it is kept; and the warning every
+// command gives when the configuration file cannot be used.
 #include <fmt/format.h>
 
 #include "Commands.h"
@@ -7,6 +8,21 @@
 #include "kelvo/L10n.h"
 
 namespace kelvo::tool {
+namespace {
+
+// What is wrong with the file, as the second half of a sentence that names it.
+std::string reasonText(const ConfigProblem& problem) {
+    const std::string key = "cli.config.problem." + std::string(rawValue(problem.kind));
+    if (problem.kind != ConfigProblem::Kind::wrongType) return L10n::t(key, problem.key);
+    return L10n::t(key, problem.key, L10n::t("cli.config.expected." + std::string(rawValue(problem.expected))));
+}
+
+}  // namespace
+
+void warnAboutConfiguration() {
+    if (const auto problem = Config::load(Environment::liveHome()).problem)
+        fmt::print(stderr, "{}\n", L10n::t("cli.config.unusable", problem->file.string(), reasonText(*problem)));
+}
 
 Command addConfigCommand(CLI::App& app) {
     auto* config = app.add_subcommand("config", "Show the configuration");
@@ -15,8 +31,12 @@ Command addConfigCommand(CLI::App& app) {
     return {show, [] {
                 const auto home = Environment::liveHome();
                 const auto path = Config::filePath(home);
-                fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
-                fmt::print("{}\n", Config::load(home).encoded());
+                const auto loaded = Config::load(home);
+                if (loaded.problem)
+                    fmt::print("{}\n", L10n::t("cli.config.unusableFile", path.string(), reasonText(*loaded.problem)));
+                else
+                    fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
+                fmt::print("{}\n", loaded.encoded());
                 return 0;
             }};
 }

@@ -2,10 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "kelvo/Console.h"
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/Reporter.h"
+#include "kelvo/TargetPaths.h"
+#include "kelvo/WorkerPool.h"
 
 namespace kelvo::tool {
 namespace {
@@ -26,26 +30,46 @@ const char* levelColour(Level level) {
 std::string levelText(Level level) { return L10n::t("level." + std::string(rawValue(level))); }
 std::string costText(RegenCost cost) { return L10n::t("regenCost." + std::string(rawValue(cost))); }
 
-void printTargetLine(const CleanTarget& target, bool chosen) {
+// Measures the paths of the targets listed with their paths; made only when they are asked for.
+class PathSizer {
+public:
+    explicit PathSizer(bool wanted) {
+        if (wanted) sizer_.emplace(pool_.emplace());
+    }
+    const DirectorySizer* get() const { return sizer_ ? &*sizer_ : nullptr; }
+
+private:
+    std::optional<WorkerPool> pool_;
+    std::optional<DirectorySizer> sizer_;
+};
+
+void printTargetLine(const CleanTarget& target, bool chosen, const PathSizer& paths) {
     fmt::print("  {} {:>11}  {:<10} {:<18} {}\n", chosen ? paint("[x]", "1") : "[ ]", Format::bytes(target.sizeBytes),
                paint(levelText(target.level), levelColour(target.level)), costText(target.regenCost), target.name);
     fmt::print("      {}\n", paint(target.id, "2"));
     if (!target.notes.empty()) fmt::print("      {}\n", target.notes);
+    const DirectorySizer* sizer = paths.get();
+    if (!sizer) return;
+    if (target.kind.isCommand()) fmt::print("      {}\n", L10n::t("cli.plan.command", target.kind.commandLine()));
+    for (const auto& [path, size] : TargetPaths::measured(target, *sizer))
+        fmt::print("      {:>11}  {}{}\n", Format::bytes(size.bytes), path.string(),
+                   size.hadErrors ? "  " + L10n::t("cli.size.lowerBound") : "");
 }
 
 std::int64_t totalOf(const std::vector<CleanTarget>& targets) { return Reporter::summarize(targets).totalBytes; }
 
 }  // namespace
 
-void printPlan(const PlanSelection& plan, CatalogProfile profile) {
+void printPlan(const PlanSelection& plan, CatalogProfile profile, bool withPaths) {
     if (plan.targets.empty()) {
         fmt::print("{}\n", L10n::t("cli.plan.empty"));
         return;
     }
     const auto summary = Reporter::summarize(plan.targets);
+    const PathSizer paths(withPaths);
     for (const auto& [family, members] : Reporter::byFamily(plan.targets)) {
         fmt::print("{}  {}\n", paint(displayName(family, profile), "1"), Format::bytes(summary.byFamily.at(family)));
-        for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id));
+        for (const auto& target : members) printTargetLine(target, plan.selectedIDs.contains(target.id), paths);
         fmt::print("\n");
     }
     fmt::print("{}\n", paint(L10n::t("cli.plan.byFamily"), "1"));
@@ -62,37 +86,41 @@ void printPlan(const PlanSelection& plan, CatalogProfile profile) {
     fmt::print("{}\n", L10n::plural("cli.plan.chosen", count, count, Format::bytes(totalOf(chosen))));
 }
 
-void printChosen(const PlanSelection& plan, CatalogProfile profile) {
+void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun) {
     const auto chosen = plan.selectedTargets();
     const auto count = static_cast<std::int64_t>(chosen.size());
-    fmt::print("{}\n", L10n::plural("cli.clean.willRemove", count, count, Format::bytes(totalOf(chosen))));
+    fmt::print("{}\n", L10n::plural(dryRun ? "cli.clean.wouldRemove" : "cli.clean.willRemove", count, count,
+                                    Format::bytes(totalOf(chosen))));
+    const PathSizer paths(dryRun);
     for (const auto& [family, members] : Reporter::byFamily(chosen)) {
         fmt::print("{}\n", paint(displayName(family, profile), "1"));
-        for (const auto& target : members) printTargetLine(target, true);
+        for (const auto& target : members) printTargetLine(target, true, paths);
     }
 }
 
 void printReport(const ExecutionReport& report, bool dryRun) {
     if (dryRun) fmt::print("{}\n", paint(L10n::t("cli.report.dryRun"), "1"));
+    // A dry run's report holds what the clean would do: it is told in the conditional.
+    const std::string would = dryRun ? "cli.report.would." : "cli.report.";
     // Below 1 KB the formatted size is already the exact count.
-    fmt::print("{}\n", report.freedBytes < 1024 ? L10n::t("cli.report.freed", Format::bytes(report.freedBytes))
-                                                 : L10n::t("cli.report.freedExact", Format::bytes(report.freedBytes),
+    fmt::print("{}\n", report.freedBytes < 1024 ? L10n::t(would + "freed", Format::bytes(report.freedBytes))
+                                                 : L10n::t(would + "freedExact", Format::bytes(report.freedBytes),
                                                            report.freedBytes));
-    const auto list = [](const char* key, const std::vector<std::string>& ids) {
+    const auto list = [](const std::string& key, const std::vector<std::string>& ids) {
         if (ids.empty()) return;
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(ids.size())));
         for (const auto& id : ids) fmt::print("  {}\n", id);
     };
-    const auto entries = [](const char* key, const std::vector<ReportEntry>& items) {
+    const auto entries = [](const std::string& key, const std::vector<ReportEntry>& items) {
         if (items.empty()) return;
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(items.size())));
         for (const auto& item : items) fmt::print("  {}: {}\n", item.id, item.text);
     };
-    list("cli.report.deleted", report.deleted);
-    list("cli.report.partial", report.partial);
-    list("cli.report.freedUnknown", report.freedUnknown);
-    entries("cli.report.skipped", report.skipped);
-    entries("cli.report.failed", report.errors);
+    list(would + "deleted", report.deleted);
+    list(would + "partial", report.partial);
+    list(would + "freedUnknown", report.freedUnknown);
+    entries(would + "skipped", report.skipped);
+    entries(would + "failed", report.errors);
 }
 
 ProgressLine::ProgressLine() : enabled_(Console::errorIsTerminal()) {}

@@ -2,6 +2,8 @@
 // long unused and old simulator runtimes.
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "CleanFlow.h"
 #include "Commands.h"
 #include "PlanOutput.h"
@@ -14,9 +16,12 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service) {
-    ProgressLine progress;
-    return Reporter::largestFirst(service.scan(progress.options()).value_or(std::vector<CleanTarget>{}));
+ScanResult scanWithProgress(const PrepareService& service, bool quiet) {
+    // The line is cleared when the scan is over, so it lives as long as the scan.
+    std::optional<ProgressLine> progress;
+    auto scanned = service.scan(quiet ? ScanOptions() : progress.emplace().options()).value_or(ScanResult{});
+    scanned.targets = Reporter::largestFirst(std::move(scanned.targets));
+    return scanned;
 }
 
 }  // namespace
@@ -25,20 +30,24 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global) {
     auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
     addCleanOptions(*clean, request);
 
     // Everything left out of the service is the live one.
     const Command show{command, [&options, &global] {
                            const PrepareService service{.env = global.liveEnvironment()};
+                           const auto notes = std::make_shared<ScanNotes>();
                            if (options.json) {
-                               const auto targets =
-                                   Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
-                               fmt::print("{}\n", ScanPlanJSON(targets).encoded());
+                               const auto scanned = scanWithProgress(service, true);
+                               ScanPlanJSON plan(scanned.targets);
+                               plan.notes = scanned.notes;
+                               fmt::print("{}\n", plan.encoded());
                            } else {
-                               const auto targets = scanWithProgress(service);
-                               printPlan(PlanSelection(targets), global.profile());
-                               fmt::print("{}\n", PrepareSummary::line(targets));
+                               const auto scanned = scanWithProgress(service, options.quiet);
+                               printPlan(PlanSelection(scanned.targets), global.profile());
+                               fmt::print("{}\n", PrepareSummary::line(scanned.targets));
+                               for (const auto& note : scanned.notes) fmt::print("{}\n", note);
                            }
                            return 0;
                        }};
@@ -47,7 +56,8 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                             return runClean(scanWithProgress(service, request.json || request.quiet).targets, request,
+                                             *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);
                                              });

@@ -49,36 +49,59 @@ std::filesystem::path Config::filePath(const std::filesystem::path& home) { retu
 
 bool Config::exists(const std::filesystem::path& home) { return platform::exists(filePath(home)); }
 
-std::optional<Config> Config::decode(const std::string& text) {
-    const auto json = nlohmann::json::parse(text, nullptr, false);
-    if (!json.is_object()) return std::nullopt;
-    const auto roots = json.find("projectRoots");
-    const auto exclusions = json.find("extraExclusions");
-    const auto level = json.find("defaultLevel");
-    const auto keepRecent = json.find("keepRecentDays");
-    if (roots == json.end() || exclusions == json.end() || level == json.end() || keepRecent == json.end())
-        return std::nullopt;
+Config::Loaded Config::decode(const std::string& text) {
+    using Kind = ConfigProblem::Kind;
+    using Expected = ConfigProblem::Expected;
+    const auto defaultsBecause = [](Kind kind, std::string key = {}, Expected expected = Expected::nothing) {
+        return Loaded{defaults(), ConfigProblem{kind, {}, std::move(key), expected}};
+    };
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos) return defaultsBecause(Kind::empty);
+    nlohmann::json json;
+    try {
+        json = nlohmann::json::parse(text);
+    } catch (const nlohmann::json::parse_error& error) {
+        // The parser reads one past the last byte when the text ends too early.
+        return defaultsBecause(error.byte > text.size() ? Kind::truncated : Kind::notJSON);
+    }
+    if (!json.is_object()) return defaultsBecause(Kind::notAnObject);
+    // The required keys in a fixed order, so one file always names the same key first.
+    for (const char* key : {"projectRoots", "extraExclusions", "defaultLevel", "keepRecentDays"})
+        if (!json.contains(key)) return defaultsBecause(Kind::missingKey, key);
     Config config;
-    auto rootList = stringList(*roots);
-    auto exclusionList = stringList(*exclusions);
-    const auto days = wholeNumber(*keepRecent);
-    if (!rootList || !exclusionList || !level->is_string() || !days) return std::nullopt;
+    auto rootList = stringList(json.at("projectRoots"));
+    if (!rootList) return defaultsBecause(Kind::wrongType, "projectRoots", Expected::textList);
+    auto exclusionList = stringList(json.at("extraExclusions"));
+    if (!exclusionList) return defaultsBecause(Kind::wrongType, "extraExclusions", Expected::textList);
+    if (!json.at("defaultLevel").is_string()) return defaultsBecause(Kind::wrongType, "defaultLevel", Expected::text);
+    const auto days = wholeNumber(json.at("keepRecentDays"));
+    if (!days) return defaultsBecause(Kind::wrongType, "keepRecentDays", Expected::wholeNumber);
     config.projectRoots = std::move(*rootList);
     config.extraExclusions = std::move(*exclusionList);
-    config.defaultLevel = level->get<std::string>();
+    config.defaultLevel = json.at("defaultLevel").get<std::string>();
     config.keepRecentDays = *days;
     if (const auto families = json.find("enabledFamilies"); families != json.end() && !families->is_null()) {
         auto familyList = stringList(*families);
-        if (!familyList) return std::nullopt;
+        if (!familyList) return defaultsBecause(Kind::wrongType, "enabledFamilies", Expected::textListOrNull);
         config.enabledFamilies = std::move(*familyList);
     }
-    return config;
+    if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
+        if (!check->is_boolean()) return defaultsBecause(Kind::wrongType, "checkMinimumVersion", Expected::trueOrFalse);
+        config.checkMinimumVersion = check->get<bool>();
+    }
+    return {std::move(config), std::nullopt};
 }
 
-Config Config::load(const std::filesystem::path& home) {
-    const auto text = platform::readRegularFile(filePath(home), maximumFileBytes);
-    if (!text) return defaults();
-    return decode(*text).value_or(defaults());
+Config::Loaded Config::load(const std::filesystem::path& home) {
+    const auto path = filePath(home);
+    const auto text = platform::readRegularFile(path, maximumFileBytes);
+    if (!text) {
+        // Absent is the usual case; anything standing there that cannot be read is not.
+        if (platform::isPresent(path) == false) return {defaults(), std::nullopt};
+        return {defaults(), ConfigProblem{ConfigProblem::Kind::unreadable, path, {}, ConfigProblem::Expected::nothing}};
+    }
+    auto loaded = decode(*text);
+    if (loaded.problem) loaded.problem->file = path;
+    return loaded;
 }
 
 std::string Config::encoded() const {
@@ -89,6 +112,7 @@ std::string Config::encoded() const {
         {"keepRecentDays", keepRecentDays},
     };
     if (enabledFamilies) json["enabledFamilies"] = *enabledFamilies;
+    if (!checkMinimumVersion) json["checkMinimumVersion"] = false;
     return JsonLayout::pretty(json);
 }
 

@@ -10,9 +10,12 @@ namespace {
 
 using Entries = std::vector<platform::ListedEntry>;
 
-// The entries of a folder: none when it does not exist, nothing when it exists but cannot be read.
+// The entries of a folder: none when it does not exist, nothing when it exists but cannot be
+// read, or when whether it exists cannot be told.
 std::optional<Entries> entriesOf(const std::filesystem::path& folder) {
-    if (!platform::exists(folder)) return Entries{};
+    const auto present = platform::isPresent(folder);
+    if (!present) return std::nullopt;
+    if (!*present) return Entries{};
     return platform::listDirectory(folder, /*skipHidden=*/true);
 }
 
@@ -32,30 +35,29 @@ std::vector<std::filesystem::path> installationPaths(const std::string& text) {
 
 }  // namespace
 
-std::optional<std::vector<std::filesystem::path>> InstalledPackages::flatpakInstallations(
-    const std::filesystem::path& user, const std::filesystem::path& system, const std::filesystem::path& configFolder) {
+InstalledPackages::Listing InstalledPackages::flatpakAppIDs(const std::filesystem::path& user,
+                                                           const std::filesystem::path& system,
+                                                           const std::filesystem::path& configFolder) {
     std::vector<std::filesystem::path> installations{user, system};
     const auto folder = configFolder / "installations.d";
     const auto entries = entriesOf(folder);
-    if (!entries) return std::nullopt;
+    if (!entries) return {std::nullopt, folder};
     for (const auto& entry : *entries) {
         if (Paths::extensionOf(entry.name) != "conf") continue;
         const auto text = platform::readFile(folder / entry.name);
-        if (!text) return std::nullopt;
-        for (auto& path : installationPaths(*text)) installations.push_back(std::move(path));
+        if (!text) return {std::nullopt, folder / entry.name};
+        for (auto& path : installationPaths(*text)) {
+            if (!platform::isPresent(path / "repo").value_or(false)) return {std::nullopt, path};
+            installations.push_back(std::move(path));
+        }
     }
-    return installations;
-}
-
-std::optional<std::set<std::string>> InstalledPackages::flatpakAppIDs(
-    const std::vector<std::filesystem::path>& installations) {
     std::set<std::string> ids;
     for (const auto& installation : installations) {
-        const auto entries = entriesOf(installation / "app");
-        if (!entries) return std::nullopt;
-        for (const auto& entry : *entries) ids.insert(entry.name);
+        const auto apps = entriesOf(installation / "app");
+        if (!apps) return {std::nullopt, installation / "app"};
+        for (const auto& entry : *apps) ids.insert(entry.name);
     }
-    return ids;
+    return {std::move(ids), {}};
 }
 
 std::optional<std::set<std::string>> InstalledPackages::snapNames(

@@ -16,9 +16,12 @@ PackageLeftoverDetector::PackageLeftoverDetector(std::vector<Source> sources)
 std::vector<CleanTarget> PackageLeftoverDetector::scan(const ScanContext& context) const {
     std::vector<CleanTarget> targets;
     for (const auto& source : sources_) {
-        if (!source.installed) continue;
         const auto entries = platform::listDirectory(source.dataFolder, /*skipHidden=*/true);
         if (!entries) continue;
+        if (!source.installed) {
+            if (!entries->empty() && !source.unknownNote.empty()) context.note(source.unknownNote);
+            continue;
+        }
         std::vector<std::string> names;
         for (const auto& entry : *entries)
             if (entry.type == platform::EntryType::directory && !source.installed->contains(entry.name) &&

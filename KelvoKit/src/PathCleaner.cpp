@@ -7,16 +7,19 @@ namespace kelvo {
 
 PathCleaner::PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                          std::vector<std::string> relativePaths, Level level, Reversibility reversibility,
-                         RegenCost regenCost)
-    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
+                         RegenCost regenCost, PlaceMarks::Marks marks, std::vector<std::string> guardedProcesses)
+    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost,
+                     std::move(guardedProcesses)),
       home_(std::move(home)),
-      relativePaths_(std::move(relativePaths)) {}
+      relativePaths_(std::move(relativePaths)),
+      marks_(std::move(marks)) {}
 
 std::vector<CleanTarget> PathCleaner::scan(const ScanContext& context) const {
     std::vector<std::filesystem::path> present;
     for (const auto& relative : relativePaths_) {
         auto candidate = Paths::appending(home_, relative);
-        if (platform::exists(candidate)) present.push_back(std::move(candidate));
+        if (platform::exists(candidate) && PlaceMarks::offerable(candidate, marks_))
+            present.push_back(std::move(candidate));
     }
     if (present.empty()) return {};
 

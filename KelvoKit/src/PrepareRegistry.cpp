@@ -4,6 +4,8 @@
 #include "kelvo/Environment.h"
 #include "kelvo/InstalledApps.h"
 #include "kelvo/InstalledPackages.h"
+#include "kelvo/L10n.h"
+#include "kelvo/OldRuntimeDetector.h"
 #include "kelvo/OldSimRuntimeDetector.h"
 #include "kelvo/OrphanedLeftoverDetector.h"
 #include "kelvo/PackageLeftoverDetector.h"
@@ -14,15 +16,17 @@ namespace kelvo {
 namespace {
 
 std::shared_ptr<const Cleaner> linuxLeftoverDetector(const Environment& env, const std::filesystem::path& systemRoot) {
-    const auto flatpakInstallations = InstalledPackages::flatpakInstallations(
+    auto flatpak = InstalledPackages::flatpakAppIDs(
         env.locationVariable("FLATPAK_USER_DIR").value_or(env.dataHome() / "flatpak"),
         env.locationVariable("FLATPAK_SYSTEM_DIR").value_or(systemRoot / "var/lib/flatpak"),
         env.locationVariable("FLATPAK_CONFIG_DIR").value_or(systemRoot / "etc/flatpak"));
-    auto flatpakIDs = flatpakInstallations ? InstalledPackages::flatpakAppIDs(*flatpakInstallations) : std::nullopt;
+    auto flatpakUnknown =
+        flatpak.names ? std::string() : L10n::t("prepare.note.flatpakUnknown", flatpak.unreadable.string());
     auto snaps = InstalledPackages::snapNames({systemRoot / "snap", systemRoot / "var/lib/snapd/snap"},
                                               systemRoot / "var/lib/snapd/snaps");
     std::vector<PackageLeftoverDetector::Source> sources{
-        {env.home / ".var/app", "", std::move(flatpakIDs), &PrepareRegistry::isProtectedBundleID},
+        {env.home / ".var/app", "", std::move(flatpak.names), &PrepareRegistry::isProtectedBundleID,
+         std::move(flatpakUnknown)},
         {env.home / "snap", "snap:", std::move(snaps),
          [](const std::string& name) { return PrepareRegistry::isProtectedName(name); }},
     };
@@ -55,7 +59,9 @@ CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThan
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
                                            ProbeDependency probe,
                                            const std::filesystem::path& systemRoot) {
-    if (env.catalog == CatalogProfile::gnuLinux) return {linuxLeftoverDetector(env, systemRoot)};
+    if (env.catalog == CatalogProfile::gnuLinux)
+        return {linuxLeftoverDetector(env, systemRoot),
+                std::make_shared<OldRuntimeDetector>(env, olderThanMonths, now, std::move(probe))};
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
     auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;

@@ -13,9 +13,18 @@ ScanPlanJSON::ScanPlanJSON(const std::vector<CleanTarget>& targetList, const Sca
     for (const auto& [family, bytes] : summary.byFamily) byFamily.emplace(rawValue(family), bytes);
     for (const auto& [level, bytes] : summary.byLevel) byLevel.emplace(rawValue(level), bytes);
     for (const auto& target : targetList) {
+        std::optional<std::vector<std::string>> paths;
+        std::optional<std::string> command;
+        if (target.kind.isCommand()) {
+            command = target.kind.commandLine();
+        } else {
+            paths.emplace();
+            for (const auto& path : target.kind.pathList()) paths->push_back(path.string());
+        }
         targets.push_back({target.id, target.name, std::string(rawValue(target.family)), target.sizeBytes,
                            std::string(rawValue(target.level)), std::string(rawValue(target.reversibility)),
-                           std::string(rawValue(target.regenCost)), selectedIDs.contains(target.id), target.notes});
+                           std::string(rawValue(target.regenCost)), selectedIDs.contains(target.id), target.notes,
+                           std::move(paths), std::move(command)});
     }
 }
 
@@ -25,7 +34,7 @@ ScanPlanJSON::ScanPlanJSON(const std::vector<CleanTarget>& targetList)
 std::string ScanPlanJSON::encoded() const {
     nlohmann::json targetArray = nlohmann::json::array();
     for (const auto& target : targets) {
-        targetArray.push_back({
+        auto& member = targetArray.emplace_back(nlohmann::json{
             {"id", target.id},
             {"name", target.name},
             {"family", target.family},
@@ -36,6 +45,8 @@ std::string ScanPlanJSON::encoded() const {
             {"preselected", target.preselected},
             {"notes", target.notes},
         });
+        if (target.paths) member["paths"] = *target.paths;
+        if (target.command) member["command"] = *target.command;
     }
     nlohmann::json document = {
         {"totalBytes", totalBytes},

@@ -6,10 +6,12 @@ namespace kelvo {
 
 VersionedDirCleaner::VersionedDirCleaner(std::string id, std::string name, Family family,
                                          std::filesystem::path parent, std::vector<std::string> prefixes,
-                                         Level level, Reversibility reversibility, RegenCost regenCost)
+                                         Level level, Reversibility reversibility, RegenCost regenCost,
+                                         PlaceMarks::Marks marks)
     : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
       parent_(std::move(parent)),
-      prefixes_(std::move(prefixes)) {}
+      prefixes_(std::move(prefixes)),
+      marks_(std::move(marks)) {}
 
 bool VersionedDirCleaner::admits(const std::string& entryName) const {
     if (prefixes_.empty()) return true;
@@ -20,7 +22,7 @@ bool VersionedDirCleaner::admits(const std::string& entryName) const {
 
 std::vector<CleanTarget> VersionedDirCleaner::scan(const ScanContext& context) const {
     const auto entries = platform::listDirectory(parent_, /*skipHidden=*/true);
-    if (!entries) return {};
+    if (!entries || PlaceMarks::holdsWorkTree(parent_)) return {};
     std::vector<CleanTarget> targets;
     for (const auto& entry : *entries) {
         if (context.stop.stop_requested()) return {};
@@ -28,6 +30,7 @@ std::vector<CleanTarget> VersionedDirCleaner::scan(const ScanContext& context) c
         if (entry.type != platform::EntryType::directory) continue;
         if (!admits(entry.name)) continue;
         auto path = parent_ / entry.name;
+        if (!PlaceMarks::offerable(path, marks_)) continue;
         const Measurement measured = context.sizer.measure(path);
         if (measured.bytes < 1) continue;
         targets.push_back(target(id() + "/" + entry.name, name() + ": " + entry.name, {std::move(path)}, measured));

@@ -1,10 +1,12 @@
 #include "panel/PanelRules.h"
 
+#include <QStringList>
 #include <algorithm>
 
 #include "AppText.h"
 #include "kelvo/Format.h"
 #include "kelvo/Reporter.h"
+#include "kelvo/TargetPaths.h"
 
 namespace kelvo::app {
 
@@ -59,6 +61,26 @@ QString riskText(const CleanTarget& target) {
     const QString level = AppText::t(key);
     if (target.regenCost != RegenCost::redownload) return level;
     return AppText::t("panel.risk.redownload", level.toStdString());
+}
+
+QString rowTooltip(const CleanTarget& target) {
+    QStringList lines{QString::fromStdString(target.notes.empty() ? target.name : target.notes)};
+    const auto preview = TargetPaths::preview(target, tooltipPathCount);
+    if (target.kind.isCommand()) {
+        lines.append(AppText::t("panel.paths.command", target.kind.commandLine()));
+    } else {
+        for (const auto& path : preview.lines) lines.append(QString::fromStdString(path));
+    }
+    if (preview.more > 0) lines.append(AppText::t("panel.paths.more", static_cast<std::int64_t>(preview.more)));
+    return lines.join('\n');
+}
+
+QString notesText(const std::vector<std::string>& notes, std::size_t shown) {
+    QStringList lines;
+    for (std::size_t index = 0; index < notes.size() && index < shown; ++index)
+        lines << QString::fromStdString(notes[index]);
+    if (notes.size() > shown) lines << QStringLiteral("…");
+    return lines.join('\n');
 }
 
 }  // namespace kelvo::app

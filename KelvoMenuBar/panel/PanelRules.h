@@ -3,7 +3,9 @@
 // widgets only show what these decide: which screen, what is enabled, the titles and the
 // colour of the disk bar.
 #include <QString>
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "kelvo/AppModel.h"
@@ -30,5 +32,13 @@ QString actionTitle(AppModel::Domain domain, bool nothingSelected, std::int64_t 
 // Freed bytes, then the partial and skipped counts when there are any; errors are not shown.
 QString resultLine(const ExecutionReport& report);
 QString riskText(const CleanTarget& target);
+// The first `shown` notes, one a line, and a last line "…" when there are more.
+QString notesText(const std::vector<std::string>& notes, std::size_t shown);
+
+// How many paths a row's tooltip lists before it says how many more there are.
+inline constexpr std::size_t tooltipPathCount = 8;
+// A row's tooltip: the target's notes (its name when it has none), then what a clean would
+// do: the first paths it removes and how many more, or the command it runs.
+QString rowTooltip(const CleanTarget& target);
 
 }  // namespace kelvo::app

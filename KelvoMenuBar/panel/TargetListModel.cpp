@@ -47,7 +47,7 @@ QVariant TargetListModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             return section ? QString::fromStdString(displayName(section->family)) : QString::fromStdString(item->name);
         case Qt::ToolTipRole:
-            return section ? QVariant() : QString::fromStdString(item->notes.empty() ? item->name : item->notes);
+            return section ? QVariant() : rowTooltip(*item);
         case SelectedRole: return item && model_.selectedIDs().contains(item->id);
         default: return {};
     }

@@ -40,6 +40,14 @@ QStringList toList(const std::vector<std::string>& paths) {
     return list;
 }
 
+// Why the file cannot be used, as the second half of the notice's sentence.
+QString reasonText(const ConfigProblem& problem) {
+    const std::string key = "settings.configProblem." + std::string(rawValue(problem.kind));
+    if (problem.kind != ConfigProblem::Kind::wrongType) return AppText::t(key, problem.key);
+    const auto expected = AppText::t("settings.configProblem.expected." + std::string(rawValue(problem.expected)));
+    return AppText::t(key, problem.key, expected.toStdString());
+}
+
 std::vector<std::string> fromList(const QStringList& list) {
     std::vector<std::string> paths;
     for (const auto& path : list) paths.push_back(path.toStdString());
@@ -71,6 +79,12 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     auto* sections = new QVBoxLayout(column);
     sections->setSpacing(14);
 
+    configProblem_ = new QLabel(column);
+    configProblem_->setWordWrap(true);
+    configProblem_->setTextFormat(Qt::PlainText);
+    configProblem_->setStyleSheet("color: rgb(255, 149, 0); font-size: 11px;");
+    configProblem_->hide();
+    sections->addWidget(configProblem_);
     roots_ = new PathListEditor(AppText::t("settings.projectFolders"), "folder", AppText::t("settings.projectFolders.hint"),
                                 AppText::t("settings.projectFolders.placeholder"), column);
     sections->addWidget(roots_);
@@ -164,7 +178,11 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
 
 void SettingsView::loadIfNeeded() {
     if (loaded_) return;
-    const Config config = Config::load(model_.cleanService().env.home);
+    const Config::Loaded config = Config::load(model_.cleanService().env.home);
+    if (config.problem)
+        configProblem_->setText(
+            AppText::t("settings.configProblem", config.problem->file.string(), reasonText(*config.problem).toStdString()));
+    configProblem_->setVisible(config.problem.has_value());
     roots_->setPaths(toList(config.projectRoots));
     exclusions_->setPaths(toList(config.extraExclusions));
     keepRecent_->setValue(static_cast<int>(std::clamp<std::int64_t>(config.keepRecentDays, 0, 60)));

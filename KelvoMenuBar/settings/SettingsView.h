@@ -2,7 +2,9 @@
 // Edits the stored configuration: project folders, the keep-recent age, exclusions and
 // enabled families (nothing reaches the file before Save; Cancel and the close button
 // drop the edits), plus two switches that act at once: start at login and the link to
-// the command-line tool. A new screen is built each time the settings open.
+// the command-line tool. A new screen is built each time the settings open. When the
+// configuration file is there but cannot be used, a notice above the settings says which
+// file and why, and that the defaults are shown instead.
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -31,6 +33,7 @@ public:
     void loadIfNeeded();
     void save();
 
+    QLabel* configProblem() const { return configProblem_; }
     PathListEditor* roots() const { return roots_; }
     PathListEditor* exclusions() const { return exclusions_; }
     QSpinBox* keepRecent() const { return keepRecent_; }
@@ -60,6 +63,7 @@ private:
     bool loaded_ = false;
     std::string defaultLevel_ = "moderate";
 
+    QLabel* configProblem_;
     PathListEditor* roots_;
     QSpinBox* keepRecent_;
     QLabel* keepRecentLabel_;

@@ -21,6 +21,7 @@
 #include "kelvo/PerProjectCleaner.h"
 #include "kelvo/VersionedDirCleaner.h"
 #include "support/ScopedEnvironment.h"
+#include "support/TargetIds.h"
 #include "support/Targets.h"
 #include "support/TempDir.h"
 
@@ -164,32 +165,85 @@ TEST(LinuxCatalog, SharedIdsKeepKindFamilyAndRiskAndProjectFoldersKeepTheMacOSKi
         EXPECT_FALSE(names.contains(kept)) << kept;
 }
 
-TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault) {
+TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefaultWhenMarksCanTellTheToolsData) {
     struct Case {
         std::map<std::string, std::string, std::less<>> variables;
         std::string id;
-        fs::path expected;  // one of the entry's places
+        fs::path place;
+        bool offered = true;  // else the place is not among the entry's and a note names the entry
     };
     const std::vector<Case> cases{
         {{}, "pip-cache", "/home/dev/.cache/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
         {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
-        {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log"},
-        {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache"},
-        {{{"XDG_DATA_HOME", "/home/dev/d"}}, "trash", "/home/dev/d/Trash/files"},
+        {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache"},  // the default itself
+        {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem"},
+        // No mark tells these tools' data from the user's files.
+        {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log", false},
+        {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache", false},
         {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},
         {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods"},
         {{{"CARGO_HOME", "/home/dev/rust/cargo"}}, "cargo-registry", "/home/dev/rust/cargo/registry"},
         {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk"},
+        // Naming the home, a project root or a folder above one: nothing the tool keeps is offered.
+        {{{"XDG_CACHE_HOME", "/home/dev"}}, "pip-cache", "/home/dev/pip", false},
+        {{{"CARGO_HOME", "/home/dev/src"}}, "cargo-git", "/home/dev/src/git", false},
+        {{{"PIP_CACHE_DIR", "/home"}}, "pip-cache", "/home", false},
     };
-    for (const auto& [variables, id, expected] : cases) {
-        SCOPED_TRACE(id + " expected at " + expected.string());
+    for (const auto& [variables, id, place, offered] : cases) {
+        SCOPED_TRACE(id + " at " + place.string());
         const auto env = environment(CatalogProfile::gnuLinux, variables);
-        const auto places = placesById(env);
-        ASSERT_TRUE(places.contains(id));
-        EXPECT_NE(std::find(places.at(id).begin(), places.at(id).end(), expected), places.at(id).end());
-        EXPECT_TRUE(CleanerRegistry::build(env).notes.empty());
+        const auto places = placesById(env)[id];
+        std::string notes;
+        for (const auto& note : CleanerRegistry::build(env).notes) notes += note + "\n";
+        EXPECT_EQ(notes.find(id) == std::string::npos, offered) << notes;
+        EXPECT_EQ(std::find(places.begin(), places.end(), place) != places.end(), offered);
+    }
+}
+
+TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughAVariableNamingTheUsersFolders) {
+    struct Case {
+        CatalogProfile profile;
+        std::map<std::string, std::string, std::less<>> variables;  // "~" stands for the home
+        std::vector<std::string> files;
+        std::string id;
+        std::set<std::string> offered;
+    };
+    const auto linux = CatalogProfile::gnuLinux;
+    const std::set<std::string> none;
+    const std::vector<Case> cases{
+        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/.git/HEAD", "zig/o/build.zig"}, "zig-cache-global", none},
+        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/h/a", "zig/o/b"}, "zig-cache-global", none},
+        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/.git/HEAD", "projects/git/db/x"}, "cargo-git", none},
+        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/checkouts/x"}, "cargo-git", none},
+        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/checkouts/x"}, "cargo-git", {"cargo-git"}},
+        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/src/main.rs"}, "cargo-git", none},
+        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/db/x", "rust/git/.git"}, "cargo-git", none},
+        {linux, {}, {".cache/pip/wheels/x"}, "pip-cache", {"pip-cache"}},
+        {linux, {}, {".cache/pip/notes.txt"}, "pip-cache", none},
+        {linux, {}, {".npm/_cacache/index-v5/x"}, "npm-cache", {"npm-cache"}},
+        {linux, {}, {".cache/go-build/README"}, "go-build", none},
+        {linux, {}, {".cache/go-build/README", ".cache/go-build/trim.txt"}, "go-build", {"go-build"}},
+        {linux, {{"XDG_CONFIG_HOME", "~/cfg"}}, {"cfg/Code/Cache/x"}, "vscode-caches", none},
+        {linux, {}, {".config/Code/Cache/x"}, "vscode-caches", {"vscode-caches"}},
+        {linux, {}, {"Android/Sdk/ndk/26/source.properties", "Android/Sdk/ndk/2/a"}, "android-ndk", {"android-ndk/26"}},
+        {linux, {}, {"Android/Sdk/ndk/.git", "Android/Sdk/ndk/26/source.properties"}, "android-ndk", none},
+        {CatalogProfile::macos, {}, {".cargo/registry/.git/HEAD", ".cargo/registry/cache/x"}, "cargo-registry", none},
+    };
+    for (const auto& [profile, variables, files, id, offered] : cases) {
+        SCOPED_TRACE(id + " with " + files.front());
+        testing::TempDir home;
+        auto env = environment(profile);
+        env.home = home.path();
+        env.projectRoots = {"~/projects"};
+        for (const auto& [name, value] : variables)
+            env.locationVariables[name] = home.path().native() + value.substr(1);
+        for (const auto& file : files) testing::writeFile(home / file, 4096);
+        std::set<std::string> ids;
+        for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
+            if (cleaner->id() == id) ids = testing::idSetOf(cleaner->scan());
+        EXPECT_EQ(ids, offered);
     }
 }
 

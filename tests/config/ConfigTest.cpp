@@ -30,6 +30,7 @@ protected:
 TEST_F(ConfigFile, TheFourRequiredKeysAloneLoadWithoutFamiliesFromUnderDotConfig) {
     EXPECT_EQ(Config::filePath("/home/u"), std::filesystem::path("/home/u/.config/kelvo/config.json"));
     EXPECT_FALSE(Config::exists(home.path()));
+    EXPECT_FALSE(Config::load(home.path()).problem);  // no file is no problem
     write(R"({"projectRoots": ["~/code", "/src"], "extraExclusions": ["~/code/keep"],
               "defaultLevel": "safe", "keepRecentDays": 7})");
     EXPECT_TRUE(Config::exists(home.path()));
@@ -47,6 +48,7 @@ TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
              "{" + others + "}",                                        // keepRecentDays missing
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})",
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})",
+             "{" + others + R"(, "keepRecentDays": 7, "checkMinimumVersion": "no"})",
              R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
              R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})",
              "{" + others + R"(, "keepRecentDays": 7)",                 // cut short
@@ -55,6 +57,13 @@ TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
          }) {
         write(text);
         EXPECT_EQ(load(), Config::defaults()) << text;
+    }
+    // Why, for what the tool's messages do not show: how the text fails to be a configuration.
+    using enum ConfigProblem::Kind;
+    for (const auto& [text, kind] : std::vector<std::pair<std::string, ConfigProblem::Kind>>{
+             {R"({"projectRoots": ["~/co)", truncated}, {"{} x", notJSON}, {"[{}]", notAnObject}, {" \n", empty}}) {
+        write(text);
+        EXPECT_EQ(Config::load(home.path()).problem.value_or(ConfigProblem{}).kind, kind) << text;
     }
 }
 
@@ -99,7 +108,8 @@ TEST(ConfigFileKind, OnlyARegularFileOfAtMostOneMebibyteIsRead) {
         testing::TempDir home;
         std::filesystem::create_directories(Config::filePath(home.path()).parent_path());
         make(Config::filePath(home.path()), home / "elsewhere.json");
-        const Config config = Config::load(home.path());
+        const auto config = Config::load(home.path());
+        EXPECT_EQ(config.problem.has_value(), !readable) << what;
         EXPECT_EQ(config.keepRecentDays, readable ? 9 : Config::defaults().keepRecentDays) << what;
         EXPECT_EQ(config == Config::defaults(), !readable) << what;
     }
@@ -158,6 +168,7 @@ TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
     config.defaultLevel = "aggressive";
     config.keepRecentDays = -2;
     config.enabledFamilies = std::vector<std::string>{"python", "docker"};
+    config.checkMinimumVersion = false;
     ASSERT_FALSE(config.save(home.path()));
     EXPECT_EQ(load(), config);
 

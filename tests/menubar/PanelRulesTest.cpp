@@ -2,6 +2,8 @@
 // The action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
+#include <QStringList>
+
 #include "desktop/TrayPlacement.h"
 #include "panel/PanelRules.h"
 
@@ -50,6 +52,21 @@ TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
     target.level = Level::aggressive;
     target.regenCost = RegenCost::rebuild;
     EXPECT_EQ(riskText(target), "Aggressive");
+}
+
+TEST(PanelRules, RowTooltipListsUpToEightPathsThenHowManyMoreOrTheCommand) {
+    CleanTarget target;
+    target.name = "Cache";
+    std::vector<std::filesystem::path> paths;
+    QStringList lines{"Cache"};
+    for (int count = 0; count <= 10; ++count) {  // nine show whole: a ninth path takes no more room than "and 1 more"
+        target.kind = CleanKind::paths(paths);
+        EXPECT_EQ(rowTooltip(target), count < 10 ? lines.join('\n') : lines.mid(0, 9).join('\n') + "\nand 2 more") << count;
+        paths.push_back("/h/p" + std::to_string(count));
+        lines.append(QString("/h/p%1").arg(count));
+    }
+    target.kind = CleanKind::command("brew cleanup");
+    EXPECT_EQ(rowTooltip(target), "Cache\nRuns: brew cleanup");
 }
 
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {

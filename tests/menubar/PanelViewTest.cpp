@@ -1,8 +1,11 @@
 // The panel driven like a user would: clicks on its buttons and rows, over a fake home.
+#include <QApplication>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QToolButton>
+#include <QToolTip>
 
 #include "PanelFixture.h"
 #include "kelvo/Format.h"
@@ -82,6 +85,16 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     EXPECT_EQ(sections, (std::vector<std::string>{displayName(Family::jsPackages), displayName(Family::devMisc),
                                                   displayName(Family::otherLangs)}));
     screenshot(*panel, "panel-results");
+
+    // Hovering a row shows the paths a clean would remove there .
+    auto* view = panel->targetList()->view();
+    const QPoint point = view->visualRect(rowOf("npm-cache")).center();
+    QHelpEvent hover(QEvent::ToolTip, point, view->viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(view->viewport(), &hover);
+    EXPECT_EQ(QToolTip::text().toStdString(), "npm cache\n" + (home / ".npm/_cacache").string());
+    for (QWidget* tip : QApplication::topLevelWidgets())
+        if (tip->inherits("QTipLabel") && tip->isVisible()) screenshot(*tip, "panel-row-paths");
+    QToolTip::hideText();
 
     // A click anywhere on a row ticks it; the header and the action follow.
     const auto selectedBefore = model->selectedIDs();

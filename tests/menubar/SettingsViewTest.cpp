@@ -63,6 +63,18 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_FALSE(Config::load(home).enabledFamilies);
 }
 
+TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults) {
+    EXPECT_FALSE(openSettings().configProblem()->isVisible());  // a good file: no notice
+    click(panel->settingsView()->closeButton());
+    const auto file = kelvo::testing::writeText(Config::filePath(home), R"({"projectRoots": ["~/p"], "keepRecentDays": "7"})");
+    SettingsView& settings = openSettings();
+    EXPECT_EQ(settings.configProblem()->isVisible() ? settings.configProblem()->text().toStdString() : "",
+              "The configuration file " + file.string() + " cannot be used: the key \"extraExclusions\" is missing. " +
+                  "The defaults are shown below; Save writes them over it.");
+    EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
+    screenshot(*panel, "settings-config-problem");
+}
+
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     PathListEditor editor("Folders", "folder", "hint", "placeholder");
     const struct {

@@ -31,6 +31,7 @@ struct FakeSystem {
         fs::create_directories(system / "var/lib/flatpak/app/org.example.System/current");
         fs::create_directories(home / ".local/share/flatpak/app/org.example.User");
         fs::create_directories(temp / "extra/app/org.example.Extra");
+        fs::create_directories(temp / "extra/repo");
         writeText(system / "etc/flatpak/installations.d/extra.conf",
                   "[Installation \"extra\"]\n  Path=" + (temp / "extra").string() + "  \nDisplayName=Extra\n");
         fs::create_directories(system / "snap/mounted");
@@ -51,7 +52,10 @@ struct FakeSystem {
                                               nullptr, system);
     }
 
-    std::set<std::string> offered() const { return testing::idSetOf(preparers().at(0)->scan()); }
+    std::set<std::string> offered(const std::shared_ptr<ScanNotes>& notes = nullptr) const {
+        const DirectorySizer sizer;
+        return testing::idSetOf(preparers().at(0)->scan(ScanContext{sizer, {}, notes}));
+    }
 
     TempDir temp;
     fs::path home;
@@ -63,7 +67,7 @@ TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedAsUserDataNotPr
     const FakeSystem fake;
     const auto& home = fake.home;
     const auto preparers = fake.preparers();
-    ASSERT_EQ(preparers.size(), 1u);
+    ASSERT_EQ(preparers.size(), 2u);  // leftovers, then old runtimes
     const auto targets = preparers[0]->scan();
     ASSERT_EQ(targets.size(), 2u);
     EXPECT_EQ(targets[0].id, "leftover:org.example.Gone");
@@ -91,6 +95,13 @@ TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKind) {
         {"installation file unreadable",
          [](const fs::path& root, const fs::path&) { fs::create_directory(root / "etc/flatpak/installations.d/x.conf"); },
          {"leftover:snap:gone-snap"}},
+        // A declared installation on a disk not mounted: its folder missing, or an empty mount point.
+        {"declared installation missing",
+         [](const fs::path& root, const fs::path&) { fs::remove_all(root.parent_path() / "extra"); },
+         {"leftover:snap:gone-snap"}},
+        {"declared installation empty",
+         [](const fs::path& root, const fs::path&) { fs::remove_all(root.parent_path() / "extra/repo"); },
+         {"leftover:snap:gone-snap"}},
         {"snap packages folder is a file",
          [](const fs::path& root, const fs::path&) {
              fs::remove_all(root / "var/lib/snapd/snaps");
@@ -109,7 +120,10 @@ TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKind) {
         SCOPED_TRACE(name);
         const FakeSystem fake;
         change(fake.system, fake.home);
-        EXPECT_EQ(fake.offered(), expected);
+        const auto notes = std::make_shared<ScanNotes>();
+        EXPECT_EQ(fake.offered(notes), expected);
+        // Unknown Flatpak installations are said, unknown snaps are not.
+        EXPECT_EQ(notes->take().size(), expected.contains("leftover:org.example.Gone") ? 0u : 1u);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <thread>
 
+#include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/ScanPlanJSON.h"
@@ -57,10 +58,16 @@ TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
     testing::writeFile(home / "x/y/file", 10000);
     testing::writeFile(home / "z/file", 5000);
     testing::makeDirectory(home / "empty");
+    std::filesystem::create_hard_link(home / "x/y/file", testing::writeFile(home / "w/own", 3000).parent_path() / "also");
     auto partial = pathTarget("b", {home / "x/y", home / "z"}, 99999);
     partial.notes = "kept note";
-    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"})});
-    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
+    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"}),
+                                        pathTarget("d", {home / "x/y", home / "w"})});
+    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b", "d"}));
+    // Left with a second name of a file that goes with another target: that frees nothing.
+    const std::int64_t shared = testing::allocatedBytes(home / "w/also");
+    EXPECT_EQ(std::pair(result[2].sizeBytes, result[2].notes),
+              std::pair(testing::allocatedBytesBelow(home / "w") - shared, L10n::t("cleaner.note.sharedSize", {Format::bytes(shared)})));
     EXPECT_EQ(result[0].sizeBytes, 1);  // the winner as its cleaner measured it
     EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{home / "z"});
     EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(home / "z"));
@@ -116,7 +123,7 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
     ASSERT_TRUE(result);
     std::vector<std::string> expected;
     for (int i = 0; i < 40; ++i) expected.push_back("t" + std::to_string(i));
-    EXPECT_EQ(idsOf(*result), expected);
+    EXPECT_EQ(idsOf(result->targets), expected);
     ASSERT_EQ(reports.size(), 41u);
     EXPECT_EQ(reports.back().cleanersFinished, 41u);
     EXPECT_EQ(reports.back().cleanersTotal, 41u);
@@ -157,8 +164,9 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
                                       withNote(pathTarget("linked", {home / "link"}, 0), "partial"),
                                       pathTarget("below-link", {home / "other-link/file"})})};
 
-    const auto result = Scanner(cleaners).scan();
-    ASSERT_TRUE(result);
+    const auto scanned = Scanner(cleaners).scan();
+    ASSERT_TRUE(scanned);
+    const auto* result = &scanned->targets;
     ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
     EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
     EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));
@@ -207,10 +215,10 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b", "c"}));
 }
 
-TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
+TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
-    ScanPlanJSON plan({slashed});
+    ScanPlanJSON plan({slashed, targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::xcodeCore)});
     plan.notes = {"X points to /srv/x"};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
@@ -229,10 +237,25 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
       "level" : "safe",
       "name" : "Derived\/Data",
       "notes" : "",
+      "paths" : [
+        "\/p"
+      ],
       "preselected" : true,
       "regenCost" : "rebuild",
       "reversibility" : "regenerable",
       "sizeBytes" : 4096
+    },
+    {
+      "command" : "brew cleanup -s",
+      "family" : "xcodeCore",
+      "id" : "brew",
+      "level" : "safe",
+      "name" : "brew",
+      "notes" : "",
+      "preselected" : false,
+      "regenCost" : "rebuild",
+      "reversibility" : "regenerable",
+      "sizeBytes" : 0
     }
   ],
   "totalBytes" : 4096
@@ -256,7 +279,7 @@ TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
         const auto& expected = plan.targets[index];
         const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
                                         json.at("level"), json.at("reversibility"), json.at("regenCost"),
-                                        json.at("preselected"), json.at("notes")};
+                                        json.at("preselected"), json.at("notes"), json.at("paths"), std::nullopt};
         EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
                            read.regenCost, read.preselected, read.notes),
                   std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,

@@ -82,7 +82,7 @@ class Scenario:
             if check.stdout.strip() != "65534":
                 raise Failure("cannot drop to uid 65534: " + check.stdout.strip())
             prefix = SETPRIV
-        self.before, self.unprivileged, self.expected_exit = listing(self.root), unprivileged, None
+        self.before, self.unprivileged, self.expected_exit, self.previous = listing(self.root), unprivileged, None, self.result
         self.result = subprocess.run(prefix + [self.kelvo] + words, env=self.env, stdin=subprocess.DEVNULL,
                                      stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
@@ -185,6 +185,9 @@ class Scenario:
             found = [l for l in lines if re.search(body[2:], l)] if body[:2] in ("~ ", "! ") else [l for l in lines if l == body]
             if bool(found) == body.startswith("! "):
                 raise Failure(f"{verb} {'has' if found else 'lacks'} {body!r}:\n{text}")
+        elif verb == "same":
+            if self.result.stdout != self.previous.stdout:
+                raise Failure(f"standard output differs from the run before:\n{self.previous.stdout}\n---\n{self.result.stdout}")
         elif verb == "json":
             self.json(words)
         elif verb == "offers":

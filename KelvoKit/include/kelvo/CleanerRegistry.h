@@ -3,7 +3,8 @@
 // can be regenerated, as an ordered list of detectors for the environment's profile. The
 // macOS profile has 103 entries (102 when no Flutter SDK cache is known); the Linux one
 // finds the tools' data where they keep it on Linux, following the XDG folders and each
-// tool's own location variable. Building the list touches no file and runs no tool.
+// tool's own location variable, and offers a place only when it carries its tool's marks.
+// Building the list touches no file and runs no tool.
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -15,8 +16,9 @@ namespace kelvo::CleanerRegistry {
 
 struct BuiltCatalog {
     CleanerList cleaners;
-    // Localised, one per location variable that put places outside the allowed roots:
-    // those places are not offered, and the note says which entries they cost.
+    // Localised, one per location variable whose places are not offered, saying why (outside
+    // the allowed roots; naming the home, a project root or a folder holding one; a place
+    // its entries cannot tell from the user's) and which entries it cost.
     std::vector<std::string> notes;
 };
 

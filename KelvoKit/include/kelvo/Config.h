@@ -1,11 +1,13 @@
 #pragma once
 // What the user chooses and what is kept between runs, in ~/.config/kelvo/config.json.
-// Loading never fails: a missing, unreadable or malformed file gives the defaults whole.
+// Loading never fails: a missing, unreadable or malformed file gives the defaults whole,
+// and a file that is there but cannot be used says why (ConfigProblem).
 // Only a regular file of at most 1 MiB is read (a FIFO or a device in its place counts as
 // unreadable). "keepRecentDays" is a whole number however it is written (7, 7.0, 1e1);
 // 7.5 or "7" are of the wrong type.
 // Saving writes the keys sorted, two-space indented, " : " between key and value, every
-// "/" escaped, and leaves "enabledFamilies" out when it is absent.
+// "/" escaped, and leaves "enabledFamilies" out when it is absent and "checkMinimumVersion"
+// out when it is true (the optional keys: when present, of the wrong type the file is malformed).
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -13,6 +15,8 @@
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include "kelvo/ConfigProblem.h"
 
 namespace kelvo {
 
@@ -22,20 +26,32 @@ struct Config {
     std::string defaultLevel = "moderate";                 // a Level raw value
     std::int64_t keepRecentDays = 3;
     std::optional<std::vector<std::string>> enabledFamilies;  // absent: every family
+    // Whether the application asks for the lowest version allowed to run when it starts.
+    bool checkMinimumVersion = true;
 
     static constexpr std::size_t maximumFileBytes = 1 << 20;
 
     static const Config& defaults();
     static std::filesystem::path filePath(const std::filesystem::path& home);
     static bool exists(const std::filesystem::path& home);
-    static Config load(const std::filesystem::path& home);
+    // A missing file gives the defaults and no problem.
+    struct Loaded;
+    static Loaded load(const std::filesystem::path& home);
     // Creates ~/.config/kelvo as needed and overwrites the file in place.
     std::error_code save(const std::filesystem::path& home) const;
 
     std::string encoded() const;
-    static std::optional<Config> decode(const std::string& text);
+    // The text of a file; a problem's file is left empty (the caller knows it).
+    static Loaded decode(const std::string& text);
 
     friend bool operator==(const Config&, const Config&) = default;
+};
+
+// What loading gives: the configuration in use, which callers that need only the values
+// take as a plain Config, and, when a file is there but cannot be used, why (the
+// configuration is then the defaults). Equality compares the configuration alone.
+struct Config::Loaded : Config {
+    std::optional<ConfigProblem> problem;
 };
 
 }  // namespace kelvo

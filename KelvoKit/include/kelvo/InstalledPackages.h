@@ -11,15 +11,20 @@
 
 namespace kelvo::InstalledPackages {
 
-// The Flatpak installations: the user's and the system's folders, then the Path= of every
-// "*.conf" in configFolder/installations.d, in that order. Nothing when that folder or
-// one of its files exists but cannot be read.
-std::optional<std::vector<std::filesystem::path>> flatpakInstallations(const std::filesystem::path& user,
-                                                                      const std::filesystem::path& system,
-                                                                      const std::filesystem::path& configFolder);
-// The application ids: the folder names under each installation's "app" folder. A missing
-// installation has none; one whose app folder cannot be listed makes the answer nothing.
-std::optional<std::set<std::string>> flatpakAppIDs(const std::vector<std::filesystem::path>& installations);
+// Installed names, or the folder or file that made them unknown.
+struct Listing {
+    std::optional<std::set<std::string>> names;  // nothing: unknown
+    std::filesystem::path unreadable;            // with no names: what could not be read
+};
+
+// The installed Flatpak application ids: the folder names under "app" in the user's and
+// the system's installations and in each installation that a "*.conf" of
+// configFolder/installations.d declares (its Path=). A default installation that is
+// missing has nothing installed. A declared one is a disk that may not be mounted: unless
+// it is there and holds its "repo", what it holds is unknown, and so are the ids; so
+// are they when the declarations or an "app" folder cannot be read.
+Listing flatpakAppIDs(const std::filesystem::path& user, const std::filesystem::path& system,
+                      const std::filesystem::path& configFolder);
 // The installed snaps: the folders of the mount folders (/snap/<name>) and the names of
 // the packages in snapd's folder (<name>_<revision>.snap). Same rule for unreadable folders.
 std::optional<std::set<std::string>> snapNames(const std::vector<std::filesystem::path>& mountFolders,

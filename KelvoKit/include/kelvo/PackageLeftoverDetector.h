@@ -5,7 +5,8 @@
 // (a link is not one) of an application not installed is a leftover, offered as one
 // target "leftover:<prefix><name>", moderate and user data (documents and saves may be in
 // it), so it is never preselected. A source whose installed list is unknown offers
-// nothing, protected applications are never offered, nor is a folder occupying nothing.
+// nothing (and says why, when it has data to offer), protected applications are never
+// offered, nor is a folder occupying nothing.
 // Targets come source by source, in ascending name order.
 #include <filesystem>
 #include <functional>
@@ -25,6 +26,7 @@ public:
         std::string idPrefix;                            // put before the name in the target id
         std::optional<std::set<std::string>> installed;  // nothing: unknown
         std::function<bool(const std::string& name)> isProtected;
+        std::string unknownNote{};  // localised; said when installed is unknown
     };
 
     explicit PackageLeftoverDetector(std::vector<Source> sources);

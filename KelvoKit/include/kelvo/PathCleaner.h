@@ -6,6 +6,8 @@
 // path that is itself a link to something that exists stays in the target unmeasured, and
 // such a target is offered even at 0 bytes: the scanner marks it as one the executor will
 // refuse, so the user sees why it is not cleaned.
+// A path holding a git work tree at its top, or lacking the tool's marks (PlaceMarks), is
+// left out too: a folder of the user's is never offered for its name alone.
 // Unreadable parts make the size a lower bound and the target carries the partial-size
 // note. A scan whose stop was requested yields nothing, since its sizes are incomplete.
 #include <filesystem>
@@ -13,13 +15,15 @@
 #include <vector>
 
 #include "kelvo/CatalogCleaner.h"
+#include "kelvo/PlaceMarks.h"
 
 namespace kelvo {
 
 class PathCleaner final : public CatalogCleaner {
 public:
     PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
-                std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost);
+                std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost,
+                PlaceMarks::Marks marks = {}, std::vector<std::string> guardedProcesses = {});
 
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
@@ -27,10 +31,13 @@ public:
     const std::filesystem::path& home() const { return home_; }
     // Relative to home, in the order the target lists them.
     const std::vector<std::string>& relativePaths() const { return relativePaths_; }
+    // What every path must hold to be offered; none: any path.
+    const PlaceMarks::Marks& marks() const { return marks_; }
 
 private:
     std::filesystem::path home_;
     std::vector<std::string> relativePaths_;
+    PlaceMarks::Marks marks_;
 };
 
 }  // namespace kelvo

@@ -2,9 +2,12 @@
 // The machine-readable rendering of a scan plan: totals by family and level, and every
 // target with its risk axes and whether it is chosen. Written in the library's one JSON
 // layout (keys sorted, " : ", two-space indentation, "/" escaped), so two encodings of one
-// plan are byte-identical. A target's paths or command are not part of the document.
+// plan are byte-identical. Each target also says what a clean would do to it: "paths",
+// the absolute paths it removes (a path target), or "command", the command line it runs
+// (a command target); never both.
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,13 +28,15 @@ struct ScanPlanJSON {
         std::string regenCost;
         bool preselected = false;
         std::string notes;
+        std::optional<std::vector<std::string>> paths;  // path targets
+        std::optional<std::string> command;             // command targets
     };
 
     std::int64_t totalBytes = 0;
     std::map<std::string, std::int64_t> byFamily;
     std::map<std::string, std::int64_t> byLevel;
     std::vector<Target> targets;
-    // Remarks on the scan as a whole (places the catalog left out, and why); the document
+    // Remarks on the scan as a whole (places the catalog or the scan left out, and why); the document
     // has a "notes" array only when there is one.
     std::vector<std::string> notes;
 

@@ -4,13 +4,15 @@
 // as a target of its own, "<id>/<entry>" named "<name>: <entry>", so old versions can be
 // removed one by one. A subfolder qualifies when it is visible (no leading dot), is a
 // directory itself (a link to one is not), starts with one of the prefixes (any name when
-// there are none) and measures at least one byte. A missing or unreadable parent yields
-// no target.
+// there are none), carries the marks (PlaceMarks; none: any) and measures at least one
+// byte. A missing or unreadable parent yields no target, and so does a parent or subfolder
+// holding a git work tree at its top: a clone is never a version to remove.
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "kelvo/CatalogCleaner.h"
+#include "kelvo/PlaceMarks.h"
 
 namespace kelvo {
 
@@ -18,7 +20,7 @@ class VersionedDirCleaner final : public CatalogCleaner {
 public:
     VersionedDirCleaner(std::string id, std::string name, Family family, std::filesystem::path parent,
                         std::vector<std::string> prefixes, Level level, Reversibility reversibility,
-                        RegenCost regenCost);
+                        RegenCost regenCost, PlaceMarks::Marks marks = {});
 
     // Targets in the order the parent lists its entries (not sorted).
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
@@ -26,12 +28,14 @@ public:
 
     const std::filesystem::path& parent() const { return parent_; }
     const std::vector<std::string>& prefixes() const { return prefixes_; }
+    const PlaceMarks::Marks& marks() const { return marks_; }
 
 private:
     bool admits(const std::string& entryName) const;
 
     std::filesystem::path parent_;
     std::vector<std::string> prefixes_;
+    PlaceMarks::Marks marks_;
 };
 
 }  // namespace kelvo
