@@ -162,6 +162,16 @@ std::optional<DirectoryHandle> DirectoryHandle::openChild(std::string_view name,
     return DirectoryHandle(fd);
 }
 
+std::optional<DirectoryHandle> DirectoryHandle::openParent(std::error_code& error) const {
+    const int fd = ::openat(fd_, "..", directoryFlags);
+    if (fd < 0) {
+        error = lastError();
+        return std::nullopt;
+    }
+    error.clear();
+    return DirectoryHandle(fd);
+}
+
 DirectoryHandle::DirectoryHandle(DirectoryHandle&& other) noexcept : fd_(other.fd_), listed_(other.listed_) {
     other.fd_ = -1;
 }
@@ -288,6 +298,24 @@ std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor vi
     return error;
 }
 #endif
+
+std::optional<std::chrono::system_clock::time_point> DirectoryHandle::newestChildModificationTime() const {
+    std::optional<std::chrono::system_clock::time_point> newest;
+    forEachName([&](std::string_view name, EntryType) {
+        const auto modified = childModificationTime(name);
+        if (modified && (!newest || *modified > *newest)) newest = modified;
+        return true;
+    });
+    return newest;
+}
+
+std::optional<EntryType> DirectoryHandle::childType(std::string_view name) const {
+    char childName[NAME_MAX + 1];
+    if (copyName(name, childName)) return std::nullopt;
+    struct stat status {};
+    if (::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    return entryTypeFromMode(status.st_mode);
+}
 
 std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModificationTime(
     std::string_view name) const {
