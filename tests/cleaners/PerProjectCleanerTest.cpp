@@ -419,12 +419,8 @@ std::pair<std::set<fs::path>, std::string> offeredAndNotes(const PerProjectClean
 }
 
 TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered) {
-    struct Case {
-        std::string name;
-        std::string script;  // run in the case's folder; the project root is its "work"
-        std::string candidate;
-        bool offered;
-    };
+    // The script runs in the case's folder; the project root is its "work".
+    struct Case { std::string name, script, candidate; bool offered; };
     const std::vector<Case> cases{
         {"tracked", "cd work && git init -q && f app/build/ci/run.sh && f app/main.go && git add app", "app/build", false},
         {"ignored", "cd work && git init -q && f app/build/o && echo build/ > app/.gitignore && git add app", "app/build", true},
@@ -455,11 +451,7 @@ TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered)
 }
 
 TEST(PerProjectCleaner, EnvironmentsNeedTheirConfigurationAndALockToBePreselected) {
-    struct Case {
-        std::string name;
-        std::vector<std::string> files;  // the environment is "env/" for .venv, "venv/" for venv
-        std::string targetId;            // empty: not offered
-    };
+    struct Case { std::string name; std::vector<std::string> files; std::string targetId; /* "": not offered */ };
     const std::vector<Case> cases{
         {"uv", {"pyproject.toml", "uv.lock", ".venv/pyvenv.cfg"}, "per-project-.venv"},
         {"pip", {"setup.py", "requirements-dev.txt", "venv/pyvenv.cfg"}, "per-project-venv"},
@@ -487,11 +479,8 @@ TEST(PerProjectCleaner, EnvironmentsNeedTheirConfigurationAndALockToBePreselecte
 }
 
 TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {
-    struct Case {
-        std::string name;
-        std::string freshEntry;  // made a day before now; everything else a month
-        bool offered;
-    };
+    // The fresh entry is made a day before now; everything else a month.
+    struct Case { std::string name, freshEntry; bool offered; };
     const std::vector<Case> cases{
         {"fresh-source", "main.ts", false},
         {"fresh-manifest", "package.json", false},
@@ -502,10 +491,8 @@ TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {
     const auto now = Clock::now();
     for (const auto& test : cases) {
         const fs::path project = temp / test.name;
-        writeFile(project / "node_modules/p/index.js", 4096);
-        writeFile(project / "main.ts", 100);
-        writeFile(project / "package.json", 100);
-        writeFile(project / ".next/cache/x", 100);
+        for (const char* file : {"node_modules/p/index.js", "main.ts", "package.json", ".next/cache/x"})
+            writeFile(project / file, 4096);
         for (const auto& entry : fs::recursive_directory_iterator(project)) setModificationTime(entry.path(), now - 30 * day);
         if (!test.freshEntry.empty()) setModificationTime(project / test.freshEntry, now - day);
     }
