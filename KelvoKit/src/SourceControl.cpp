@@ -6,8 +6,9 @@
 
 namespace kelvo {
 
-SourceControl::Index::Index(std::vector<std::string> trackedPaths) : tracked_(std::move(trackedPaths)) {
-    std::sort(tracked_.begin(), tracked_.end());
+SourceControl::Index::Index(std::vector<std::string> trackedFolders) : folders_(std::move(trackedFolders)) {
+    std::sort(folders_.begin(), folders_.end());
+    folders_.erase(std::unique(folders_.begin(), folders_.end()), folders_.end());
 }
 
 SourceControl::Index SourceControl::Index::unreadable(std::string reason) {
@@ -16,15 +17,8 @@ SourceControl::Index SourceControl::Index::unreadable(std::string reason) {
     return index;
 }
 
-// Byte order keeps every path below a folder together, where "folder/" would sort. An
-// entry at the folder itself is a submodule: it holds tracked files too.
 bool SourceControl::Index::holdsTrackedFiles(std::string_view folder) const {
-    if (folder.empty()) return !tracked_.empty();
-    std::string prefix(folder);
-    if (std::binary_search(tracked_.begin(), tracked_.end(), prefix)) return true;
-    prefix.push_back('/');
-    const auto found = std::lower_bound(tracked_.begin(), tracked_.end(), prefix);
-    return found != tracked_.end() && found->starts_with(prefix);
+    return std::binary_search(folders_.begin(), folders_.end(), folder);
 }
 
 std::optional<SourceControl::Place> LiveSourceControl::workTreeHolding(const std::filesystem::path& folder) const {
@@ -36,7 +30,7 @@ std::optional<SourceControl::Place> LiveSourceControl::workTreeHolding(const std
 SourceControl::Index LiveSourceControl::read(const std::filesystem::path& workTree) const {
     auto listing = platform::readGitIndex(workTree);
     if (!listing.error.empty()) return Index::unreadable(std::move(listing.error));
-    return Index(std::move(listing.paths));
+    return Index(std::move(listing.folders));
 }
 
 std::shared_ptr<const SourceControl> liveSourceControl() {

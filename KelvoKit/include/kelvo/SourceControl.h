@@ -25,23 +25,23 @@ public:
         std::string relative;
     };
 
-    // One repository's index: the paths it tracks, or why it could not be read.
+    // One repository's index: the folders that hold tracked files, or why it could not be read.
     class Index {
     public:
-        // Paths below the work tree, "/"-separated, in any order.
-        explicit Index(std::vector<std::string> trackedPaths);
+        // Every folder holding a tracked file or a submodule at any depth, "/"-separated
+        // below the work tree ("" for the top itself), in any order.
+        explicit Index(std::vector<std::string> trackedFolders);
         static Index unreadable(std::string reason);
 
         bool readable() const { return !unreadableBecause_; }
         // Why the index could not be read; empty when it was.
         std::string reason() const { return unreadableBecause_.value_or(std::string()); }
-        // Whether a tracked path lies at or below `folder` (relative like the paths; the
-        // work tree itself, "", holds them all). An unreadable index answers false: ask
-        // readable() first.
+        // Whether `folder` (relative like the folders) holds a tracked file. An unreadable
+        // index answers false: ask readable() first.
         bool holdsTrackedFiles(std::string_view folder) const;
 
     private:
-        std::vector<std::string> tracked_;  // sorted byte by byte
+        std::vector<std::string> folders_;  // sorted, each once
         std::optional<std::string> unreadableBecause_;
     };
 

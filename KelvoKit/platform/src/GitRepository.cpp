@@ -4,11 +4,13 @@
 #include <git2.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <string_view>
 
 namespace kelvo::platform {
 namespace {
@@ -86,9 +88,21 @@ GitIndexListing readGitIndex(const std::filesystem::path& workTree) {
     }
     const std::unique_ptr<git_index, IndexFree> index(loaded);
     const std::size_t count = git_index_entrycount(index.get());
-    listing.paths.reserve(count);
-    for (std::size_t at = 0; at < count; ++at)
-        if (const git_index_entry* entry = git_index_get_byindex(index.get(), at)) listing.paths.emplace_back(entry->path);
+    if (count > 0) listing.folders.emplace_back();
+    // Entries come sorted by path, so an entry shares the folders of the one before it up to
+    // where their paths part; only the folders past that point are new.
+    std::string_view previous;
+    for (std::size_t at = 0; at < count; ++at) {
+        const git_index_entry* entry = git_index_get_byindex(index.get(), at);
+        if (!entry || !entry->path) continue;
+        const std::string_view path = entry->path;
+        const std::size_t common =
+            std::mismatch(path.begin(), path.end(), previous.begin(), previous.end()).first - path.begin();
+        for (auto slash = path.find('/'); slash != std::string_view::npos; slash = path.find('/', slash + 1))
+            if (slash >= common) listing.folders.emplace_back(path.substr(0, slash));
+        if ((entry->mode & 0170000) == 0160000) listing.folders.emplace_back(path);  // a submodule
+        previous = path;
+    }
     return listing;
 }
 

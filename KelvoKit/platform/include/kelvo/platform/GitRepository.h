@@ -25,14 +25,17 @@ struct GitPlace {
 std::optional<GitPlace> findGitWorkTree(const std::filesystem::path& folder);
 
 struct GitIndexListing {
-    std::vector<std::string> paths;  // every entry's path below the work tree, "/"-separated
-    std::string error;               // why the index could not be read; empty when it was
+    // Every folder that holds a file or a submodule of the index at any depth, "/"-separated
+    // below the work tree: "" for the top when the index lists anything, and a submodule's
+    // own folder. Folders, not files, so a large repository costs little memory.
+    std::vector<std::string> folders;
+    std::string error;  // why the index could not be read; empty when it was
 };
 
 // Opens the repository whose work tree's top is `workTree` (the folder holding ".git", no
-// search upward) and lists its index: files and submodules, every merge stage. An error
-// when the repository or its index cannot be read, is corrupt or of a format libgit2 does
-// not support, or keeps its work tree elsewhere. A repository without an index lists nothing.
+// search upward) and reads its index, every merge stage. An error when the repository or
+// its index cannot be read, is corrupt or of a format libgit2 does not support, or keeps
+// its work tree elsewhere. A repository without an index holds nothing.
 GitIndexListing readGitIndex(const std::filesystem::path& workTree);
 
 }  // namespace kelvo::platform
