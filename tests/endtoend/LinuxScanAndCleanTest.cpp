@@ -33,7 +33,8 @@ protected:
                                  ".var/app/org.example.System/config/app.ini", ".var/app/org.example.Gone/data/save.dat",
                                  "workspace/crate/Cargo.toml", "workspace/crate/target/debug/app",
                                  "workspace/native/CMakeLists.txt", "workspace/native/cmake-build-debug/CMakeCache.txt",
-                                 "workspace/py/pyproject.toml", "workspace/py/.venv/lib/site.py",
+                                 "workspace/py/pyproject.toml", "workspace/py/uv.lock", "workspace/py/.venv/pyvenv.cfg",
+                                 "workspace/py/.venv/lib/site.py",
                                  "workspace/py/pkg/__pycache__/m.pyc", "workspace/tagged/out/blob",
                                  "workspace/fake/out/blob", "workspace/docs/target/page.html", "Documents/thesis.tex"})
             writeFile(home / file, 6000);

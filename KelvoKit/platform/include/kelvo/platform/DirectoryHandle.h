@@ -26,8 +26,8 @@ public:
                                                std::error_code& error);
     // Opens a subdirectory by name, never through a link.
     std::optional<DirectoryHandle> openChild(std::string_view name, std::error_code& error) const;
-    // Opens the directory that holds this one, through its own "..", which no link can
-    // redirect (it fails for the file system's root only by returning the root again).
+    // Opens the directory that holds this one through its own "..", which no link can
+    // redirect (the root's is the root itself).
     std::optional<DirectoryHandle> openParent(std::error_code& error) const;
     // Opens a directory below this one by a relative path of any length, one component at
     // a time, never through a link: a link anywhere on the way, the last component
