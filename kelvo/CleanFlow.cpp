@@ -57,18 +57,13 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         else if (!request.quiet) fmt::print("{}\n", L10n::t("cli.clean.nothing"));
         return 0;
     }
-<<<<<<< HEAD
-    printChosen(plan, profile, request.dryRun);
-    if (!request.dryRun && !request.yes) {
-=======
     const bool asks = !request.dryRun && !request.yes;
     if (request.json && asks) {
         fmt::print(stderr, "{}\n", L10n::t("cli.clean.jsonNeedsYes"));
         return usageErrorStatus;
     }
-    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile);
+    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun);
     if (asks) {
->>>>>>> packaging
         if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));
             return usageErrorStatus;

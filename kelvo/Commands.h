@@ -10,6 +10,7 @@
 
 #include "CleanFlow.h"
 #include "kelvo/CatalogProfile.h"
+#include "kelvo/ConfigEdit.h"
 #include "kelvo/Environment.h"
 
 namespace kelvo::tool {
@@ -28,11 +29,8 @@ std::vector<std::string> catalogNames();
 struct ScanCommandOptions {
     std::vector<std::string> familyNames;
     bool json = false;
-<<<<<<< HEAD
     bool paths = false;
-=======
     bool quiet = false;
->>>>>>> packaging
 };
 
 struct PrepareCommandOptions {
@@ -64,6 +62,7 @@ struct Options {
     CleanRequest prepareClean;
     SizeCommandOptions size;
     HelpCommandOptions help;
+    ConfigEdit configEdit;
     ToolingOptions tooling;
 };
 
@@ -80,17 +79,15 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
-Command addConfigCommand(CLI::App& app);
-<<<<<<< HEAD
+// `config show`, `config add-root`, `remove-root`, `exclude`, `include` and `set`.
+std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const GlobalOptions& global);
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.
 void warnAboutConfiguration();
-=======
 // `help [COMMAND...]`: the help of the tool or of the command named, as --help prints it.
 Command addHelpCommand(CLI::App& app, HelpCommandOptions& options);
 // `__complete` and `__generate`, hidden from the help; the last ones added, so that the
 // descriptions they render are complete.
 std::vector<Command> addToolingCommands(CLI::App& app, ToolingOptions& options, const GlobalOptions& global);
->>>>>>> packaging
 
 }  // namespace kelvo::tool

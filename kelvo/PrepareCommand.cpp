@@ -6,6 +6,7 @@
 #include "Commands.h"
 #include "PlanOutput.h"
 #include "kelvo/PlanSelection.h"
+#include "kelvo/PrepareRegistry.h"
 #include "kelvo/PrepareService.h"
 #include "kelvo/PrepareSummary.h"
 #include "kelvo/Reporter.h"
@@ -14,13 +15,9 @@
 namespace kelvo::tool {
 namespace {
 
-<<<<<<< HEAD
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service,
+std::vector<CleanTarget> scanWithProgress(const PrepareService& service, bool quiet,
                                           std::shared_ptr<ScanNotes> notes = nullptr) {
-=======
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service, bool quiet = false) {
-    if (quiet) return Reporter::largestFirst(service.scan().value_or(std::vector<CleanTarget>{}));
->>>>>>> packaging
+    if (quiet) return Reporter::largestFirst(service.scan({.notes = std::move(notes)}).value_or(std::vector<CleanTarget>{}));
     ProgressLine progress;
     auto options = progress.options();
     options.notes = std::move(notes);
@@ -31,7 +28,10 @@ std::vector<CleanTarget> scanWithProgress(const PrepareService& service, bool qu
 
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global) {
-    auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
+    // Described for the running system: Linux keeps no record of use and has no simulator runtimes.
+    auto* command = app.add_subcommand("prepare", runningSystemProfile() == CatalogProfile::gnuLinux
+                                                      ? "Show the data left behind by removed Flatpak and Snap applications"
+                                                      : "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
     command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
@@ -48,11 +48,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                plan.notes = notes->take();
                                fmt::print("{}\n", plan.encoded());
                            } else {
-<<<<<<< HEAD
-                               const auto targets = scanWithProgress(service, notes);
-=======
-                               const auto targets = scanWithProgress(service, options.quiet);
->>>>>>> packaging
+                               const auto targets = scanWithProgress(service, options.quiet, notes);
                                printPlan(PlanSelection(targets), global.profile());
                                fmt::print("{}\n", PrepareSummary::line(targets));
                                for (const auto& note : notes->take()) fmt::print("{}\n", note);
@@ -60,7 +56,8 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                            return 0;
                        }};
     const Command remove{clean, [&request, &global] {
-                             const auto families = parseFamilies(request.familyNames);
+                             const auto families =
+                                 parseFamilies(request.familyNames, PrepareRegistry::families(global.profile()));
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;

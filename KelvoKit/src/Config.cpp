@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "JsonLayout.h"
+#include "kelvo/L10n.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
@@ -84,15 +85,11 @@ Config::Loaded Config::decode(const std::string& text) {
         if (!familyList) return defaultsBecause(Kind::wrongType, "enabledFamilies", Expected::textListOrNull);
         config.enabledFamilies = std::move(*familyList);
     }
-<<<<<<< HEAD
-    return {std::move(config), std::nullopt};
-=======
     if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
-        if (!check->is_boolean()) return std::nullopt;
+        if (!check->is_boolean()) return defaultsBecause(Kind::wrongType, "checkMinimumVersion", Expected::trueOrFalse);
         config.checkMinimumVersion = check->get<bool>();
     }
-    return config;
->>>>>>> packaging
+    return {std::move(config), std::nullopt};
 }
 
 Config::Loaded Config::load(const std::filesystem::path& home) {
@@ -123,7 +120,13 @@ std::string Config::encoded() const {
 std::error_code Config::save(const std::filesystem::path& home) const {
     const auto path = filePath(home);
     if (auto error = platform::createDirectories(path.parent_path())) return error;
-    return platform::writeFile(path, encoded());
+    return platform::writeFileAtomically(path, encoded());
+}
+
+std::string Config::saveFailureText(const std::filesystem::path& home, std::error_code error) {
+    const std::string reason =
+        error == platform::notRegularFileError() ? L10n::t("config.save.notRegularFile") : error.message();
+    return L10n::t("config.save.failed", filePath(home).string(), reason);
 }
 
 }  // namespace kelvo

@@ -2,6 +2,9 @@
 // counts: one target, nothing freed.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
+
+#include <fstream>
 
 #include "kelvo/Config.h"
 #include "kelvo/Format.h"
@@ -99,6 +102,74 @@ TEST_F(CommandLine, AConfigurationThatCannotBeUsedIsNamedWithItsKeyOnEveryComman
         const Config shown = reason.empty() ? Config{{}, {}, "safe", 7, std::nullopt} : Config::defaults();
         const std::string why = reason.empty() ? "" : " (cannot be used: " + reason + "; these are the defaults)";
         EXPECT_EQ(show.standardOutput, "Configuration file: " + file.string() + why + "\n" + shown.encoded() + "\n");
+    }
+}
+
+TEST_F(CommandLine, ConfigCommandsChangeOneValueOrRefuseItAndWriteNothing) {
+    const auto home = root / "home";
+    using Change = void (*)(Config&);
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        Change change;      // what the file holds after, from the row before; none: unchanged
+        std::string said;   // a part of the refusal
+    } rows[] = {
+        {{"add-root", " ~/code\t"}, 0, [](Config& c) { c.projectRoots.push_back("~/code"); }, ""},
+        {{"add-root", "~/code"}, 0, nullptr, ""},
+        {{"remove-root", "~/workspace"}, 0, [](Config& c) { c.projectRoots = {"~/code"}; }, ""},
+        {{"remove-root", "~/elsewhere"}, 2, nullptr, "projectRoots does not hold \"~/elsewhere\""},
+        {{"exclude", "~bob/keep"}, 2, nullptr, "extraExclusions: \"~bob/keep\" is not a path"},
+        {{"exclude", "/srv/keep"}, 0, [](Config& c) { c.extraExclusions = {"/srv/keep"}; }, ""},
+        {{"include", "/srv/keep"}, 0, [](Config& c) { c.extraExclusions.clear(); }, ""},
+        {{"set", "keepRecentDays", "14"}, 0, [](Config& c) { c.keepRecentDays = 14; }, ""},
+        {{"set", "keepRecentDays", "61"}, 2, nullptr, "keepRecentDays cannot be \"61\": it accepts a whole number of days from 0 to 60"},
+        {{"set", "keepRecentDays", "7.5"}, 2, nullptr, "keepRecentDays cannot be \"7.5\""},
+        {{"set", "defaultLevel", "aggressive"}, 0, [](Config& c) { c.defaultLevel = "aggressive"; }, ""},
+        {{"set", "defaultLevel", "wild"}, 2, nullptr, "it accepts one of safe, moderate, aggressive"},
+        {{"set", "enabledFamilies", "py,docker"}, 0, [](Config& c) { c.enabledFamilies = {{"docker", "python"}}; }, ""},
+        {{"set", "enabledFamilies", "docker xcode"}, 2, nullptr, "enabledFamilies cannot be \"docker xcode\""},
+        {{"set", "enabledFamilies", "all"}, 0, [](Config& c) { c.enabledFamilies.reset(); }, ""},
+        {{"set", "checkMinimumVersion", "false"}, 0, [](Config& c) { c.checkMinimumVersion = false; }, ""},
+        {{"set", "checkMinimumVersion", "no"}, 2, nullptr, "it accepts true or false"},
+        {{"set", "colour", "red"}, 2, nullptr, "Unknown key colour"},
+    };
+    const auto readText = [](const std::filesystem::path& path) {
+        std::ifstream file(path);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    Config expected;
+    for (const auto& row : rows) {
+        auto arguments = row.arguments;
+        arguments.insert(arguments.begin(), {"--catalog", "linux", "config"});
+        const auto before = readText(Config::filePath(home));
+        const auto result = testing::runTool(arguments, environment);
+        EXPECT_EQ(result.exitStatus, row.status) << arguments[4] << ' ' << result.standardError;
+        EXPECT_NE(result.standardError.find(row.said), std::string::npos) << result.standardError;
+        if (row.change) row.change(expected);
+        else if (Config::exists(home)) EXPECT_EQ(readText(Config::filePath(home)), before) << arguments[4];
+        EXPECT_EQ(Config::load(home), expected) << arguments[4];
+    }
+    // A family of the other system's catalog is not offered, neither here nor to scan.
+    const auto scan = testing::runTool({"--catalog", "linux", "scan", "--family", "xcode"}, environment);
+    EXPECT_EQ(scan.exitStatus, 2);
+    for (const char* other : {"xcode", "simulators"})
+        EXPECT_EQ(scan.standardError.find(std::string(", ") + other + ","), std::string::npos) << scan.standardError;
+
+    // A file kept elsewhere stays linked; a FIFO or a folder in its place is left alone.
+    const auto kept = testing::writeText(root / "dotfiles/config.json", Config().encoded());
+    std::filesystem::remove(Config::filePath(home));
+    std::filesystem::create_symlink(kept, Config::filePath(home));
+    EXPECT_EQ(testing::runTool({"config", "set", "keepRecentDays", "9"}, environment).exitStatus, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(Config::filePath(home)));
+    EXPECT_NE(readText(kept).find("\"keepRecentDays\" : 9"), std::string::npos);
+    for (const bool fifo : {true, false}) {
+        std::filesystem::remove(Config::filePath(home));
+        if (fifo) ASSERT_EQ(::mkfifo(Config::filePath(home).c_str(), 0600), 0);
+        else std::filesystem::create_directory(Config::filePath(home));
+        const auto result = testing::runTool({"config", "add-root", "~/x"}, environment);
+        EXPECT_EQ(result.exitStatus, 1) << fifo;
+        EXPECT_NE(result.standardError.find("is left as it is"), std::string::npos) << result.standardError;
+        EXPECT_EQ(std::filesystem::is_fifo(Config::filePath(home)), fifo);
     }
 }
 

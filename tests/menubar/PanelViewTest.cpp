@@ -126,7 +126,7 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     // Cancel first: nothing happens; then confirm.
     click(footer.actionButton());
     EXPECT_FALSE(footer.actionButton()->isVisible());
-    EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 items (" + bytes + ")? This cannot be undone.");
+    EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 target (" + bytes + ")? This cannot be undone.");
     click(footer.confirmBox()->cancelButton());
     EXPECT_FALSE(panel->confirming());
     EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache"));
@@ -175,6 +175,21 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(opened, std::vector<QUrl>{UpdateRequiredView::downloadPage()});
     click(panel->updateRequiredView()->quitButton());
     EXPECT_EQ(quits, 1);
+}
+
+TEST_F(PanelViewTest, AScanThatFindsNothingSaysSoUnlikeThePromptBeforeAnyScan) {
+    writeConfig();
+    makePanel();
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    const QString prompt = panel->targetList()->emptyText()->text();
+    screenshot(*panel, "panel-empty-prepare");
+    click(panel->scanRow()->scanButton());
+    settle();
+    ASSERT_TRUE(model->targets().empty());
+    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
+    screenshot(*panel, "panel-nothing-found");
+    click(panel->header()->domainButton(AppModel::Domain::clean));
+    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
 }
 
 TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
