@@ -251,7 +251,7 @@ std::vector<CleanTarget> PerProjectCleaner::scan(const ScanContext& context) con
         target.reversibility = spec.reversibility;
         target.regenCost = spec.regenCost;
         target.level = spec.level;
-        target.notes = measured.hadErrors ? CleanTarget::partialSizeNote() : std::string();
+        target.notes = measured.notes();
         targets.push_back(std::move(target));
     }
     return targets;
