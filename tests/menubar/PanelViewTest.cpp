@@ -4,6 +4,8 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QToolButton>
 #include <QToolTip>
 
@@ -158,6 +160,9 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_TRUE(Config::exists(home) && !Config::load(home).enabledFamilies);
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
+    QScrollBar* down = panel->settingsView()->findChild<QScrollArea*>()->verticalScrollBar();
+    down->setValue(down->maximum());
+    screenshot(*panel, "settings-end");
     click(panel->settingsView()->closeButton());
     EXPECT_EQ(panel->currentScreen(), Screen::main);
     screenshot(*panel, "panel-empty");
