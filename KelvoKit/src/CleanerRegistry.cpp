@@ -137,6 +137,16 @@ std::vector<Spec> linuxArtifactSpecs() {
     return specs;
 }
 
+// The programs that write an entry's places while they run: the entry is left alone while
+// one of them runs. Kept with the entry, not the family: bun or deno running does not hold
+// npm's cache.
+struct WhileRunning {
+    std::vector<std::string> programs;
+};
+const WhileRunning npmRuns{{"npm"}};
+const WhileRunning yarnRuns{{"yarn", "yarnpkg"}};
+const WhileRunning pnpmRuns{{"pnpm"}};
+
 // Folders below a project root that tag themselves as caches (Cargo, Meson, pytest, ...).
 Spec cacheTaggedSpec() { return {"CACHEDIR.TAG", safe, regenerable, rebuild, {}}; }
 
@@ -198,17 +208,20 @@ public:
     }
 
     void path(const std::string& id, Family family, std::vector<std::string> relativePaths, Level level,
-              RegenCost cost) {
-        pathFrom(env_.home, id, family, std::move(relativePaths), level, cost);
+              RegenCost cost, WhileRunning guard = {}) {
+        pathFrom(env_.home, id, family, std::move(relativePaths), level, cost, std::move(guard));
     }
     void pathFrom(const std::filesystem::path& base, const std::string& id, Family family,
-                  std::vector<std::string> relativePaths, Level level, RegenCost cost) {
+                  std::vector<std::string> relativePaths, Level level, RegenCost cost, WhileRunning guard = {}) {
         cleaners_.push_back(std::make_shared<PathCleaner>(id, nameOf(id), family, base, std::move(relativePaths),
-                                                          level, regenerable, cost));
+                                                          level, regenerable, cost, PlaceMarks::Marks{},
+                                                          std::move(guard.programs)));
     }
-    void command(const std::string& id, Family family, std::string commandLine, Level level, RegenCost cost) {
+    void command(const std::string& id, Family family, std::string commandLine, Level level, RegenCost cost,
+                 WhileRunning guard = {}) {
         cleaners_.push_back(std::make_shared<CommandCleaner>(id, nameOf(id), family, std::move(commandLine), level,
-                                                             regenerable, cost, 0));
+                                                             regenerable, cost, 0, CommandCleaner::ToolCheck(),
+                                                             std::move(guard.programs)));
     }
     void versioned(const std::string& id, Family family, std::filesystem::path parent,
                    std::vector<std::string> prefixes, Level level, RegenCost cost, Marks marks = {}) {
@@ -231,13 +244,18 @@ public:
     // entry has no marks to tell the tool's data from the user's. An entry left without
     // places is not offered.
     void paths(const std::string& id, Family family, const std::vector<Place>& places, Marks marks, Level level,
-               RegenCost cost, Reversibility reversibility = regenerable) {
+               RegenCost cost, Reversibility reversibility = regenerable, WhileRunning guard = {}) {
         std::vector<std::string> relativePaths;
         for (const auto& place : places)
             if (admits(id, place, marks)) relativePaths.push_back(place.path.relative_path().string());
         if (relativePaths.empty()) return;
         cleaners_.push_back(std::make_shared<PathCleaner>(id, nameOf(id), family, "/", std::move(relativePaths), level,
-                                                          reversibility, cost, std::move(marks)));
+                                                          reversibility, cost, std::move(marks),
+                                                          std::move(guard.programs)));
+    }
+    void paths(const std::string& id, Family family, const std::vector<Place>& places, Marks marks, Level level,
+               RegenCost cost, WhileRunning guard) {
+        paths(id, family, places, std::move(marks), level, cost, regenerable, std::move(guard));
     }
     // Marks of a versioned entry are looked for in each subfolder it would offer.
     void versionedAt(const std::string& id, Family family, const Place& parent, std::vector<std::string> prefixes,
@@ -353,11 +371,11 @@ void addMacosEntries(CatalogBuilder& c, const Environment& env) {
     c.versionedInHome("android-system-images", F::androidGradle, "Library/Android/sdk/system-images", {}, aggressive,
                       redownload);
 
-    c.path("npm-cache", F::jsPackages, {".npm/_cacache"}, safe, redownload);
-    c.path("yarn-cache-lib", F::jsPackages, {"Library/Caches/Yarn"}, safe, redownload);
-    c.path("yarn-cache-xdg", F::jsPackages, {".cache/yarn"}, safe, redownload);
+    c.path("npm-cache", F::jsPackages, {".npm/_cacache"}, safe, redownload, npmRuns);
+    c.path("yarn-cache-lib", F::jsPackages, {"Library/Caches/Yarn"}, safe, redownload, yarnRuns);
+    c.path("yarn-cache-xdg", F::jsPackages, {".cache/yarn"}, safe, redownload, yarnRuns);
     c.command("bun-cache", F::jsPackages, "bun pm cache rm", safe, redownload);
-    c.command("pnpm-store-prune", F::jsPackages, "pnpm store prune", moderate, redownload);
+    c.command("pnpm-store-prune", F::jsPackages, "pnpm store prune", moderate, redownload, pnpmRuns);
 
     c.path("homebrew-cache", F::devMisc, {"Library/Caches/Homebrew"}, safe, redownload);
     c.command("brew-cleanup", F::devMisc, "brew cleanup -s", safe, redownload);
@@ -506,15 +524,15 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
 
     const auto npmCache = at.tool("npm_config_cache", "", at.tool("NPM_CONFIG_CACHE", "", at.home(".npm")));
     c.paths("npm-cache", F::jsPackages, {{npmCache.path / "_cacache", npmCache.variable}}, {"index-v5|content-v2"},
-            safe, redownload);
+            safe, redownload, npmRuns);
     c.paths("yarn-cache-xdg", F::jsPackages, {at.tool("YARN_CACHE_FOLDER", "", at.cache("yarn"))}, {"v6"}, safe,
-            redownload);
+            redownload, yarnRuns);
     c.paths("yarn-berry-cache", F::jsPackages, {at.tool("YARN_GLOBAL_FOLDER", "cache", at.home(".yarn/berry/cache"))},
-            {}, safe, redownload);
+            {}, safe, redownload, yarnRuns);
     c.command("bun-cache", F::jsPackages, "bun pm cache rm", safe, redownload);
     // The store is hard-linked into every project's node_modules: only pnpm may prune it.
-    c.command("pnpm-store-prune", F::jsPackages, "pnpm store prune", moderate, redownload);
-    c.paths("pnpm-metadata-cache", F::jsPackages, {at.cache("pnpm")}, {}, safe, redownload);
+    c.command("pnpm-store-prune", F::jsPackages, "pnpm store prune", moderate, redownload, pnpmRuns);
+    c.paths("pnpm-metadata-cache", F::jsPackages, {at.cache("pnpm")}, {}, safe, redownload, pnpmRuns);
     // location_data holds the scripts' localStorage: every other child is a download.
     c.paths("deno-cache", F::jsPackages,
             at.toolEach("DENO_DIR", {"deps", "gen", "npm", "registries", "remote"},

@@ -5,6 +5,7 @@
 #include "kelvo/InstalledApps.h"
 #include "kelvo/InstalledPackages.h"
 #include "kelvo/L10n.h"
+#include "kelvo/OldRuntimeDetector.h"
 #include "kelvo/OldSimRuntimeDetector.h"
 #include "kelvo/OrphanedLeftoverDetector.h"
 #include "kelvo/PackageLeftoverDetector.h"
@@ -53,7 +54,7 @@ std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const 
 }
 
 std::vector<Family> PrepareRegistry::families(CatalogProfile profile) {
-    if (profile == CatalogProfile::gnuLinux) return {Family::appLeftovers};
+    if (profile == CatalogProfile::gnuLinux) return {Family::appLeftovers, Family::oldRuntimes};
     return {Family::simulators, Family::appLeftovers, Family::unusedApps};
 }
 
@@ -63,7 +64,9 @@ CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThan
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
                                            ProbeDependency probe,
                                            const std::filesystem::path& systemRoot) {
-    if (env.catalog == CatalogProfile::gnuLinux) return {linuxLeftoverDetector(env, systemRoot)};
+    if (env.catalog == CatalogProfile::gnuLinux)
+        return {linuxLeftoverDetector(env, systemRoot),
+                std::make_shared<OldRuntimeDetector>(env, olderThanMonths, now, std::move(probe))};
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
     auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;

@@ -18,6 +18,12 @@ bool pgrepFinds(const std::string& option, const std::string& pattern) {
     return outcome && outcome->exitStatus == 0;
 }
 
+// A program that rewrites its title to its name and arguments ("npm install") is named by
+// the title's first word.
+bool titleBegins(const std::string& title, const std::string& name) {
+    return title.size() > name.size() && title.starts_with(name) && title[name.size()] == ' ';
+}
+
 }  // namespace
 
 bool LiveProcessProbe::isRunning(const std::string& name) const {
@@ -25,7 +31,9 @@ bool LiveProcessProbe::isRunning(const std::string& name) const {
     const auto processes = processTable();
     if (!processes) return pgrepFinds("-x", name);
     for (const auto& process : *processes)
-        if (process.shortName == name || process.programName == name) return true;
+        if (process.shortName == name || process.programName == name || titleBegins(process.shortName, name) ||
+            titleBegins(process.programName, name))
+            return true;
     return false;
 }
 
@@ -35,6 +43,21 @@ bool LiveProcessProbe::isRunningUnder(const std::string& pathFragment) const {
     if (!processes) return pgrepFinds("-f", pathFragment);
     for (const auto& process : *processes)
         if (process.commandLine.find(pathFragment) != std::string::npos) return true;
+    return false;
+}
+
+bool ProcessProbe::isRunningFrom(const std::string& folder) const {
+    return !folder.empty() && isRunningUnder(folder + "/");
+}
+
+bool LiveProcessProbe::isRunningFrom(const std::string& folder) const {
+    if (folder.empty()) return false;
+    const auto processes = processTable();
+    if (!processes) return pgrepFinds("-f", folder + "/");
+    const std::string inside = folder + "/";
+    for (const auto& process : *processes)
+        if (process.executable.starts_with(inside) || process.commandLine.find(inside) != std::string::npos)
+            return true;
     return false;
 }
 

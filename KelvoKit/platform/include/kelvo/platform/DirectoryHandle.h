@@ -12,6 +12,7 @@
 #include <system_error>
 #include <type_traits>
 
+#include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryEntry.h"
 
 namespace kelvo::platform {
@@ -68,7 +69,7 @@ public:
     // can count a file with several names once.
     std::optional<StoredItem> childStoredItem(std::string_view name, std::error_code& error) const;
 
-    int fd() const { return fd_; }
+    int fd() const { return fd_.get(); }
 
 private:
     using NameVisitor = bool (*)(void* target, std::string_view name, EntryType type);
@@ -76,8 +77,8 @@ private:
     // Reading a directory starts at the descriptor's offset: a second listing rewinds first.
     void rewindIfListed() const;
 
-    explicit DirectoryHandle(int fd) : fd_(fd) {}
-    int fd_ = -1;
+    explicit DirectoryHandle(Descriptor fd) : fd_(std::move(fd)) {}
+    Descriptor fd_;
     mutable bool listed_ = false;
 };
 
