@@ -31,7 +31,7 @@ root=$work/root
 while read -r package path; do
   deb=$tool
   [ "$package" = kelvo-menubar ] && deb=$app
-  dpkg-deb -c "$deb" | awk '{print $6}' | grep -qx "\./$path" || fail "$path not in $package"
+  dpkg-deb -c "$deb" | awk '{print $6}' | grep -x "\./$path" >/dev/null || fail "$path not in $package"
   [ -s "$root/$path" ] || fail "$path is empty"
 done <<'FILES'
 kelvo usr/bin/kelvo
@@ -79,7 +79,8 @@ complete_words() {
 while IFS='|' read -r line expected; do
   read -ra words <<<"$line"
   [ "${line: -1}" = " " ] && words+=("")
-  complete_words "${words[@]}" | grep -qx -- "$expected" || fail "completing 'kelvo $line' does not offer $expected"
+  # grep reads every word (no -q): quitting at the first match would break the pipe under pipefail.
+  complete_words "${words[@]}" | grep -x -- "$expected" >/dev/null || fail "completing 'kelvo $line' does not offer $expected"
 done <<'CASES'
  |scan
  |--catalog

@@ -188,7 +188,7 @@ std::optional<StoredItem> DirectoryHandle::childStoredItem(std::string_view name
     char childName[NAME_MAX + 1];
     if ((error = copyName(name, childName))) return std::nullopt;
     struct stat status {};
-    if (::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(fd_.get(), childName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         error = lastError();
         return std::nullopt;
     }
