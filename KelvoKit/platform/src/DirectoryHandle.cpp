@@ -177,18 +177,11 @@ std::optional<std::int64_t> DirectoryHandle::allocatedBytes(std::error_code& err
     return allocatedBytesOrError(::fstat(fd(), &status), status, error);
 }
 
-std::optional<std::int64_t> DirectoryHandle::childAllocatedBytes(std::string_view name, std::error_code& error) const {
-    char childName[NAME_MAX + 1];
-    if ((error = copyName(name, childName))) return std::nullopt;
-    struct stat status {};
-    return allocatedBytesOrError(::fstatat(fd(), childName, &status, AT_SYMLINK_NOFOLLOW), status, error);
-}
-
 std::optional<StoredItem> DirectoryHandle::childStoredItem(std::string_view name, std::error_code& error) const {
     char childName[NAME_MAX + 1];
     if ((error = copyName(name, childName))) return std::nullopt;
     struct stat status {};
-    if (::fstatat(fd_.get(), childName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(fd(), childName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         error = lastError();
         return std::nullopt;
     }

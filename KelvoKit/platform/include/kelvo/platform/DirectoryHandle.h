@@ -60,13 +60,12 @@ public:
                                       return (*static_cast<Target*>(target))(name, type);
                                   });
     }
-    // Allocated bytes (blocks x 512) of the directory itself, or of a child entry itself
-    // (a link is not followed). Nothing when the status cannot be read; the error says why
-    // (ENOENT: the child is gone).
+    // Allocated bytes (blocks x 512) of the directory itself. Nothing when the status cannot
+    // be read; the error says why.
     std::optional<std::int64_t> allocatedBytes(std::error_code& error) const;
-    std::optional<std::int64_t> childAllocatedBytes(std::string_view name, std::error_code& error) const;
-    // The same for a child entry with its count of names and its identity, so that a walk
-    // can count a file with several names once.
+    // The space a child entry itself takes (a link is not followed), with its count of names
+    // and its identity, so that a walk can count a file with several names once. Nothing
+    // when the status cannot be read; the error says why (ENOENT: the child is gone).
     std::optional<StoredItem> childStoredItem(std::string_view name, std::error_code& error) const;
 
     int fd() const { return fd_.get(); }
