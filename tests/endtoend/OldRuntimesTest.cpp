@@ -1,8 +1,10 @@
 // Old runtimes end to end on a fake Linux home whose version managers hold versions that a
 // default, a full, partial or alias pin, a virtual environment, a running program or recent
-// use keeps, beside versions nothing keeps; one tool's pin cannot be understood.
+// use keeps, beside versions nothing keeps; one tool's pin cannot be understood, another's
+// cannot be read. The tool runs as an ordinary user, since root reads every file.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -13,6 +15,7 @@
 #include "support/NamedProcess.h"
 #include "support/TempDir.h"
 #include "support/ToolRunner.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -29,6 +32,19 @@ void age(const std::filesystem::path& root, std::chrono::system_clock::time_poin
     if (std::filesystem::is_directory(std::filesystem::symlink_status(root)))
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
             ::utimensat(AT_FDCWD, entry.path().c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+// The tool run as the unprivileged user; the test fails when the switch cannot be made.
+testing::ToolResult runUnprivileged(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& env) {
+    const auto run = testing::runAsUnprivileged([&] {
+        const auto result = testing::runTool(arguments, env);
+        return std::to_string(result.exitStatus) + '\0' + result.standardOutput + '\0' + result.standardError;
+    });
+    if (!run.output) ADD_FAILURE() << "not run as an ordinary user: " << run.failure;
+    const std::string text = run.output.value_or("-1");
+    const auto first = text.find('\0'), second = text.find('\0', first + 1);
+    if (second == std::string::npos) return {};
+    return {std::stoi(text.substr(0, first)), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
 }
 
 struct Version {
@@ -48,19 +64,30 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
         {"runtime:pyenv/3.9.18", ".pyenv/versions/3.9.18", "bin/python", false},   // a venv's home
         {"runtime:pyenv/3.7.16", ".pyenv/versions/3.7.16", "bin/python", false},   // used last week
         {"runtime:pyenv/3.8.18", ".pyenv/versions/3.8.18", "bin/python", true},    // a file inside rewritten today
+        {"runtime:pyenv/3.12.1", ".pyenv/versions/3.12.1", "bin/python", false},   // PYENV_VERSION
         {"runtime:rustup/stable-x86_64-unknown-linux-gnu", ".rustup/toolchains/stable-x86_64-unknown-linux-gnu",
          "bin/rustc", false},
         {"runtime:rustup/1.70.0-x86_64-unknown-linux-gnu", ".rustup/toolchains/1.70.0-x86_64-unknown-linux-gnu",
          "bin/rustc", false},
         {"runtime:rustup/nightly-x86_64-unknown-linux-gnu", ".rustup/toolchains/nightly-x86_64-unknown-linux-gnu",
          "bin/rustc", true},
+        {"runtime:rustup/beta-x86_64-unknown-linux-gnu", ".rustup/toolchains/beta-x86_64-unknown-linux-gnu",
+         "bin/rustc", false},  // RUSTUP_TOOLCHAIN
         {"runtime:nvm/v20.11.0", ".nvm/versions/node/v20.11.0", "bin/node", false},  // default lts/*
         {"runtime:nvm/v19.9.0", ".nvm/versions/node/v19.9.0", "bin/node", false},    // .nvmrc v19
         {"runtime:nvm/v23.0.0", ".nvm/versions/node/v23.0.0", "bin/node", false},    // running
         {"runtime:nvm/v21.7.0", ".nvm/versions/node/v21.7.0", "bin/node", true},
         {"runtime:fnm/v16.0.0", "data/fnm/node-versions/v16.0.0", "installation/bin/node", true},
         {"runtime:fnm/v22.0.0", "data/fnm/node-versions/v22.0.0", "installation/bin/node", false},  // default alias
-        {"runtime:rbenv/2.7.8", ".rbenv/versions/2.7.8", "bin/ruby", false},  // a pin rbenv cannot read
+        {"runtime:rbenv/2.7.8", ".rbenv/versions/2.7.8", "bin/ruby", false},  // a pin rbenv cannot understand
+        {"runtime:goenv/1.20.0", ".goenv/versions/1.20.0", "bin/go", false},  // a pin no one can read
+        {"runtime:asdf/nodejs/16.0.0", ".asdf/installs/nodejs/16.0.0", "bin/node", true},
+        {"runtime:asdf/nodejs/20.1.0", ".asdf/installs/nodejs/20.1.0", "bin/node", false},  // ~/.tool-versions
+        {"runtime:asdf/python/3.11.4", ".asdf/installs/python/3.11.4", "bin/python", false},  // pinned "3.11"
+        {"runtime:sdkman/java/8.0.392-tem", ".sdkman/candidates/java/8.0.392-tem", "bin/java", true},
+        {"runtime:sdkman/java/17.0.9-tem", ".sdkman/candidates/java/17.0.9-tem", "bin/java", false},  // current
+        {"runtime:sdkman/java/11.0.22-tem", ".sdkman/candidates/java/11.0.22-tem", "bin/java", false},  // .sdkmanrc
+        {"runtime:sdkman/maven/3.8.4", ".sdkman/candidates/maven/3.8.4", "bin/mvn", true},
     };
     for (const auto& version : versions) writeFile(home / version.folder / version.program, 40000);
     writeText(home / ".pyenv/version", "3.11.7\n");
@@ -75,6 +102,13 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
     writeText(home / "code/crate/rust-toolchain.toml", "[toolchain]\nchannel = \"1.70\"\n");
     writeText(home / "code/web/.nvmrc", "v19\n");
     writeText(home / "code/gem/.ruby-version", ">= 2.7\n");
+    writeText(home / "code/go/.go-version", "1.21\n");
+    writeText(home / ".tool-versions", "# global\nnodejs 20.1.0 system\n");
+    writeText(home / "code/api/.tool-versions", "python 3.11 # the service\nnodejs path:/opt/node\n");
+    std::filesystem::create_symlink("17.0.9-tem", home / ".sdkman/candidates/java/current");
+    writeText(home / "code/jvm/.sdkmanrc", "# sdk env\njava=11.0.22-tem\n");
+    environment["PYENV_VERSION"] = "3.12";
+    environment["RUSTUP_TOOLCHAIN"] = "beta";
     writeText(home / ".config/kelvo/config.json",
               R"({"projectRoots": ["~/code"], "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 3})");
     // The fnm on the search path only writes down how it was called.
@@ -87,8 +121,14 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
     writeFile(home / ".pyenv/versions/3.8.18/lib/cacert.pem", 100);
     testing::NamedProcess node(home / ".nvm/versions/node/v23.0.0/bin/node-server");
     ASSERT_GT(node.pid(), 0);
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(root.path().c_str(), 65534, 65534), 0);
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path()))
+            ASSERT_EQ(::lchown(entry.path().c_str(), 65534, 65534), 0) << entry.path();
+    }
+    std::filesystem::permissions(home / "code/go/.go-version", std::filesystem::perms::none);
 
-    const auto scan = testing::runTool({"--catalog", "linux", "prepare", "--json"}, environment);
+    const auto scan = runUnprivileged({"--catalog", "linux", "prepare", "--json"}, environment);
     ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
     const auto plan = nlohmann::json::parse(scan.standardOutput);
     std::map<std::string, nlohmann::json> offered;
@@ -101,13 +141,14 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
         EXPECT_GE(offered[version.id]["sizeBytes"], 40000) << version.id;
         chosen.insert(chosen.end(), {"--id", version.id});
     }
-    EXPECT_EQ(offered["runtime:pyenv/3.8.18"]["notes"], "not the default (3.11.7); pinned by no project; not run for 13 months");
+    EXPECT_EQ(offered["runtime:pyenv/3.8.18"]["notes"], "not the default (3.11.7, 3.12); pinned by no project; not run for 13 months");
     EXPECT_EQ(offered["runtime:fnm/v16.0.0"]["command"],
               "test -d '" + (home / "data/fnm/node-versions/v16.0.0").string() + "'; fnm uninstall v16.0.0");
     ASSERT_TRUE(plan.contains("notes"));
-    EXPECT_NE(plan["notes"].dump().find("gem/.ruby-version"), std::string::npos) << plan["notes"];
+    for (const char* note : {"gem/.ruby-version", "go/.go-version"})
+        EXPECT_NE(plan["notes"].dump().find(note), std::string::npos) << plan["notes"];
 
-    const auto clean = testing::runTool(chosen, environment);
+    const auto clean = runUnprivileged(chosen, environment);
     ASSERT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;
     for (const auto& version : versions) {
         const bool goneByPath = version.offered && !std::string(version.id).starts_with("runtime:fnm/");
