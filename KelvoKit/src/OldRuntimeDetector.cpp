@@ -137,6 +137,20 @@ Words languageWords(const std::string& text, VersionSyntax syntax, const std::st
     return names;
 }
 
+// The distribution a wrapper's properties name: the file of the distributionUrl less its
+// ".zip" ("gradle-8.5-bin"); none when there is no such line.
+Words wrapperDistributionOf(const std::string& text) {
+    for (const auto& line : lines(text)) {
+        const auto separator = line.find_first_of("=:");
+        if (separator == std::string::npos || trimmed(line.substr(0, separator)) != "distributionUrl") continue;
+        std::string file = trimmed(line.substr(separator + 1));
+        file = file.substr(file.find_last_of('/') + 1);
+        if (!file.ends_with(".zip")) return std::nullopt;
+        return std::vector<std::string>{file.substr(0, file.size() - 4)};
+    }
+    return std::vector<std::string>{};
+}
+
 // The names a default, pin or variable's text holds, read by the syntax; nothing when the
 // text is not of that form.
 Words namesIn(const std::string& text, VersionSyntax syntax, const std::string& language, bool toml) {
@@ -145,6 +159,7 @@ Words namesIn(const std::string& text, VersionSyntax syntax, const std::string& 
         case VersionSyntax::rustupSettings: return rustupSettingsOf(text);
         case VersionSyntax::toolLines:
         case VersionSyntax::toolAssignments: return languageWords(text, syntax, language);
+        case VersionSyntax::wrapperUrl: return wrapperDistributionOf(text);
         default: return wordsOf(text);
     }
 }

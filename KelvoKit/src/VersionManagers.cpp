@@ -54,6 +54,13 @@ const std::vector<VersionManager>& versionManagers() {
          .versionsFolder = "candidates", .perLanguage = true, .mainProgram = "", .defaultFile = "current",
          .defaultSyntax = S::aliasLink, .aliasFolder = "", .versionVariable = "", .pinFiles = {".sdkmanrc"}, .pinSyntax = S::toolAssignments,
          .naming = N::plain, .removal = "", .regenCost = RegenCost::redownload},
+        // The Gradle wrapper's distributions, one per version and kind ("gradle-8.5-bin"), each
+        // holding one folder per download address; a project's wrapper properties name one.
+        // Gradle itself keeps no default and removes no distribution on demand.
+        {.id = "gradle-wrapper", .name = "Gradle", .rootVariable = "GRADLE_USER_HOME", .defaultRoots = {".gradle"},
+         .versionsFolder = "wrapper/dists", .perLanguage = false, .mainProgram = "", .defaultFile = "",
+         .defaultSyntax = S::words, .aliasFolder = "", .versionVariable = "", .pinFiles = {"gradle-wrapper.properties"},
+         .pinSyntax = S::wrapperUrl, .naming = N::plain, .removal = "", .regenCost = RegenCost::redownload},
     };
     return rows;
 }

@@ -88,6 +88,9 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
         {"runtime:sdkman/java/17.0.9-tem", ".sdkman/candidates/java/17.0.9-tem", "bin/java", false},  // current
         {"runtime:sdkman/java/11.0.22-tem", ".sdkman/candidates/java/11.0.22-tem", "bin/java", false},  // .sdkmanrc
         {"runtime:sdkman/maven/3.8.4", ".sdkman/candidates/maven/3.8.4", "bin/mvn", true},
+        {"runtime:gradle-wrapper/gradle-7.6-all", ".gradle/wrapper/dists/gradle-7.6-all/9x2/gradle-7.6", "bin/gradle", true},
+        {"runtime:gradle-wrapper/gradle-8.5-bin", ".gradle/wrapper/dists/gradle-8.5-bin/5t9/gradle-8.5", "bin/gradle",
+         false},  // a project's wrapper
     };
     for (const auto& version : versions) writeFile(home / version.folder / version.program, 40000);
     writeText(home / ".pyenv/version", "3.11.7\n");
@@ -107,6 +110,8 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
     writeText(home / "code/api/.tool-versions", "python 3.11 # the service\nnodejs path:/opt/node\n");
     std::filesystem::create_symlink("17.0.9-tem", home / ".sdkman/candidates/java/current");
     writeText(home / "code/jvm/.sdkmanrc", "# sdk env\njava=11.0.22-tem\n");
+    writeText(home / "code/app/gradle/wrapper/gradle-wrapper.properties",
+              "distributionUrl=https\\://services.gradle.org/distributions/gradle-8.5-bin.zip\n");
     environment["PYENV_VERSION"] = "3.12";
     environment["RUSTUP_TOOLCHAIN"] = "beta";
     writeText(home / ".config/kelvo/config.json",
@@ -147,6 +152,10 @@ TEST(OldRuntimesEndToEnd, OffersOnlyVersionsNothingKeepsAndRemovesThemByPathOrBy
     ASSERT_TRUE(plan.contains("notes"));
     for (const char* note : {"gem/.ruby-version", "go/.go-version"})
         EXPECT_NE(plan["notes"].dump().find(note), std::string::npos) << plan["notes"];
+
+    // The clean domain leaves the wrapper's distributions to the per-version targets.
+    const auto cleanDomain = runUnprivileged({"--catalog", "linux", "scan", "--json"}, environment);
+    EXPECT_EQ(cleanDomain.standardOutput.find("\"gradle-wrapper\""), std::string::npos) << cleanDomain.standardOutput;
 
     const auto clean = runUnprivileged(chosen, environment);
     ASSERT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;

@@ -22,6 +22,7 @@ enum class VersionSyntax {
     aliasLink,      // a symbolic link into the version it names
     toolLines,      // "<language> <version> [<version> ...]" lines; "#" starts a comment
     toolAssignments, // "<language>=<version>" lines; "#" starts a comment line
+    wrapperUrl,     // a properties file whose distributionUrl's file, less ".zip", names the version
 };
 
 // How a version folder's name relates to the names users write.
