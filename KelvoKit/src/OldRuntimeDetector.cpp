@@ -253,6 +253,23 @@ public:
         if (!names || !keepAll(*names, 0, nullptr)) problem_ = pin.file.string();
     }
 
+    // The version whose folder changed last; nothing is understood when a time cannot be read.
+    void keepLastChanged() {
+        std::optional<Clock::time_point> latest;
+        for (const auto& version : installed_) {
+            const auto changed = platform::modificationTime(versions_ / version, false);
+            if (!changed) {
+                problem_ = (versions_ / version).string();
+                return;
+            }
+            if (!latest || *changed > *latest) {
+                latest = changed;
+                newest_ = version;
+            }
+        }
+        if (latest) kept_.insert(newest_);
+    }
+
     void readVenvHome(const fs::path& home) {
         for (const auto& version : installed_) {
             const std::string folder = Paths::standardized(versions_ / version).string();
@@ -268,6 +285,7 @@ public:
     const fs::path& versionsFolder() const { return versions_; }
     const std::vector<std::string>& defaultNames() const { return defaultNames_; }
     const std::vector<std::string>& installed() const { return installed_; }
+    const std::string& newest() const { return newest_; }
     std::vector<std::string> unkept() const {
         std::vector<std::string> result;
         for (const auto& version : installed_)
@@ -364,6 +382,7 @@ private:
     std::vector<std::string> defaultNames_;
     std::optional<std::string> problem_;
     std::string lastLinked_;
+    std::string newest_;
 };
 
 fs::path rootOf(const VersionManager& row, const Environment& env) {
@@ -455,6 +474,7 @@ std::vector<CleanTarget> OldRuntimeDetector::scan(const ScanContext& context) co
         const VersionManager& row = scan.row();
         scan.readDefault();
         scan.readVariable(env_.versionVariables);
+        if (row.newestInUse) scan.keepLastChanged();
         for (const auto& pin : pins.pins) scan.readPin(pin);
         for (const auto& home : pins.venvHomes) scan.readVenvHome(home);
         if (scan.problem()) {
@@ -476,10 +496,11 @@ std::vector<CleanTarget> OldRuntimeDetector::scan(const ScanContext& context) co
             if (!used || used->when >= cutOff) continue;
             const auto months = std::chrono::duration_cast<std::chrono::hours>(now_ - used->when).count() / (24 * 30);
 
-            std::string why = scan.defaultNames().empty()
+            std::string why = row.newestInUse ? L10n::t("prepare.oldRuntime.why.notNewest", scan.newest())
+                              : scan.defaultNames().empty()
                                   ? L10n::t("prepare.oldRuntime.why.noDefault")
                                   : L10n::t("prepare.oldRuntime.why.default", joined(scan.defaultNames()));
-            why += L10n::t("prepare.oldRuntime.why.unpinned");
+            if (!row.newestInUse) why += L10n::t("prepare.oldRuntime.why.unpinned");
             why += L10n::plural(used->ran ? "prepare.oldRuntime.why.unused" : "prepare.oldRuntime.why.unchanged",
                                 months, static_cast<std::int64_t>(months));
             const auto measured = context.sizer.measure(folder);

@@ -61,6 +61,16 @@ const std::vector<VersionManager>& versionManagers() {
          .versionsFolder = "wrapper/dists", .perLanguage = false, .mainProgram = "", .defaultFile = "",
          .defaultSyntax = S::words, .aliasFolder = "", .versionVariable = "", .pinFiles = {"gradle-wrapper.properties"},
          .pinSyntax = S::wrapperUrl, .naming = N::plain, .removal = "", .regenCost = RegenCost::redownload},
+        // The server builds a remote VS Code window installs, one per client commit: older
+        // releases put them in bin, newer ones in cli/servers. A client downloads its build again.
+        {.id = "vscode-server", .name = "VS Code server", .rootVariable = "", .defaultRoots = {".vscode-server"},
+         .versionsFolder = "bin", .perLanguage = false, .newestInUse = true, .mainProgram = "", .defaultFile = "",
+         .defaultSyntax = S::words, .aliasFolder = "", .versionVariable = "", .pinFiles = {}, .pinSyntax = S::words,
+         .naming = N::plain, .removal = "", .regenCost = RegenCost::redownload},
+        {.id = "vscode-server-cli", .name = "VS Code server", .rootVariable = "", .defaultRoots = {".vscode-server"},
+         .versionsFolder = "cli/servers", .perLanguage = false, .newestInUse = true, .mainProgram = "",
+         .defaultFile = "", .defaultSyntax = S::words, .aliasFolder = "", .versionVariable = "", .pinFiles = {},
+         .pinSyntax = S::words, .naming = N::plain, .removal = "", .regenCost = RegenCost::redownload},
     };
     return rows;
 }

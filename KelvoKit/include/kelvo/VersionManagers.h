@@ -41,6 +41,9 @@ struct VersionManager {
     std::vector<std::string> defaultRoots;
     std::string versionsFolder;  // relative to the root; empty: the root itself
     bool perLanguage = false;    // versions are grouped per language (see above)
+    // The tool keeps no default and reads no pins: the version last installed or updated (its
+    // folder's modification time) is the one in use.
+    bool newestInUse = false;
     std::string mainProgram;     // relative to a version folder; empty: the folder's own time tells
     // Relative to the root, or to the home when it begins with "~/"; per language relative to
     // the language's folder; empty: the tool has no default.
