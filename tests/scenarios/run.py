@@ -139,7 +139,7 @@ class Scenario:
 
     def step(self, line):
         verb, _, rest = line.partition(" ")
-        words = shlex.split(self.expand(rest)) if verb in ("kelvo", "nobody", "env", "offers") else self.expand(rest).split()
+        words = shlex.split(self.expand(rest)) if verb in ("kelvo", "nobody", "env", "offers", "git") else self.expand(rest).split()
         if verb == "mk":
             self.make(self.expand(rest))
         elif verb == "age":
@@ -175,6 +175,11 @@ class Scenario:
             child = self.processes.pop(words[0])
             child.stdin.close()
             child.wait()
+        elif verb == "git":  # in a folder of the tree, with none of the machine's settings
+            os.makedirs(self.path(words[0]), exist_ok=True)
+            subprocess.run(["git", "-C", self.path(words[0]), "-c", "user.name=k", "-c", "user.email=k@k",
+                            "-c", "init.defaultBranch=main"] + words[1:], check=True, stdout=subprocess.DEVNULL,
+                           env={"PATH": os.environ["PATH"], "HOME": self.root, "GIT_CONFIG_NOSYSTEM": "1"})
         elif verb == "set":
             self.vars[words[0]] = " ".join(words[1:])
         elif verb in ("kelvo", "nobody"):
