@@ -151,7 +151,7 @@ class Scenario:
         elif verb == "mode":
             for p in words[1:]:
                 os.chmod(self.path(p), int(words[0], 8))
-        elif verb == "own":  # run unprivileged, the runner owns the tree already
+        elif verb == "own":  # only root gives files away; any other runner is the one `nobody` runs as
             for top, folders, files in itertools.chain(*(os.walk(self.path(p)) for p in words if os.geteuid() == 0)):
                 for name in [top] + [os.path.join(top, n) for n in folders + files]:
                     os.lchown(name, 65534, 65534)
