@@ -514,7 +514,7 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
         return at.tool("GRADLE_USER_HOME", relative, at.home(".gradle/" + relative));
     };
     c.paths("gradle-caches", F::androidGradle, {gradle("caches")}, {"modules-2|journal-1"}, moderate, redownload);
-    c.paths("gradle-wrapper", F::androidGradle, {gradle("wrapper/dists")}, {}, moderate, redownload);
+    // The wrapper's distributions are weighed one by one with the old runtimes (prepare).
     c.paths("gradle-daemon", F::androidGradle, {gradle("daemon")}, {}, safe, rebuild);
     c.paths("gradle-jdks", F::androidGradle, {gradle("jdks")}, {}, moderate, redownload);
     c.paths("android-cache", F::androidGradle, {at.home(".android/cache")}, {}, safe, rebuild);
