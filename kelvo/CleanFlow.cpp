@@ -64,7 +64,7 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         fmt::print(stderr, "{}\n", L10n::t("cli.clean.jsonNeedsYes"));
         return usageErrorStatus;
     }
-    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun);
+    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun, request.trash);
     if (asks) {
         if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));

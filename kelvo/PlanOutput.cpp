@@ -86,10 +86,10 @@ void printPlan(const PlanSelection& plan, CatalogProfile profile, bool withPaths
     fmt::print("{}\n", L10n::plural("cli.plan.chosen", count, count, Format::bytes(totalOf(chosen))));
 }
 
-void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun) {
+void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun, bool toTrash) {
     const auto chosen = plan.selectedTargets();
     const auto count = static_cast<std::int64_t>(chosen.size());
-    fmt::print("{}\n", L10n::plural(dryRun ? "cli.clean.wouldRemove" : "cli.clean.willRemove", count, count,
+    fmt::print("{}\n", L10n::plural(std::string(dryRun ? "cli.clean.would" : "cli.clean.will") + (toTrash ? "Trash" : "Remove"), count, count,
                                     Format::bytes(totalOf(chosen))));
     const PathSizer paths(dryRun);
     for (const auto& [family, members] : Reporter::byFamily(chosen)) {

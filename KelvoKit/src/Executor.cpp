@@ -110,6 +110,12 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
             continue;
         }
         if (executor.homeTrash) {
+            const std::string item = standard.string(), trash = Paths::standardized(*executor.homeTrash).string();
+            if (Paths::same(item, trash) || Paths::isInside(item, trash) || Paths::isInside(trash, item)) {
+                skippedSome = true;
+                skip(report, target, L10n::t("exec.skip.trashItself", Paths::lastComponent(standard)));
+                continue;
+            }
             // A rename: the item goes whole or not at all, so no remnant is left to report.
             const std::int64_t size = DirectorySizer(pool).measure(standard).bytes;
             platform::TrashedItem trashed;

@@ -4,11 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 #include "ExecutionSupport.h"
+#include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Trash.h"
 #include "support/TempDir.h"
 
@@ -16,12 +15,6 @@ namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string readAll(const fs::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
 
 // Files and folders go into the home trash; a second item of the same name gets the next
 // name; the info file leads back to where each came from.
@@ -42,14 +35,15 @@ TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
         EXPECT_GT(report.trashedBytes, 0);
         EXPECT_FALSE(present(c.item));
         EXPECT_TRUE(present(trash / "files" / c.trashedAs));
-        const std::string info = readAll(trash / "info" / (c.trashedAs + ".trashinfo"));
+        const std::string info = platform::readFile(trash / "info" / (c.trashedAs + ".trashinfo")).value_or("");
         EXPECT_EQ(platform::originalPathIn(info), c.item);
         EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
     }
 }
 
-// A link in the way is never followed: not as the item, not in the chain above it.
-TEST(Trash, NeverFollowsALink) {
+// A link in the way is never followed: not as the item, not in the chain above it; and
+// nothing of the trash itself moves.
+TEST(Trash, NeverFollowsALinkNorMovesTheTrash) {
     TempDir dir;
     const fs::path home = dir / "home", trash = home / ".local/share/Trash";
     writeFile(home / "real/cache/f", 10);
@@ -62,6 +56,9 @@ TEST(Trash, NeverFollowsALink) {
     EXPECT_EQ(report.skipped.size(), 1u);
     EXPECT_TRUE(present(home / "real/cache/f"));
     EXPECT_TRUE(present(home / "swapped"));
+    writeFile(trash / "files/old", 1);  // the trash cannot go into itself
+    EXPECT_EQ(summary(executor.execute({pathTarget("t", {trash / "files"})})),
+              lines({skipped("t", "exec.skip.trashItself", "files"), "freed 0"}));
 }
 
 // On another file system the volume's own trash takes the item; where it has none the item
