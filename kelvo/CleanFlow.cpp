@@ -33,6 +33,8 @@ void addCleanOptions(CLI::App& command, CleanRequest& request) {
     command.add_flag("--yes,-y", request.yes, "Do not ask for confirmation");
     command.add_flag("--force", request.force, "Clean even while the family's programs are running");
     command.add_flag("--json", request.json, "Print the report of the clean as JSON (needs --yes or --dry-run)");
+    command.add_flag("--trash", request.trash,
+                     "Move path targets into the desktop trash instead of removing them (commands run as usual)");
     command.add_flag("--quiet,-q", request.quiet, "No progress line; the report only when a target was skipped or failed");
 }
 
@@ -62,7 +64,7 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         fmt::print(stderr, "{}\n", L10n::t("cli.clean.jsonNeedsYes"));
         return usageErrorStatus;
     }
-    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun);
+    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun, request.trash);
     if (asks) {
         if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));

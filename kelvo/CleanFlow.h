@@ -29,9 +29,11 @@ struct CleanRequest {
     // No progress line, no list of targets before a clean that asks nothing, and the
     // report only when a target was skipped or failed.
     bool quiet = false;
+    // Path targets go into the desktop trash instead of being removed.
+    bool trash = false;
 };
 
-// Adds --id, --family, --dry-run, --yes, --force, --json and --quiet to a command.
+// Adds --id, --family, --dry-run, --yes, --force, --json, --quiet and --trash to a command.
 void addCleanOptions(CLI::App& command, CleanRequest& request);
 
 // When no clean may run in this environment (SafetyGuard::refusalFor), prints why on

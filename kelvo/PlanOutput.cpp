@@ -89,10 +89,10 @@ void printPlan(const PlanSelection& plan, CatalogProfile profile, bool withPaths
     fmt::print("{}\n", L10n::plural("cli.plan.chosen", count, count, Format::bytes(totalOf(chosen))));
 }
 
-void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun) {
+void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun, bool toTrash) {
     const auto chosen = plan.selectedTargets();
     const auto count = static_cast<std::int64_t>(chosen.size());
-    fmt::print("{}\n", L10n::plural(dryRun ? "cli.clean.wouldRemove" : "cli.clean.willRemove", count, count,
+    fmt::print("{}\n", L10n::plural(std::string(dryRun ? "cli.clean.would" : "cli.clean.will") + (toTrash ? "Trash" : "Remove"), count, count,
                                     Format::bytes(totalOf(chosen))));
     const PathSizer paths(dryRun);
     for (const auto& [family, members] : Reporter::byFamily(chosen)) {
@@ -106,7 +106,10 @@ void printReport(const ExecutionReport& report, bool dryRun) {
     // A dry run's report holds what the clean would do: it is told in the conditional.
     const std::string would = dryRun ? "cli.report.would." : "cli.report.";
     // Below 1 KB the formatted size is already the exact count.
-    fmt::print("{}\n", report.freedBytes < 1024 ? L10n::t(would + "freed", Format::bytes(report.freedBytes))
+    // A run into the trash frees nothing yet: the bytes moved are told apart from those freed.
+    if (report.trashedBytes > 0) fmt::print("{}\n", L10n::t(would + "trashed", Format::bytes(report.trashedBytes)));
+    if (report.freedBytes > 0 || report.trashedBytes == 0)
+        fmt::print("{}\n", report.freedBytes < 1024 ? L10n::t(would + "freed", Format::bytes(report.freedBytes))
                                                  : L10n::t(would + "freedExact", Format::bytes(report.freedBytes),
                                                            report.freedBytes));
     const auto list = [](const std::string& key, const std::vector<std::string>& ids) {

@@ -19,8 +19,8 @@ namespace kelvo::tool {
 // under each target the paths it removes, each with its size, or the command it runs.
 void printPlan(const PlanSelection& plan, CatalogProfile profile, bool withPaths = false);
 // Only the chosen targets, as a list of what a clean will remove; a dry run says what it
-// would remove, and lists the paths.
-void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun = false);
+// would remove, and lists the paths; a run into the trash says it moves them there.
+void printChosen(const PlanSelection& plan, CatalogProfile profile, bool dryRun = false, bool toTrash = false);
 // A dry run says what it would have freed and removed, never what it freed.
 void printReport(const ExecutionReport& report, bool dryRun);
 

@@ -64,7 +64,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              return runClean(scanWithProgress(service, request.json || request.quiet).targets, request,
                                              *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
-                                                 return service.clean(chosen, dryRun, force);
+                                                 return service.clean(chosen, dryRun, force, request.trash);
                                              });
                          }};
     return {remove, show};

@@ -59,7 +59,7 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
                 return runClean(scanWithProgress(service, request.json || request.quiet).targets, request, *families,
                                 global.profile(),
                                 [&](const auto& chosen, bool dryRun, bool force) {
-                                    return service.clean(chosen, dryRun, force);
+                                    return service.clean(chosen, dryRun, force, request.trash);
                                 });
             }};
 }

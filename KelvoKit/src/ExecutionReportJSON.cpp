@@ -21,6 +21,7 @@ std::string ExecutionReportJSON::encoded(const ExecutionReport& report, bool dry
     const nlohmann::json document = {
         {"dryRun", dryRun},
         {"freedBytes", report.freedBytes},
+        {"trashedBytes", report.trashedBytes},
         {"deleted", ids(report.deleted)},
         {"partial", ids(report.partial)},
         {"freedUnknown", ids(report.freedUnknown)},

@@ -14,6 +14,7 @@
 #include "kelvo/WorkerPool.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
+#include "kelvo/platform/Trash.h"
 #include "kelvo/platform/TreeRemoval.h"
 
 namespace kelvo {
@@ -41,6 +42,7 @@ void moveAppend(std::vector<T>& into, std::vector<T>& from) {
 
 void append(ExecutionReport& whole, ExecutionReport& part) {
     whole.freedBytes += part.freedBytes;
+    whole.trashedBytes += part.trashedBytes;
     moveAppend(whole.deleted, part.deleted);
     moveAppend(whole.partial, part.partial);
     moveAppend(whole.freedUnknown, part.freedUnknown);
@@ -107,6 +109,29 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
             skippedSome = true;
             continue;
         }
+        if (executor.homeTrash) {
+            const std::string item = standard.string(), trash = Paths::standardized(*executor.homeTrash).string();
+            if (Paths::same(item, trash) || Paths::isInside(item, trash) || Paths::isInside(trash, item)) {
+                skippedSome = true;
+                skip(report, target, L10n::t("exec.skip.trashItself", Paths::lastComponent(standard)));
+                continue;
+            }
+            // A rename: the item goes whole or not at all, so no remnant is left to report.
+            const std::int64_t size = DirectorySizer(pool).measure(standard).bytes;
+            platform::TrashedItem trashed;
+            const std::error_code error = platform::moveToTrash(standard, *executor.homeTrash, trashed);
+            if (!error) {
+                freed += size;
+                removedSome = true;
+                continue;
+            }
+            skippedSome = true;
+            const std::string name = Paths::lastComponent(standard);
+            skip(report, target,
+                 error == std::errc::cross_device_link ? L10n::t("exec.skip.trashOtherVolume", name)
+                                                       : L10n::t("exec.skip.trashFailed", name, error.message()));
+            continue;
+        }
         const RemovalOutcome outcome = Executor::removeResiliently(standard, &pool);
         freed += outcome.freed;
         if (outcome.fullyRemoved) {
@@ -122,13 +147,9 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
             removedSome = true;
         }
     }
-    if (!skippedSome) {
-        report.deleted.push_back(target.id);
-        report.freedBytes += freed;
-    } else if (removedSome) {
-        report.partial.push_back(target.id);
-        report.freedBytes += freed;
-    }
+    (executor.homeTrash ? report.trashedBytes : report.freedBytes) += (!skippedSome || removedSome) ? freed : 0;
+    if (!skippedSome) report.deleted.push_back(target.id);
+    else if (removedSome) report.partial.push_back(target.id);
     return report;
 }
 
@@ -199,7 +220,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
 
         if (dryRun) {
             report.deleted.push_back(target.id);
-            report.freedBytes += target.sizeBytes;
+            (homeTrash ? report.trashedBytes : report.freedBytes) += target.sizeBytes;
             continue;
         }
 

@@ -20,9 +20,15 @@ SafetyGuard PrepareService::guard() const {
                        env.resolvedExtraExclusions()};
 }
 
-ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
+ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash) const {
     if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
-    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
+    const Executor executor{.safety = guard(),
+                            .dryRun = dryRun,
+                            .force = force,
+                            .probe = probe,
+                            .runCommand = runCommand,
+                            .shellVariables = env.shellVariables(),
+                            .homeTrash = toTrash ? std::optional(env.dataHome() / "Trash") : std::nullopt};
     return executor.execute(targets);
 }
 

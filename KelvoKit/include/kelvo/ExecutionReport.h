@@ -16,6 +16,8 @@ struct ReportEntry {
 
 struct ExecutionReport {
     std::int64_t freedBytes = 0;
+    // Moved into the desktop trash (a run with a trash): these stay on disk until it is emptied.
+    std::int64_t trashedBytes = 0;
     std::vector<std::string> deleted;       // done completely
     std::vector<std::string> partial;       // path targets of which some but not all went
     std::vector<std::string> freedUnknown;  // done, freed size unknown (successful commands)

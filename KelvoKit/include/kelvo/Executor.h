@@ -21,6 +21,11 @@
 // first waits for the removals before it, so the report (kept in target order) is the
 // one handling the targets one after another would give.
 //
+// Given a home trash, path targets are moved into the desktop trash instead of removed
+// (platform Trash), after the same checks: each path goes whole or stays, one that would have
+// to be copied to another file system stays with the reason, and the bytes moved count as
+// trashed, not freed. Commands run as usual: what a tool removes has no way back.
+//
 // The executor is an immutable value holding its dependencies, so tests inject a stub
 // probe and command runner (left out, the live ones); it keeps no state between runs.
 #include <cstdint>
@@ -62,6 +67,8 @@ struct Executor {
     CommandRunner runCommand;
     ShellVariables shellVariables;  // HOME and TMPDIR of the run (Environment::shellVariables)
     WorkerPool* pool = nullptr;     // nothing: a run that removes anything makes its own
+    // Set: path targets go into the desktop trash; this is the home trash ($XDG_DATA_HOME/Trash).
+    std::optional<std::filesystem::path> homeTrash;
 
     ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
     // Every target skipped with the same reason, nothing looked at: a run that must not start.

@@ -46,7 +46,8 @@ struct PrepareService {
     SafetyGuard guard() const;
     // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
     // environment gives a reason, every target is skipped with it and nothing is looked at.
-    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
+    // With toTrash, path targets go into the desktop trash of the environment's data home.
+    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash = false) const;
 };
 
 }  // namespace kelvo

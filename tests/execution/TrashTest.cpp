@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <regex>
+
+#include "ExecutionSupport.h"
+#include "kelvo/platform/FileSystem.h"
+#include "kelvo/platform/Trash.h"
+#include "support/TempDir.h"
+
+namespace kelvo::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Files and folders go into the home trash; a second item of the same name gets the next
+// name; the info file leads back to where each came from.
+TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
+    TempDir dir;
+    const fs::path home = dir / "home", trash = home / ".local/share/Trash";
+    const struct { fs::path item; std::string trashedAs; } cases[] = {
+        {writeFile(home / "a b%.log", 10), "a b%.log"},
+        {writeFile(home / ".cache/pip/wheels/w.whl", 5000).parent_path(), "wheels"},
+        {writeFile(home / "other/wheels", 3), "wheels.2"},
+    };
+    Executor executor = executorFor(home, dir / "tmp");
+    executor.homeTrash = trash;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.item);
+        const auto report = executor.execute({pathTarget("t", {c.item})});
+        EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
+        EXPECT_GT(report.trashedBytes, 0);
+        EXPECT_FALSE(present(c.item));
+        EXPECT_TRUE(present(trash / "files" / c.trashedAs));
+        const std::string info = platform::readFile(trash / "info" / (c.trashedAs + ".trashinfo")).value_or("");
+        EXPECT_EQ(platform::originalPathIn(info), c.item);
+        EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
+    }
+}
+
+// A link in the way is never followed: not as the item, not in the chain above it; and
+// nothing of the trash itself moves.
+TEST(Trash, NeverFollowsALinkNorMovesTheTrash) {
+    TempDir dir;
+    const fs::path home = dir / "home", trash = home / ".local/share/Trash";
+    writeFile(home / "real/cache/f", 10);
+    fs::create_directory_symlink(home / "real", home / "swapped");
+    platform::TrashedItem trashed;
+    EXPECT_EQ(platform::moveToTrash(home / "swapped/cache", trash, trashed), std::errc::too_many_symbolic_link_levels);
+    Executor executor = executorFor(home, dir / "tmp");
+    executor.homeTrash = trash;
+    const auto report = executor.execute({pathTarget("t", {home / "swapped"})});
+    EXPECT_EQ(report.skipped.size(), 1u);
+    EXPECT_TRUE(present(home / "real/cache/f"));
+    EXPECT_TRUE(present(home / "swapped"));
+    writeFile(trash / "files/old", 1);  // the trash cannot go into itself
+    EXPECT_EQ(summary(executor.execute({pathTarget("t", {trash / "files"})})),
+              lines({skipped("t", "exec.skip.trashItself", "files"), "freed 0"}));
+}
+
+// On another file system the volume's own trash takes the item; where it has none the item
+// stays (never a copy). Needs a mount of its own: a private mount namespace, as root.
+TEST(Trash, AnotherFileSystemUsesItsOwnTrashOrNone) {
+    TempDir dir;
+    const fs::path volume = makeDirectory(dir / "volume"), homeTrash = dir / "home/.local/share/Trash";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", volume.c_str(), "tmpfs", 0, "size=4m") != 0)
+            ::_exit(77);
+        platform::TrashedItem trashed;
+        const auto own = platform::moveToTrash(writeFile(volume / "a/f", 10), homeTrash, trashed);
+        const fs::path ownTrash = volume / (".Trash-" + std::to_string(::getuid()));
+        if (own || trashed.trashDirectory != ownTrash || !present(ownTrash / "files/f")) ::_exit(1);
+        fs::remove_all(ownTrash);
+        writeFile(ownTrash);  // a file where the trash would go: the volume has none
+        const auto none = platform::moveToTrash(volume / "a", homeTrash, trashed);
+        ::_exit(none == std::errc::cross_device_link && present(volume / "a") ? 0 : 2);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no private mount namespace here (needs root): not tested";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+}  // namespace
+}  // namespace kelvo::testing
