@@ -94,7 +94,8 @@ constexpr bool wellFormedPlace(std::string_view place) {
     }
     if (place.empty() || !wellFormedBraces(place)) return false;
     std::size_t remaining = 1;
-    for (std::size_t at = place.find(orElse); at != std::string_view::npos; at = place.find(orElse, at + 1)) ++remaining;
+    for (std::size_t at = place.find(orElse); at != std::string_view::npos; at = place.find(orElse, at + 1))
+        ++remaining;
     return eachPart(place, orElse,
                     [&](std::string_view alternative) { return wellFormedAlternative(alternative, --remaining == 0); });
 }

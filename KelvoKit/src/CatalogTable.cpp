@@ -96,7 +96,8 @@ constexpr std::array table{
     path("npm-cache", F::jsPackages, safe, redownload, {"~/.npm/_cacache"},
          {"$npm_config_cache/_cacache > $NPM_CONFIG_CACHE/_cacache > ~/.npm/_cacache", "index-v5|content-v2"}),
     path("yarn-cache-lib", F::jsPackages, safe, redownload, {"~/Library/Caches/Yarn"}, nowhere),
-    path("yarn-cache-xdg", F::jsPackages, safe, redownload, {"~/.cache/yarn"}, {"$YARN_CACHE_FOLDER > @cache/yarn", "v6"}),
+    path("yarn-cache-xdg", F::jsPackages, safe, redownload, {"~/.cache/yarn"},
+         {"$YARN_CACHE_FOLDER > @cache/yarn", "v6"}),
     path("yarn-berry-cache", F::jsPackages, safe, redownload, nowhere,
          {"$YARN_GLOBAL_FOLDER/cache > ~/.yarn/berry/cache"}),
     command("bun-cache", F::jsPackages, safe, redownload, "bun pm cache rm"),
@@ -136,7 +137,8 @@ constexpr std::array table{
     path("puppeteer-cache", F::devMisc, safe, redownload, {"~/.cache/puppeteer"},
          {"$PUPPETEER_CACHE_DIR > ~/.cache/puppeteer", "chrome|chrome-headless-shell|firefox"}),
     path("playwright-cache", F::devMisc, safe, redownload, {"~/Library/Caches/ms-playwright"},
-         {"$PLAYWRIGHT_BROWSERS_PATH > @cache/ms-playwright; @cache/ms-playwright-go unless $PLAYWRIGHT_BROWSERS_PATH"}),
+         {"$PLAYWRIGHT_BROWSERS_PATH > @cache/ms-playwright; "
+          "@cache/ms-playwright-go unless $PLAYWRIGHT_BROWSERS_PATH"}),
     path("huggingface-cache", F::devMisc, aggressive, redownload, {"~/.cache/huggingface"},
          {"$HF_HOME > @cache/huggingface", "hub"}),
 
@@ -208,7 +210,8 @@ constexpr std::array table{
     command("mamba-clean", F::python, safe, redownload, "mamba clean --all --yes", On::gnuLinux),
     path("pipenv-cache", F::python, safe, redownload, nowhere, {"$PIPENV_CACHE_DIR > @cache/pipenv"}),
     // The environments of `pipx run`; never venvs/, where the installed applications live.
-    path("pipx-run-cache", F::python, safe, redownload, nowhere, {"$PIPX_HOME/.cache > @cache/pipx; ~/.local/pipx/.cache"}),
+    path("pipx-run-cache", F::python, safe, redownload, nowhere,
+         {"$PIPX_HOME/.cache > @cache/pipx; ~/.local/pipx/.cache"}),
     command("pre-commit-gc", F::python, safe, redownload, "pre-commit gc", On::gnuLinux),
 
     path("stack-snapshots", F::otherLangs, moderate, rebuild, {"~/.stack/snapshots"},
@@ -255,7 +258,8 @@ constexpr std::array table{
     path("cursor-extra", F::general, safe, rebuild,
          {"~/Library/Application Support/Cursor/{Service Worker/CacheStorage,logs}"},
          {"@config/Cursor/{Service Worker/CacheStorage,logs}"}),
-    path("zed-caches", F::general, safe, rebuild, {"~/Library/Caches/dev.zed.Zed; ~/Library/Caches/Zed; ~/Library/Logs/Zed"},
+    path("zed-caches", F::general, safe, rebuild,
+         {"~/Library/Caches/dev.zed.Zed; ~/Library/Caches/Zed; ~/Library/Logs/Zed"},
          {"@cache/zed; @data/zed/logs"}),
     path("zed-downloads", F::general, moderate, redownload, nowhere,
          {"@data/zed/{languages,node,prettier,copilot,remote_servers}"}),
@@ -279,7 +283,8 @@ constexpr std::array table{
 
     path("unity-bee", F::gameEngines, moderate, rebuild, {"~/Library/Unity/cache/bee"}, {"@config/unity3d/cache/bee"}),
     path("unity-upm", F::gameEngines, safe, redownload, {"~/Library/Caches/Unity/upm"},
-         {"$UPM_CACHE_ROOT/npm > @config/unity3d/cache/npm; $UPM_CACHE_ROOT/packages > @config/unity3d/cache/packages"}),
+         {"$UPM_CACHE_ROOT/npm > @config/unity3d/cache/npm; "
+          "$UPM_CACHE_ROOT/packages > @config/unity3d/cache/packages"}),
     path("godot-cache", F::gameEngines, safe, rebuild, nowhere, {"@cache/godot"}),
 };
 
