@@ -7,7 +7,9 @@ The same shapes and about the same number of files as SHARED_DIR/bench/make_fake
 (whose tree builders it reuses), laid out as tools keep them on Linux: the XDG cache,
 data and config folders, ~/Android/Sdk, the Trash under ~/.local/share, Flatpak data
 under ~/.var/app, and projects with Rust target, CMake, Python virtual-environment and
-cache-tagged build folders beside the usual ones. Writes DEST/../<name>.manifest.json.
+cache-tagged build folders beside the usual ones. Hard links as the tools make them: a
+pnpm store whose files the projects' node_modules link to, cargo outputs linked up from
+deps/. Writes DEST/../<name>.manifest.json.
 """
 import argparse
 import json
@@ -67,6 +69,12 @@ def build(maker, write):
             for f in range(m.n(300)):
                 write(os.path.join(proj, out, "debug", "o%d.o" % f), m.size(), m.rnd)
             made += m.n(300)
+            if out == "target":
+                # cargo keeps its outputs under deps/ and links them up a level.
+                for f in range(m.n(50)):
+                    o = os.path.join(proj, out, "debug", "o%d.o" % f)
+                    os.makedirs(os.path.join(proj, out, "debug", "deps"), exist_ok=True)
+                    os.link(o, os.path.join(proj, out, "debug", "deps", "o%d.o" % f))
         if p % 4 == 0:
             for f in range(200):
                 write(os.path.join(proj, ".gradle", "8.5", "f%d" % f), m.size(), m.rnd)
@@ -109,6 +117,20 @@ def build(maker, write):
     marks += ["Android/Sdk/ndk/%s/source.properties" % v for v in ["25.2.9519653", "26.1.10909125", "27.0.12077973"]]
     for mark in marks:
         write(os.path.join(h, mark), 100, m.rnd)
+
+    # pnpm: a content store, and projects whose node_modules are hard links into it.
+    store = os.path.join(h, ".local/share/pnpm/store/v3/files")
+    blobs = [os.path.join(store, "%02x" % (i % 256), "%06d" % i) for i in range(m.n(6000))]
+    for blob in blobs:
+        write(blob, m.size(), m.rnd)
+    for p in range(m.n(12)):
+        write(os.path.join(projects, "pnpm", "web%02d" % p, "package.json"), 500, m.rnd)
+        modules = os.path.join(projects, "pnpm", "web%02d" % p, "node_modules", ".pnpm")
+        for i in m.rnd.sample(range(len(blobs)), len(blobs) // 6):
+            linked = os.path.join(modules, "pkg%d@1.0.0" % (i % 97), "node_modules", "pkg%d" % (i % 97), "f%d.js" % i)
+            os.makedirs(os.path.dirname(linked), exist_ok=True)
+            os.link(blobs[i], linked)
+    m.counts[".local/share/pnpm/store"] = len(blobs)
 
     src = os.path.join(h, ".cache/pip/d000/item000000.bin")
     for i in range(50):

@@ -6,6 +6,7 @@
 
 #include "PlanOutput.h"
 #include "kelvo/Console.h"
+#include "kelvo/ExecutionReportJSON.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/Reporter.h"
@@ -25,11 +26,14 @@ bool askToProceed() {
 }  // namespace
 
 void addCleanOptions(CLI::App& command, CleanRequest& request) {
-    command.add_option("--id", request.ids, "Clean the target with this id (repeatable)");
-    command.add_option("--family", request.familyNames, "Clean every target of this family (repeatable)");
+    command.add_option("--id", request.ids, "Clean the target with this id (repeatable)")->type_name("ID");
+    command.add_option("--family", request.familyNames, "Clean every target of this family (repeatable)")
+        ->type_name("FAMILY");
     command.add_flag("--dry-run", request.dryRun, "Show what would be removed and remove nothing");
     command.add_flag("--yes,-y", request.yes, "Do not ask for confirmation");
     command.add_flag("--force", request.force, "Clean even while the family's programs are running");
+    command.add_flag("--json", request.json, "Print the report of the clean as JSON (needs --yes or --dry-run)");
+    command.add_flag("--quiet,-q", request.quiet, "No progress line; the report only when a target was skipped or failed");
 }
 
 bool printRefusal(const Environment& env) {
@@ -49,11 +53,17 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
 
     const auto chosen = plan.selectedTargets();
     if (chosen.empty()) {
-        fmt::print("{}\n", L10n::t("cli.clean.nothing"));
+        if (request.json) fmt::print("{}\n", ExecutionReportJSON::encoded({}, request.dryRun));
+        else if (!request.quiet) fmt::print("{}\n", L10n::t("cli.clean.nothing"));
         return 0;
     }
-    printChosen(plan, profile, request.dryRun);
-    if (!request.dryRun && !request.yes) {
+    const bool asks = !request.dryRun && !request.yes;
+    if (request.json && asks) {
+        fmt::print(stderr, "{}\n", L10n::t("cli.clean.jsonNeedsYes"));
+        return usageErrorStatus;
+    }
+    if (!request.json && (!request.quiet || asks || request.dryRun)) printChosen(plan, profile, request.dryRun);
+    if (asks) {
         if (!Console::inputIsTerminal()) {
             fmt::print(stderr, "{}\n", L10n::t("cli.clean.needsYes"));
             return usageErrorStatus;
@@ -64,8 +74,10 @@ int runClean(const std::vector<CleanTarget>& scanned, const CleanRequest& reques
         }
     }
     const auto report = clean(chosen, request.dryRun, request.force);
-    printReport(report, request.dryRun);
-    return report.errors.empty() && report.skipped.empty() ? 0 : 1;
+    const bool allWent = report.errors.empty() && report.skipped.empty();
+    if (request.json) fmt::print("{}\n", ExecutionReportJSON::encoded(report, request.dryRun));
+    else if (!request.quiet || !allWent) printReport(report, request.dryRun);
+    return allWent ? 0 : 1;
 }
 
 }  // namespace kelvo::tool

@@ -23,9 +23,15 @@ struct CleanRequest {
     bool dryRun = false;
     bool yes = false;
     bool force = false;
+    // The report as JSON on standard output, and nothing else there; asks nothing, so a
+    // clean needs --yes (a dry run does not).
+    bool json = false;
+    // No progress line, no list of targets before a clean that asks nothing, and the
+    // report only when a target was skipped or failed.
+    bool quiet = false;
 };
 
-// Adds --id, --family, --dry-run, --yes and --force to a command.
+// Adds --id, --family, --dry-run, --yes, --force, --json and --quiet to a command.
 void addCleanOptions(CLI::App& command, CleanRequest& request);
 
 // When no clean may run in this environment (SafetyGuard::refusalFor), prints why on

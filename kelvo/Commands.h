@@ -22,14 +22,30 @@ struct GlobalOptions {
     Environment liveEnvironment() const;
 };
 
+// The words --catalog accepts, in the order they are offered.
+std::vector<std::string> catalogNames();
+
 struct ScanCommandOptions {
     std::vector<std::string> familyNames;
     bool json = false;
     bool paths = false;
+    bool quiet = false;
 };
 
 struct PrepareCommandOptions {
     bool json = false;
+    bool quiet = false;
+};
+
+struct HelpCommandOptions {
+    std::vector<std::string> words;  // the command asked about: "prepare clean" as two words
+};
+
+// The hidden commands the shell completions and the build use: `__complete KIND` lists the
+// words a value may be, `__generate FORMAT` writes the manual page or a completion script.
+struct ToolingOptions {
+    std::string complete;
+    std::string generate;
 };
 
 struct SizeCommandOptions {
@@ -44,6 +60,8 @@ struct Options {
     PrepareCommandOptions prepare;
     CleanRequest prepareClean;
     SizeCommandOptions size;
+    HelpCommandOptions help;
+    ToolingOptions tooling;
 };
 
 // A subcommand, and what it does when it is the one given.
@@ -63,5 +81,10 @@ Command addConfigCommand(CLI::App& app);
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.
 void warnAboutConfiguration();
+// `help [COMMAND...]`: the help of the tool or of the command named, as --help prints it.
+Command addHelpCommand(CLI::App& app, HelpCommandOptions& options);
+// `__complete` and `__generate`, hidden from the help; the last ones added, so that the
+// descriptions they render are complete.
+std::vector<Command> addToolingCommands(CLI::App& app, ToolingOptions& options, const GlobalOptions& global);
 
 }  // namespace kelvo::tool

@@ -3,11 +3,14 @@
 
 namespace kelvo::tool {
 
+std::vector<std::string> catalogNames() {
+    return {std::string(rawValue(CatalogProfile::macos)), std::string(rawValue(CatalogProfile::gnuLinux))};
+}
+
 void addCatalogOption(CLI::App& app, GlobalOptions& options) {
-    const std::vector<std::string> names{std::string(rawValue(CatalogProfile::macos)),
-                                         std::string(rawValue(CatalogProfile::gnuLinux))};
     app.add_option("--catalog", options.catalog, "Where to look for the tools' data: macos or linux (default: this system)")
-        ->check(CLI::IsMember(names));
+        ->type_name("CATALOG")
+        ->check(CLI::IsMember(catalogNames()));
     // Accepted after the subcommand too: `kelvo scan --catalog macos`.
     app.fallthrough();
 }

@@ -2,6 +2,8 @@
 // long unused and old simulator runtimes.
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "CleanFlow.h"
 #include "Commands.h"
 #include "PlanOutput.h"
@@ -14,10 +16,12 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service,
-                                          std::shared_ptr<ScanNotes> notes = nullptr) {
-    ProgressLine progress;
-    auto options = progress.options();
+std::vector<CleanTarget> scanWithProgress(const PrepareService& service, std::shared_ptr<ScanNotes> notes,
+                                          bool quiet) {
+    // The line is cleared when the scan is over, so it lives as long as the scan.
+    std::optional<ProgressLine> progress;
+    ScanOptions options;
+    if (!quiet) options = progress.emplace().options();
     options.notes = std::move(notes);
     return Reporter::largestFirst(service.scan(options).value_or(std::vector<CleanTarget>{}));
 }
@@ -28,6 +32,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                                         const GlobalOptions& global) {
     auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
+    command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
     addCleanOptions(*clean, request);
 
@@ -36,13 +41,12 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                            const PrepareService service{.env = global.liveEnvironment()};
                            const auto notes = std::make_shared<ScanNotes>();
                            if (options.json) {
-                               const auto targets = Reporter::largestFirst(
-                                   service.scan({.notes = notes}).value_or(std::vector<CleanTarget>{}));
+                               const auto targets = scanWithProgress(service, notes, true);
                                ScanPlanJSON plan(targets);
                                plan.notes = notes->take();
                                fmt::print("{}\n", plan.encoded());
                            } else {
-                               const auto targets = scanWithProgress(service, notes);
+                               const auto targets = scanWithProgress(service, notes, options.quiet);
                                printPlan(PlanSelection(targets), global.profile());
                                fmt::print("{}\n", PrepareSummary::line(targets));
                                for (const auto& note : notes->take()) fmt::print("{}\n", note);
@@ -54,7 +58,8 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service), request, *families, global.profile(),
+                             return runClean(scanWithProgress(service, nullptr, request.json || request.quiet), request,
+                                             *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);
                                              });

@@ -13,7 +13,8 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const CleanService& service) {
+std::vector<CleanTarget> scanWithProgress(const CleanService& service, bool quiet = false) {
+    if (quiet) return service.scan().value_or(std::vector<CleanTarget>{});
     ProgressLine progress;
     return service.scan(progress.options()).value_or(std::vector<CleanTarget>{});
 }
@@ -22,15 +23,16 @@ std::vector<CleanTarget> scanWithProgress(const CleanService& service) {
 
 Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalOptions& global) {
     auto* command = app.add_subcommand("scan", "Show what can be cleaned, with the preselection");
-    command->add_option("--family", options.familyNames, "Scan only this family (repeatable)");
+    command->add_option("--family", options.familyNames, "Scan only this family (repeatable)")->type_name("FAMILY");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
     command->add_flag("--paths", options.paths, "List under each target the paths it removes, with their sizes");
+    command->add_flag("--quiet,-q", options.quiet, "No progress line");
     return {command, [&options, &global] {
                 const auto families = parseFamilies(options.familyNames);
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families);
                 const auto targets = Reporter::largestFirst(
-                    options.json ? service.scan().value_or(std::vector<CleanTarget>{}) : scanWithProgress(service));
+                    scanWithProgress(service, options.json || options.quiet));
                 const auto notes = service.catalogNotes();
                 if (options.json) {
                     ScanPlanJSON plan(targets);
@@ -52,7 +54,7 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families, request.ids);
                 if (printRefusal(service.env)) return usageErrorStatus;
-                return runClean(scanWithProgress(service), request, *families, global.profile(),
+                return runClean(scanWithProgress(service, request.json || request.quiet), request, *families, global.profile(),
                                 [&](const auto& chosen, bool dryRun, bool force) {
                                     return service.clean(chosen, dryRun, force);
                                 });

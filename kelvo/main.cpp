@@ -24,7 +24,8 @@ std::optional<std::string> unknownSubcommandMessage(const CLI::App& app) {
     }
     if (leftOver.empty() || leftOver.front().starts_with('-')) return std::nullopt;
     std::vector<std::string> known;
-    for (const auto* command : level->get_subcommands({})) known.push_back(command->get_name());
+    for (const auto* command : level->get_subcommands({}))
+        if (!command->get_group().empty()) known.push_back(command->get_name());
     return kelvo::L10n::t("cli.command.unknown", leftOver.front(), fmt::format("{}", fmt::join(known, ", ")));
 }
 
@@ -34,7 +35,8 @@ int main(int argc, char** argv) {
     // Load the text catalogs now, so a broken installation stops at once with its message.
     kelvo::L10n::bundle();
 
-    CLI::App app{"Kelvo: finds and removes the disk space that developer tool chains waste."};
+    // Named here, so the usage line says "kelvo" however the program was started.
+    CLI::App app{"Finds and removes the disk space that developer tool chains waste.", "kelvo"};
     app.set_version_flag("--version", fmt::format("kelvo {}", kelvo::KelvoKit::version()));
     app.require_subcommand(1);
     kelvo::tool::Options options;
@@ -46,6 +48,18 @@ int main(int argc, char** argv) {
         commands.push_back(std::move(command));
     commands.push_back(kelvo::tool::addSizeCommand(app, options.size));
     commands.push_back(kelvo::tool::addConfigCommand(app));
+    commands.push_back(kelvo::tool::addHelpCommand(app, options.help));
+    for (auto& command : kelvo::tool::addToolingCommands(app, options.tooling, options.global))
+        commands.push_back(std::move(command));
+    // Set last, so that the commands do not repeat it.
+    app.footer(
+        "Exit status: 0 when all went well, 1 when a target was skipped or failed, 2 on a usage error or a clean "
+        "refused before it starts.\n"
+        "Files: ~/.config/kelvo/config.json holds the project folders, the exclusions, the default level, the days "
+        "a project's build folders are kept and the enabled families.\n"
+        "Environment: LC_ALL, LC_MESSAGES and LANG choose the language of the texts; with the linux catalog, "
+        "XDG_CACHE_HOME, XDG_DATA_HOME, XDG_CONFIG_HOME, XDG_STATE_HOME and each tool's own variable "
+        "(PIP_CACHE_DIR, CARGO_HOME, ...) say where the tools keep their data.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

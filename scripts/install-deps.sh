@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building and testing Kelvo needs, from Debian's packages only.
+# Installs what building and testing Kelvo needs, from Debian's packages only, and the
+# packages named as arguments (scripts/package.sh adds lintian).
 # Safe to run any number of times: apt-get skips what is already there.
 set -euo pipefail
 
@@ -12,6 +13,8 @@ packages=(
   procps util-linux coreutils gdu time
   qt6-base-dev libqt6svg6 adwaita-icon-theme desktop-file-utils
   xvfb xauth openbox trayer xdotool
+  dpkg-dev file appstream
+  "$@"
 )
 
 missing=()

@@ -30,7 +30,9 @@ AppModel::AppModel(Dispatcher toUserInterface, CleanService clean, PrepareServic
       versionGate_(std::move(versionGate)) {}
 
 AppModel::AppModel(Dispatcher toUserInterface, const Environment& env, AppModelDependencies dependencies)
-    : AppModel(std::move(toUserInterface), CleanService{}, PrepareService{}, VersionGate(), std::move(dependencies)) {
+    : AppModel(std::move(toUserInterface), CleanService{}, PrepareService{},
+               VersionGate::enabledFor(Config::load(env.home)) ? std::optional(VersionGate()) : std::nullopt,
+               std::move(dependencies)) {
     auto services = dependencies_.makeServices(env);
     clean_ = std::move(services.clean);
     prepare_ = std::move(services.prepare);

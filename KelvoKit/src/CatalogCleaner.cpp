@@ -29,8 +29,7 @@ CleanTarget CatalogCleaner::target(std::string id, std::string name, CleanKind k
 
 CleanTarget CatalogCleaner::target(std::string id, std::string name, std::vector<std::filesystem::path> paths,
                                    const Measurement& measured) const {
-    return target(std::move(id), std::move(name), CleanKind::paths(std::move(paths)), measured.bytes,
-                  measured.hadErrors ? CleanTarget::partialSizeNote() : std::string());
+    return target(std::move(id), std::move(name), CleanKind::paths(std::move(paths)), measured.bytes, measured.notes());
 }
 
 }  // namespace kelvo

@@ -84,6 +84,10 @@ Config::Loaded Config::decode(const std::string& text) {
         if (!familyList) return defaultsBecause(Kind::wrongType, "enabledFamilies", Expected::textListOrNull);
         config.enabledFamilies = std::move(*familyList);
     }
+    if (const auto check = json.find("checkMinimumVersion"); check != json.end()) {
+        if (!check->is_boolean()) return defaultsBecause(Kind::wrongType, "checkMinimumVersion", Expected::trueOrFalse);
+        config.checkMinimumVersion = check->get<bool>();
+    }
     return {std::move(config), std::nullopt};
 }
 
@@ -108,6 +112,7 @@ std::string Config::encoded() const {
         {"keepRecentDays", keepRecentDays},
     };
     if (enabledFamilies) json["enabledFamilies"] = *enabledFamilies;
+    if (!checkMinimumVersion) json["checkMinimumVersion"] = false;
     return JsonLayout::pretty(json);
 }
 

@@ -24,6 +24,7 @@ std::string_view rawValue(ConfigProblem::Expected expected) {
         case Expected::textList: return "textList";
         case Expected::textListOrNull: return "textListOrNull";
         case Expected::wholeNumber: return "wholeNumber";
+        case Expected::trueOrFalse: return "trueOrFalse";
     }
     return "nothing";
 }

@@ -79,8 +79,11 @@ std::optional<ResourceBundle> L10n::loadBundle(const std::filesystem::path& loca
 ResourceBundle L10n::loadBundleOrExit(std::string_view name, const std::filesystem::path& fallback) {
     const auto first = LocalFiles::besideExecutable(name);
     if (auto bundle = loadBundle(first)) return std::move(*bundle);
+    const auto installed = LocalFiles::installedData(name);
+    if (auto bundle = loadBundle(installed)) return std::move(*bundle);
     if (auto bundle = loadBundle(fallback)) return std::move(*bundle);
-    std::fprintf(stderr, "could not load resource bundle: from %s or %s\n", first.c_str(), fallback.c_str());
+    std::fprintf(stderr, "could not load resource bundle: from %s, %s or %s\n", first.c_str(), installed.c_str(),
+                 fallback.c_str());
     std::exit(1);
 }
 

@@ -27,4 +27,8 @@ std::filesystem::path LocalFiles::besideExecutable(std::string_view name) {
     return (directory ? *directory : std::filesystem::path(".")) / name;
 }
 
+std::filesystem::path LocalFiles::installedData(std::string_view name) {
+    return besideExecutable(KELVO_DATA_FROM_BINDIR) / name;
+}
+
 }  // namespace kelvo

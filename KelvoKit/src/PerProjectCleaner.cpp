@@ -212,6 +212,15 @@ PerProjectCleaner::PerProjectCleaner(std::vector<std::filesystem::path> roots, s
       keepRecentDays_(keepRecentDays),
       now_(now) {}
 
+std::string PerProjectCleaner::targetID(std::string_view dirName) { return "per-project-" + std::string(dirName); }
+
+std::vector<std::string> PerProjectCleaner::targetIDs() const {
+    std::vector<std::string> ids;
+    for (const auto& spec : specs_) ids.push_back(targetID(spec.dirName));
+    if (cacheTagged_) ids.push_back(targetID(cacheTagged_->dirName));
+    return ids;
+}
+
 bool PerProjectCleaner::isRecent(std::optional<Clock::time_point> modified) const {
     if (!modified) return false;
     const double ageSeconds = std::chrono::duration<double>(now_ - *modified).count();
@@ -234,7 +243,7 @@ std::vector<CleanTarget> PerProjectCleaner::scan(const ScanContext& context) con
 
         const auto& spec = *kind.spec;
         CleanTarget target;
-        target.id = "per-project-" + spec.dirName;
+        target.id = targetID(spec.dirName);
         target.name = L10n::t("cleaner.perProject.target", spec.dirName, static_cast<std::int64_t>(kind.folders.size()));
         target.family = Family::perProject;
         target.kind = CleanKind::paths(std::move(kind.folders));
@@ -242,7 +251,7 @@ std::vector<CleanTarget> PerProjectCleaner::scan(const ScanContext& context) con
         target.reversibility = spec.reversibility;
         target.regenCost = spec.regenCost;
         target.level = spec.level;
-        target.notes = measured.hadErrors ? CleanTarget::partialSizeNote() : std::string();
+        target.notes = measured.notes();
         targets.push_back(std::move(target));
     }
     return targets;

@@ -69,7 +69,8 @@ std::vector<CleanTarget> keepingPaths(const std::vector<CleanTarget>& targets, c
         CleanTarget narrowed = target;
         narrowed.kind = CleanKind::paths(std::move(kept));
         narrowed.sizeBytes = measured.bytes;
-        if (measured.hadErrors) narrowed.notes = CleanTarget::partialSizeNote();
+        // The remarks of the new measurement replace the cleaner's; without any, its notes stay.
+        if (auto notes = measured.notes(); !notes.empty()) narrowed.notes = std::move(notes);
         result.push_back(std::move(narrowed));
     }
     return result;

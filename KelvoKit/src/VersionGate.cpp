@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kelvo/CompositeStore.h"
+#include "kelvo/Config.h"
 #include "kelvo/ICloudStore.h"
 #include "kelvo/KeychainStore.h"
 #include "kelvo/MinVersionInfo.h"
@@ -70,6 +71,8 @@ bool VersionGate::isOlder(std::string_view current, std::string_view minimum) {
 }
 
 std::string VersionGate::documentURL() { return KELVO_MIN_VERSION_URL; }
+
+bool VersionGate::enabledFor(const Config& config) { return KELVO_MIN_VERSION_CHECK && config.checkMinimumVersion; }
 
 VersionFetch VersionGate::download(std::string url) {
     return [url = std::move(url)] { return platform::httpGet(url); };

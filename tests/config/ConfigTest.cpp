@@ -48,6 +48,7 @@ TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
              "{" + others + "}",                                        // keepRecentDays missing
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})",
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})",
+             "{" + others + R"(, "keepRecentDays": 7, "checkMinimumVersion": "no"})",
              R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
              R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})",
              "{" + others + R"(, "keepRecentDays": 7)",                 // cut short
@@ -167,6 +168,7 @@ TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
     config.defaultLevel = "aggressive";
     config.keepRecentDays = -2;
     config.enabledFamilies = std::vector<std::string>{"python", "docker"};
+    config.checkMinimumVersion = false;
     ASSERT_FALSE(config.save(home.path()));
     EXPECT_EQ(load(), config);
 

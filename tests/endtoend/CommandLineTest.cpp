@@ -28,7 +28,8 @@ TEST_F(CommandLine, VersionIsPrinted) {
 }
 
 TEST_F(CommandLine, AnUnknownSubcommandIsCalledUnknown) {
-    for (const auto& arguments : std::vector<std::vector<std::string>>{{"bogus"}, {"config", "bogus"}}) {
+    for (const auto& arguments :
+         std::vector<std::vector<std::string>>{{"bogus"}, {"config", "bogus"}, {"help", "bogus"}, {"help", "prepare", "bogus"}}) {
         const auto result = testing::runTool(arguments, environment);
         EXPECT_EQ(result.exitStatus, 2) << arguments.size();
         EXPECT_NE(result.standardError.find("Unknown command: bogus"), std::string::npos) << result.standardError;
@@ -36,6 +37,19 @@ TEST_F(CommandLine, AnUnknownSubcommandIsCalledUnknown) {
     const auto none = testing::runTool({}, environment);
     EXPECT_EQ(none.exitStatus, 2);
     EXPECT_NE(none.standardError.find("A subcommand is required"), std::string::npos) << none.standardError;
+}
+
+TEST_F(CommandLine, HelpOfACommandIsItsOwnHelpAndNamesTheProgramKelvoWhateverPathStartedIt) {
+    for (const auto& words : std::vector<std::vector<std::string>>{{}, {"clean"}, {"prepare", "clean"}}) {
+        auto asked = words;
+        asked.insert(asked.begin(), "help");
+        auto flagged = words;
+        flagged.push_back("--help");
+        const auto help = testing::runTool(asked, environment);
+        EXPECT_EQ(help.exitStatus, 0) << help.standardError;
+        EXPECT_EQ(help.standardOutput, testing::runTool(flagged, environment).standardOutput) << words.size();
+        EXPECT_NE(help.standardOutput.find("Usage: kelvo "), std::string::npos) << help.standardOutput;
+    }
 }
 
 TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {

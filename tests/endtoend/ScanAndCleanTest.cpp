@@ -165,6 +165,28 @@ TEST_F(FakeHome, ScanAndDryRunListEveryPathWithItsSizeAndADryRunSpeaksInTheCondi
     }
 }
 
+TEST_F(FakeHome, JsonCleanPrintsTheReportAloneAndAsksForYesQuietCleanPrintsNothingWhenAllWent) {
+    const std::string before = testing::listing(root.path());
+    const auto refused = testing::runTool({"--catalog", "macos", "clean", "--json", "--id", "konan"}, environment);
+    EXPECT_EQ(refused.exitStatus, 2);
+    EXPECT_EQ(refused.standardOutput, "");
+    EXPECT_EQ(testing::listing(root.path()), before);
+
+    const auto konanBytes = sizeOf(".konan");
+    const auto json = testing::runTool({"--catalog", "macos", "clean", "--json", "--yes", "--id", "konan"}, environment);
+    ASSERT_EQ(json.exitStatus, 0) << json.standardError;
+    const auto report = nlohmann::json::parse(json.standardOutput);  // the document alone, nothing around it
+    EXPECT_EQ(report["deleted"], nlohmann::json::array({"konan"}));
+    EXPECT_EQ(report["freedBytes"], konanBytes);
+    EXPECT_EQ(report["dryRun"], false);
+    EXPECT_TRUE(report["skipped"].empty() && report["errors"].empty() && report["partial"].empty()) << report;
+
+    const auto quiet = testing::runTool({"--catalog", "macos", "clean", "--quiet", "--yes", "--id", "npm-cache"}, environment);
+    EXPECT_EQ(quiet.exitStatus, 0) << quiet.standardError;
+    EXPECT_EQ(quiet.standardOutput, "");
+    EXPECT_EQ(testing::listing(root.path()), testing::listingWithout(before, {"home/.konan/", "home/.npm/_cacache/"}));
+}
+
 TEST_F(FakeHome, AHomeOrTemporaryFolderAtTheRootStopsEveryCleanButNoScan) {
     const std::string before = testing::listing(root.path());
     auto homeAtRoot = environment;

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <thread>
 
+#include "kelvo/Format.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/ScanPlanJSON.h"
@@ -57,10 +58,16 @@ TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
     testing::writeFile(home / "x/y/file", 10000);
     testing::writeFile(home / "z/file", 5000);
     testing::makeDirectory(home / "empty");
+    std::filesystem::create_hard_link(home / "x/y/file", testing::writeFile(home / "w/own", 3000).parent_path() / "also");
     auto partial = pathTarget("b", {home / "x/y", home / "z"}, 99999);
     partial.notes = "kept note";
-    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"})});
-    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b"}));
+    const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"}),
+                                        pathTarget("d", {home / "x/y", home / "w"})});
+    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b", "d"}));
+    // Left with a second name of a file that goes with another target: that frees nothing.
+    const std::int64_t shared = testing::allocatedBytes(home / "w/also");
+    EXPECT_EQ(std::pair(result[2].sizeBytes, result[2].notes),
+              std::pair(testing::allocatedBytesBelow(home / "w") - shared, L10n::t("cleaner.note.sharedSize", {Format::bytes(shared)})));
     EXPECT_EQ(result[0].sizeBytes, 1);  // the winner as its cleaner measured it
     EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{home / "z"});
     EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(home / "z"));

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/WorkerPool.h"
@@ -78,13 +80,6 @@ TEST_F(DirectorySizerMeasure, CountsAllocatedBlocksOfEveryNameBelowAndNothingBey
              fs::create_symlink(writeFile(top / "real/data", 30000).parent_path(), top / "alias");
              return std::pair{top / "alias", allocatedBytes(top / "real/data")};
          }},
-        {"a hard link counts once per name",
-         [](const path& top) {
-             const path original = writeFile(top / "a/original", 64 * 1024);
-             fs::create_hard_link(original, top / "second");
-             fs::create_hard_link(original, top / "a/third");
-             return std::pair{top, allocatedBytes(top / "a") + 3 * allocatedBytes(original)};
-         }},
         {"a file alone", [](const path& top) { return std::pair{writeFile(top / "f", 12345), allocatedBytes(top / "f")}; }},
         {"missing", [](const path& top) { return std::pair{top / "missing/deeper", std::int64_t{0}}; }},
         {"dangling link",
@@ -105,6 +100,34 @@ TEST_F(DirectorySizerMeasure, CountsAllocatedBlocksOfEveryNameBelowAndNothingBey
         const auto [target, bytes] = c.build(folder);
         expectBoth(target, {bytes, false}, c.what);
     }
+}
+
+// Each query is one target's paths. The memo is shared by all of them, as in a scan, and
+// must not carry one target's verdict on a file into another's.
+TEST_F(DirectorySizerMeasure, AFileWithSeveralNamesCountsOnceAndOnlyWhenAllItsNamesAreInTheTarget) {
+    const path blob = writeFile(root / "store/blob", 64 * 1024), lib = writeFile(root / "store/lib", 32 * 1024);
+    fs::create_hard_link(blob, makeDirectory(root / "app/node_modules/.pnpm/pkg") / "blob");
+    fs::create_hard_link(lib, root / "app/node_modules/.pnpm/pkg/lib");
+    const path twice = writeFile(root / "cache/a/twice", 48 * 1024);
+    fs::create_hard_link(twice, makeDirectory(root / "cache/b") / "again");
+    const path split = writeFile(root / "first/split", 16 * 1024);
+    fs::create_hard_link(split, writeFile(root / "second/own", 8 * 1024).parent_path() / "split");
+    const std::int64_t b = allocatedBytes(blob), l = allocatedBytes(lib), t = allocatedBytes(twice), s = allocatedBytes(split);
+    const auto below = [&](const char* name) { return allocatedBytesBelow(root / name); };
+    const struct { std::vector<path> paths; std::int64_t bytes, shared; } cases[] = {
+        {{root / "cache"}, below("cache") - t, 0},
+        {{root / "app/node_modules"}, below("app/node_modules") - b - l, b + l},
+        {{root / "first"}, below("first") - s, s},
+        {{root / "first", root / "second"}, below("first") + below("second") - s, 0},
+        {{root / "second"}, below("second") - s, s},
+        {{root / "first/split"}, 0, s},
+        {{root / "store", root / "app"}, below("store") + below("app") - b - l, 0},
+    };
+    const DirectorySizer remembering(pool, {}, std::make_shared<SizeMemo>()), alone;
+    for (const auto& c : cases)
+        for (const Measurement& measured : {remembering.measureAll(c.paths), alone.measureAll(c.paths)})
+            EXPECT_EQ(std::tuple(measured.bytes, measured.sharedBytes, measured.hadErrors), std::tuple(c.bytes, c.shared, false))
+                << c.paths.front() << " and " << c.paths.size() - 1;
 }
 
 TEST_F(DirectorySizerMeasure, PathsLongerThanPathMaxAreMeasuredAndNeverGuessedEmpty) {
@@ -144,7 +167,7 @@ TEST(DirectorySizerUnreadable, PartsThatCannotBeReadGiveALowerBound) {
         WorkerPool pool(2);
         std::string answer;
         for (const path& tree : {withLocked, withListOnly})
-            for (const Measurement measurement : {DirectorySizer().measure(tree), DirectorySizer(pool).measure(tree)})
+            for (const Measurement& measurement : {DirectorySizer().measure(tree), DirectorySizer(pool).measure(tree)})
                 answer += std::to_string(measurement.bytes) + (measurement.hadErrors ? " partial\n" : " whole\n");
         return answer;
     });

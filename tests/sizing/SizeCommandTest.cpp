@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -74,6 +77,29 @@ TEST(SizeCommand, PrintsAllocatedBytesMarksALowerBoundAndFailsOnAMissingPathAfte
     EXPECT_EQ(bytesColumn(printed[3]), std::to_string(allocatedBytesBelow(clean)));
     EXPECT_TRUE(printed[4].ends_with("  " + file.string())) << printed[4];
     EXPECT_EQ(bytesColumn(printed[4]), std::to_string(allocatedBytes(file)));
+}
+
+// du run on the same paths: each file counted once across them, however many names it
+// has. du adds a folder's own blocks, which kelvo leaves out, and prints nothing for a path
+// that adds nothing new, where kelvo prints 0.
+TEST(SizeCommand, CountsAFileWithSeveralNamesOnceAcrossThePathsAsDuDoes) {
+    TempDir root;
+    const path file = writeFile(root / "tree/file", 40000), twin = writeFile(root / "twin", 30000);
+    std::filesystem::create_hard_link(file, root / "tree/again");
+    std::filesystem::create_hard_link(file, root / "second");
+    std::filesystem::create_hard_link(twin, root / "tree/twin");
+    const std::vector<std::string> paths{(root / "tree").string(), (root / "second").string(), twin.string()};
+    const path duOutput = root / "du.txt";
+    ASSERT_EQ(std::system(("/usr/bin/du -s --block-size=1 '" + paths[0] + "' '" + paths[1] + "' '" + paths[2] + "' > " +
+                           duOutput.string()).c_str()), 0);
+    std::map<std::string, std::int64_t> du;
+    std::ifstream duLines(duOutput);
+    for (std::string line; std::getline(duLines, line);) du[line.substr(line.find('\t') + 1)] = std::stoll(line);
+    const auto kelvo = lines(runTool({"size", paths[0], paths[1], paths[2]}, english).standardOutput);
+    ASSERT_EQ(kelvo.size(), paths.size());
+    for (std::size_t index = 0; index < paths.size(); ++index)
+        EXPECT_EQ(std::stoll(bytesColumn(kelvo[index])) + (index == 0 ? allocatedBytes(paths[0]) : 0), du[paths[index]])
+            << kelvo[index];
 }
 
 }  // namespace

@@ -84,7 +84,8 @@ public:
     // environment (a reload takes the new environment's).
     AppModel(Dispatcher toUserInterface, CleanService clean, PrepareService prepare,
              std::optional<VersionGate> versionGate, AppModelDependencies dependencies = {});
-    // The live model: the live gate, services built from env, the disk figure read.
+    // The live model: the live gate (none when VersionGate::enabledFor the configuration in
+    // env's home says no), services built from env, the disk figure read.
     AppModel(Dispatcher toUserInterface, const Environment& env, AppModelDependencies dependencies = {});
     ~AppModel();
     AppModel(const AppModel&) = delete;

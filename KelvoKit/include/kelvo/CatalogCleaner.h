@@ -28,7 +28,8 @@ protected:
     // A target of this detector's family and risk.
     CleanTarget target(std::string id, std::string name, CleanKind kind, std::int64_t sizeBytes,
                        std::string notes) const;
-    // A target of measured paths; its note says when the size is only a lower bound.
+    // A target of measured paths; its notes say when the size is only a lower bound and
+    // what hard links shared with other places leave unfreed.
     CleanTarget target(std::string id, std::string name, std::vector<std::filesystem::path> paths,
                        const Measurement& measured) const;
 

@@ -6,7 +6,8 @@
 // unreadable). "keepRecentDays" is a whole number however it is written (7, 7.0, 1e1);
 // 7.5 or "7" are of the wrong type.
 // Saving writes the keys sorted, two-space indented, " : " between key and value, every
-// "/" escaped, and leaves "enabledFamilies" out when it is absent.
+// "/" escaped, and leaves "enabledFamilies" out when it is absent and "checkMinimumVersion"
+// out when it is true (the optional keys: when present, of the wrong type the file is malformed).
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -25,6 +26,8 @@ struct Config {
     std::string defaultLevel = "moderate";                 // a Level raw value
     std::int64_t keepRecentDays = 3;
     std::optional<std::vector<std::string>> enabledFamilies;  // absent: every family
+    // Whether the application asks for the lowest version allowed to run when it starts.
+    bool checkMinimumVersion = true;
 
     static constexpr std::size_t maximumFileBytes = 1 << 20;
 

@@ -19,7 +19,7 @@ struct ConfigProblem {
         wrongType,    // a key's value is not of the key's type
     };
     // What the value of the key must be (wrongType only).
-    enum class Expected { nothing, text, textList, textListOrNull, wholeNumber };
+    enum class Expected { nothing, text, textList, textListOrNull, wholeNumber, trueOrFalse };
 
     Kind kind = Kind::unreadable;
     std::filesystem::path file;

@@ -1,7 +1,12 @@
 #pragma once
-// The one measure of disk usage: allocated bytes (blocks x 512) of a file or of every
-// entry below a directory (the top directory itself not counted). Symbolic links inside
-// the tree are never followed; hidden entries count; a hard link counts once per name.
+// The one measure of disk usage: the allocated bytes (blocks x 512) that removing a file,
+// or everything below a directory (the top directory itself not counted), would free.
+// Symbolic links inside the tree are never followed; hidden entries count. A file with
+// several names (hard links) counts once, and only when every one of its names lies in
+// what is measured: a file also named elsewhere frees nothing, its bytes are reported as
+// shared instead. measureAll applies that to a target's paths together, so a file named
+// in two of them counts once; measureEach counts as du does, each file once across the
+// paths, in the first that names it, wherever its other names are.
 // Parts that cannot be read are skipped and reported through hadErrors, so the bytes are
 // then a lower bound; entries removed while the walk runs are simply not counted. Only a
 // missing path (or a dangling link) measures 0 without an error; a path longer than
@@ -9,8 +14,10 @@
 // never throws.
 //
 // A sizer built on a pool splits big trees across the pool's idle workers; given a memo,
-// a path measured once is not walked again during the same scan. A stop request makes
-// the walk return early (the result is then marked hadErrors and must not be published).
+// a path measured once is not walked again during the same scan (the memo keeps each
+// path's own measurement, which measureAll combines afresh for every target). A stop
+// request makes the walk return early (the result is then marked hadErrors and must not
+// be published).
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -25,10 +32,29 @@ namespace kelvo {
 
 class WorkerPool;
 
+// A file with more than one name, as a measurement met it.
+struct LinkedFile {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t allocatedBytes = 0;
+    std::uint64_t names = 0;     // its hard links on the volume
+    std::uint64_t namesMet = 0;  // those met by the measurement
+    friend bool operator==(const LinkedFile&, const LinkedFile&) = default;
+};
+
 struct Measurement {
-    std::int64_t bytes = 0;
+    std::int64_t bytes = 0;  // what removal frees
     bool hadErrors = false;
-    friend bool operator==(const Measurement&, const Measurement&) = default;
+    std::int64_t sharedBytes = 0;  // files also named outside: not in bytes, not freed
+    // Every file met under more than one name, by device and inode: what lets the
+    // measurements of several paths be combined. Shared, as memos and targets copy it.
+    std::shared_ptr<const std::vector<LinkedFile>> linkedFiles = nullptr;
+
+    // The remarks a target of this size carries: that it is a lower bound, that some
+    // bytes are shared; empty when there is nothing to say.
+    std::string notes() const;
+    // Equal figures and equal files met (no list and an empty one are equal).
+    friend bool operator==(const Measurement& left, const Measurement& right);
 };
 
 // Measurements of one scan, by standardised path. Shared by every sizer of the scan.
@@ -49,8 +75,12 @@ public:
     DirectorySizer(WorkerPool& pool, std::stop_token stop = {}, std::shared_ptr<SizeMemo> memo = nullptr);
 
     Measurement measure(const std::filesystem::path& path) const;
-    // The paths measured one by one: their bytes summed, hadErrors when any had errors.
+    // The paths of one target, measured one by one and combined: a file named in several
+    // of them counts once, when all its names lie in them; hadErrors when any had errors.
     Measurement measureAll(const std::vector<std::filesystem::path>& paths) const;
+    // Each path's measurement, in order, as du counts: a file with several names counts
+    // once, in the first path that names it (sharedBytes stays 0).
+    std::vector<Measurement> measureEach(const std::vector<std::filesystem::path>& paths) const;
     std::int64_t size(const std::filesystem::path& path) const { return measure(path).bytes; }
 
 private:

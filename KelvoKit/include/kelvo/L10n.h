@@ -37,16 +37,18 @@ struct ResourceBundle {
 
 namespace L10n {
 
-// The bundle, loaded once, thread-safely, on first use: beside the running executable,
-// else in the source tree. When neither loads, the program stops with the message
-// "could not load resource bundle: from <first> or <second>".
+// The bundle, loaded once, thread-safely, on first use: beside the running executable (a
+// build tree), else in the installed data folder (LocalFiles::installedData), else in the
+// source tree. When none loads, the program stops with the message
+// "could not load resource bundle: from <first>, <second> or <third>".
 const ResourceBundle& bundle();
 
 // Loads a bundle directory; nothing when it is missing or a catalog is not valid JSON.
 std::optional<ResourceBundle> loadBundle(const std::filesystem::path& location);
 
-// Loads the named bundle from beside the running executable, else from the fallback
-// directory; when neither loads, the program stops with the message above.
+// Loads the named bundle from beside the running executable, else from the installed data
+// folder, else from the fallback directory; when none loads, the program stops with the
+// message above.
 ResourceBundle loadBundleOrExit(std::string_view name, const std::filesystem::path& fallback);
 
 // The language chosen from the environment among those the bundle has ("en" by default).

@@ -25,5 +25,9 @@ std::error_code writeAtomically(const std::filesystem::path& path, const std::st
 // The named item in the running executable's directory (the working directory when that
 // cannot be found): where the resource bundles and the tool travel.
 std::filesystem::path besideExecutable(std::string_view name);
+// The named item in the installed programs' data folder, found from the running
+// executable's directory (<prefix>/bin/../share/kelvo), so an installation under any
+// prefix finds its own text bundles.
+std::filesystem::path installedData(std::string_view name);
 
 }  // namespace kelvo::LocalFiles

@@ -20,6 +20,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kelvo/Cleaner.h"
@@ -67,6 +68,10 @@ public:
     const std::vector<std::filesystem::path>& roots() const { return roots_; }
     const std::vector<ArtifactSpec>& specs() const { return specs_; }
     const std::optional<ArtifactSpec>& cacheTagged() const { return cacheTagged_; }
+    // The id of the target that gathers the folders of one kind ("per-project-node_modules").
+    static std::string targetID(std::string_view dirName);
+    // Every id a scan can yield, in the order of specs(), the cache-tagged kind last; known without a scan.
+    std::vector<std::string> targetIDs() const;
     std::int64_t keepRecentDays() const { return keepRecentDays_; }
     Clock::time_point now() const { return now_; }
 

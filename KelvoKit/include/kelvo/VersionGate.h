@@ -39,6 +39,10 @@ struct VersionGate {
     // ("2-beta", "beta"; "007" is 7). Equal versions are not older.
     static bool isOlder(std::string_view current, std::string_view minimum);
 
+    // Whether the live application checks at all: not when the build left the check out
+    // (KELVO_MIN_VERSION_CHECK=OFF), nor when the configuration turns it off.
+    static bool enabledFor(const struct Config& config);
+
     static constexpr std::string_view cacheKey = "minVersionCached";
     // The build's address of the document (its path is /min-version.json).
     static std::string documentURL();

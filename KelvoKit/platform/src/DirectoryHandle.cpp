@@ -339,4 +339,16 @@ std::optional<std::int64_t> DirectoryHandle::childAllocatedBytes(std::string_vie
     return allocatedBytesOrError(::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW), status, error);
 }
 
+std::optional<StoredItem> DirectoryHandle::childStoredItem(std::string_view name, std::error_code& error) const {
+    char childName[NAME_MAX + 1];
+    if ((error = copyName(name, childName))) return std::nullopt;
+    struct stat status {};
+    if (::fstatat(fd_, childName, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        error = lastError();
+        return std::nullopt;
+    }
+    error.clear();
+    return storedItemOf(status);
+}
+
 }  // namespace kelvo::platform

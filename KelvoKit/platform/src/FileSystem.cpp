@@ -103,9 +103,10 @@ std::optional<TimePoint> modificationTime(const std::filesystem::path& path, boo
     return modificationTimeOf(*status);
 }
 
-std::int64_t allocatedSize(const std::filesystem::path& path) {
+std::optional<StoredItem> storedItem(const std::filesystem::path& path) {
     const auto status = statOf(path, true);
-    return status ? static_cast<std::int64_t>(status->st_blocks) * 512 : 0;
+    if (!status) return std::nullopt;
+    return storedItemOf(*status);
 }
 
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error) {

@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
+#include "kelvo/platform/DirectoryEntry.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo::platform {
@@ -27,6 +29,12 @@ inline EntryType entryTypeFromMode(mode_t mode) {
     if (S_ISREG(mode)) return EntryType::file;
     if (S_ISLNK(mode)) return EntryType::symlink;
     return EntryType::other;
+}
+
+inline StoredItem storedItemOf(const struct stat& status) {
+    return {static_cast<std::int64_t>(status.st_blocks) * 512, S_ISDIR(status.st_mode),
+            static_cast<std::uint64_t>(status.st_nlink),
+            static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
 }
 
 inline std::chrono::system_clock::time_point modificationTimeOf(const struct stat& status) {

@@ -64,6 +64,9 @@ public:
     // (ENOENT: the child is gone).
     std::optional<std::int64_t> allocatedBytes(std::error_code& error) const;
     std::optional<std::int64_t> childAllocatedBytes(std::string_view name, std::error_code& error) const;
+    // The same for a child entry with its count of names and its identity, so that a walk
+    // can count a file with several names once.
+    std::optional<StoredItem> childStoredItem(std::string_view name, std::error_code& error) const;
 
     int fd() const { return fd_; }
 

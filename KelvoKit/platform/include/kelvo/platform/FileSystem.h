@@ -34,8 +34,9 @@ std::optional<bool> isSymbolicLink(const std::filesystem::path& path);
 std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::path& path, bool skipHidden);
 // Content modification time; links followed or not as asked; nothing when unreadable.
 std::optional<TimePoint> modificationTime(const std::filesystem::path& path, bool followLinks = true);
-// Allocated bytes of one item (blocks x 512), links followed; 0 when unreadable.
-std::int64_t allocatedSize(const std::filesystem::path& path);
+// The space one item takes, with its names and identity, links followed; nothing when
+// unreadable.
+std::optional<StoredItem> storedItem(const std::filesystem::path& path);
 // The user id owning the item itself (links not followed); the error when it cannot be
 // read (no_such_file_or_directory when nothing is there).
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);

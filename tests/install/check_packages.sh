@@ -1,0 +1,93 @@
+#!/usr/bin/env bash
+# Makes the Debian packages of a built tree with CPack, unpacks them into a scratch root
+# (dpkg -x) and checks them: every file where Debian expects it and in the right package,
+# nothing outside /usr, versions and dependencies, a desktop entry and AppStream metadata
+# that validate, a manual page with every command, and a tool that runs from the scratch
+# root with its own texts and whose bash completion offers commands, families and ids.
+set -euo pipefail
+build=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "FAIL: $*" >&2; exit 1; }
+export HOME=$work/home PATH=/usr/bin:/bin LANG=C
+mkdir -p "$HOME"
+
+cpack --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log"; fail "cpack failed"; }
+tool=$(find "$work/packages" -maxdepth 1 -name 'kelvo_*.deb')
+app=$(find "$work/packages" -maxdepth 1 -name 'kelvo-menubar_*.deb')
+[ -f "$tool" ] && [ -f "$app" ] || fail "packages missing: $(ls "$work/packages")"
+
+version=$(dpkg-deb -f "$tool" Version)
+[ "$version" = "$(dpkg-deb -f "$app" Version)" ] || fail "the two packages differ in version"
+dpkg-deb -f "$app" Depends | grep -qF "kelvo (= $version)" || fail "kelvo-menubar does not need kelvo $version"
+for deb in "$tool" "$app"; do
+  dpkg-deb -f "$deb" Depends | grep -q 'libc6 (>=' || fail "$(basename "$deb"): no shared-library dependencies"
+  outside=$(dpkg-deb -c "$deb" | awk '{print $6}' | grep -v '^\./usr/' | grep -vx '\./' || true)
+  [ -z "$outside" ] || fail "$(basename "$deb") installs outside /usr: $outside"
+  dpkg -x "$deb" "$work/root"
+done
+
+root=$work/root
+while read -r package path; do
+  deb=$tool
+  [ "$package" = kelvo-menubar ] && deb=$app
+  dpkg-deb -c "$deb" | awk '{print $6}' | grep -qx "\./$path" || fail "$path not in $package"
+  [ -s "$root/$path" ] || fail "$path is empty"
+done <<'FILES'
+kelvo usr/bin/kelvo
+kelvo usr/share/kelvo/Kelvo_KelvoKit.bundle/en.json
+kelvo usr/share/kelvo/Kelvo_KelvoKit.bundle/es.json
+kelvo usr/share/man/man1/kelvo.1.gz
+kelvo usr/share/bash-completion/completions/kelvo
+kelvo usr/share/zsh/vendor-completions/_kelvo
+kelvo usr/share/fish/vendor_completions.d/kelvo.fish
+kelvo usr/share/doc/kelvo/copyright
+kelvo usr/share/doc/kelvo/changelog.gz
+kelvo-menubar usr/bin/kelvo-menubar
+kelvo-menubar usr/share/kelvo/Kelvo_KelvoMenuBar.bundle/en.json
+kelvo-menubar usr/share/kelvo/Kelvo_KelvoMenuBar.bundle/es.json
+kelvo-menubar usr/share/applications/dev.kelvo.KelvoMenuBar.desktop
+kelvo-menubar usr/share/icons/hicolor/scalable/apps/dev.kelvo.KelvoMenuBar.svg
+kelvo-menubar usr/share/metainfo/dev.kelvo.KelvoMenuBar.metainfo.xml
+kelvo-menubar usr/share/man/man1/kelvo-menubar.1.gz
+kelvo-menubar usr/share/doc/kelvo-menubar/copyright
+kelvo-menubar usr/share/doc/kelvo-menubar/changelog.gz
+FILES
+
+desktop-file-validate "$root/usr/share/applications/dev.kelvo.KelvoMenuBar.desktop" || fail "desktop entry invalid"
+appstreamcli validate --no-net "$root/usr/share/metainfo/dev.kelvo.KelvoMenuBar.metainfo.xml" >"$work/appstream.log" 2>&1 ||
+  { cat "$work/appstream.log"; fail "AppStream metadata invalid"; }
+zcat "$root/usr/share/doc/kelvo/changelog.gz" | head -1 | grep -qF "kelvo ($version)" || fail "changelog is not of $version"
+
+kelvo=$root/usr/bin/kelvo
+# Texts from the scratch root's own share/kelvo: a marked text shows.
+sed -i 's/"cli.command.unknown": "[^"]*"/"cli.command.unknown": "MARKED %s"/' "$root/usr/share/kelvo/Kelvo_KelvoKit.bundle/en.json"
+[ "$("$kelvo" help bogus 2>&1)" = "MARKED bogus" ] || fail "the unpacked tool does not read its own texts"
+"$kelvo" --version | grep -qx "kelvo $version" || fail "kelvo --version is not $version"
+
+commands=$("$kelvo" __complete commands)
+manual=$(zcat "$root/usr/share/man/man1/kelvo.1.gz")
+for command in $commands; do
+  grep -q "^\.SS \"kelvo $command" <<<"$manual" || fail "the manual page leaves out $command"
+done
+
+# bash completion of the unpacked tool, as bash-completion would run it.
+complete_words() {
+  bash -c 'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kelvo; printf "%s\n" "${COMPREPLY[@]}"' \
+    _ "$root/usr/share/bash-completion/completions/kelvo" "$kelvo" "$@"
+}
+while IFS='|' read -r line expected; do
+  read -ra words <<<"$line"
+  [ "${line: -1}" = " " ] && words+=("")
+  complete_words "${words[@]}" | grep -qx -- "$expected" || fail "completing 'kelvo $line' does not offer $expected"
+done <<'CASES'
+ |scan
+ |--catalog
+prepare |clean
+prepare clean --|--dry-run
+clean --id per-|per-project-node_modules
+--catalog linux clean --id |pip-cache
+scan --family py|python
+help |size
+CASES
+echo "packages ok: $(cd "$work/packages" && ls ./*.deb | xargs -n1 basename | tr '\n' ' ')"
