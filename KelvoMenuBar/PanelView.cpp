@@ -1,5 +1,6 @@
 #include "PanelView.h"
 
+#include <QLabel>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -36,11 +37,15 @@ PanelView::PanelView(AppModel& model, Updater* updater, ShellServices shell, QWi
     header_ = new Header(model_, main_);
     diskBar_ = new DiskBar(main_);
     scanRow_ = new ScanRow(model_, main_);
+    notes_ = new QLabel(main_);
+    notes_->setWordWrap(true);
+    notes_->setStyleSheet("color: palette(placeholder-text); font-size: 11px;");
     targetList_ = new TargetList(model_, main_);
     footer_ = new Footer(model_, updater, shell_.quit, main_);
     layout->addWidget(header_);
     layout->addWidget(diskBar_);
     layout->addWidget(scanRow_);
+    layout->addWidget(notes_);
     layout->addWidget(makeDivider(main_));
     layout->addWidget(targetList_, 1);
     layout->addWidget(makeDivider(main_));
@@ -57,6 +62,7 @@ PanelView::PanelView(AppModel& model, Updater* updater, ShellServices shell, QWi
     });
     connect(bridge_, &ModelBridge::changed, this, &PanelView::modelChanged);
     modelChanged(AppModel::Field::disk);
+    modelChanged(AppModel::Field::notes);
     showScreen();
 }
 
@@ -80,6 +86,11 @@ void PanelView::modelChanged(AppModel::Field field) {
         case Field::disk:
             diskBar_->setVisible(model_.disk().has_value());
             if (model_.disk()) diskBar_->display(*model_.disk());
+            break;
+        case Field::notes:
+            notes_->setVisible(!model_.notes().empty());
+            notes_->setText(notesText(model_.notes(), maxNotesShown));
+            notes_->setToolTip(notesText(model_.notes(), model_.notes().size()));
             break;
         case Field::lastReport:
         case Field::updateRequired: break;

@@ -2,7 +2,8 @@
 // The one window of the application, 420 x 560: the update-required screen while an
 // update is required, else the settings while they are open, else onboarding while no
 // configuration exists and the user has not left it, else the main panel (header, disk
-// bar, scan row, the grouped list or its empty state, footer). It keeps three view flags
+// bar, scan row, the last scan's notes when it has any, the grouped list or its empty
+// state, footer). It keeps three view flags
 // and nothing else; every figure comes from the model, and each change the model
 // publishes redraws the part that shows it. Switching the domain clears the results.
 #include <QWidget>
@@ -11,6 +12,7 @@
 #include "kelvo/AppModel.h"
 #include "panel/PanelRules.h"
 
+class QLabel;
 class QStackedLayout;
 
 namespace kelvo::app {
@@ -30,6 +32,8 @@ class PanelView : public QWidget {
     Q_OBJECT
 public:
     static constexpr QSize panelSize{420, 560};
+    // The notes shown under the scan row; all of them are in its tooltip.
+    static constexpr std::size_t maxNotesShown = 3;
 
     // The updater is optional (no check-for-updates button without one); both it and the
     // model must outlive the panel.
@@ -43,6 +47,7 @@ public:
     Header* header() const { return header_; }
     DiskBar* diskBar() const { return diskBar_; }
     ScanRow* scanRow() const { return scanRow_; }
+    QLabel* scanNotes() const { return notes_; }
     TargetList* targetList() const { return targetList_; }
     Footer* footer() const { return footer_; }
     UpdateRequiredView* updateRequiredView() const { return updateRequired_; }
@@ -74,6 +79,7 @@ private:
     Header* header_;
     DiskBar* diskBar_;
     ScanRow* scanRow_;
+    QLabel* notes_;
     TargetList* targetList_;
     Footer* footer_;
 };

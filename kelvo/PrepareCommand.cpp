@@ -16,14 +16,12 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const PrepareService& service, std::shared_ptr<ScanNotes> notes,
-                                          bool quiet) {
+ScanResult scanWithProgress(const PrepareService& service, bool quiet) {
     // The line is cleared when the scan is over, so it lives as long as the scan.
     std::optional<ProgressLine> progress;
-    ScanOptions options;
-    if (!quiet) options = progress.emplace().options();
-    options.notes = std::move(notes);
-    return Reporter::largestFirst(service.scan(options).value_or(std::vector<CleanTarget>{}));
+    auto scanned = service.scan(quiet ? ScanOptions() : progress.emplace().options()).value_or(ScanResult{});
+    scanned.targets = Reporter::largestFirst(std::move(scanned.targets));
+    return scanned;
 }
 
 }  // namespace
@@ -41,15 +39,15 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                            const PrepareService service{.env = global.liveEnvironment()};
                            const auto notes = std::make_shared<ScanNotes>();
                            if (options.json) {
-                               const auto targets = scanWithProgress(service, notes, true);
-                               ScanPlanJSON plan(targets);
-                               plan.notes = notes->take();
+                               const auto scanned = scanWithProgress(service, true);
+                               ScanPlanJSON plan(scanned.targets);
+                               plan.notes = scanned.notes;
                                fmt::print("{}\n", plan.encoded());
                            } else {
-                               const auto targets = scanWithProgress(service, notes, options.quiet);
-                               printPlan(PlanSelection(targets), global.profile());
-                               fmt::print("{}\n", PrepareSummary::line(targets));
-                               for (const auto& note : notes->take()) fmt::print("{}\n", note);
+                               const auto scanned = scanWithProgress(service, options.quiet);
+                               printPlan(PlanSelection(scanned.targets), global.profile());
+                               fmt::print("{}\n", PrepareSummary::line(scanned.targets));
+                               for (const auto& note : scanned.notes) fmt::print("{}\n", note);
                            }
                            return 0;
                        }};
@@ -58,7 +56,7 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;
-                             return runClean(scanWithProgress(service, nullptr, request.json || request.quiet), request,
+                             return runClean(scanWithProgress(service, request.json || request.quiet).targets, request,
                                              *families, global.profile(),
                                              [&](const auto& chosen, bool dryRun, bool force) {
                                                  return service.clean(chosen, dryRun, force);

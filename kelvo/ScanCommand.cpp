@@ -13,10 +13,10 @@
 namespace kelvo::tool {
 namespace {
 
-std::vector<CleanTarget> scanWithProgress(const CleanService& service, bool quiet = false) {
-    if (quiet) return service.scan().value_or(std::vector<CleanTarget>{});
+ScanResult scanWithProgress(const CleanService& service, bool quiet = false) {
+    if (quiet) return service.scan().value_or(ScanResult{});
     ProgressLine progress;
-    return service.scan(progress.options()).value_or(std::vector<CleanTarget>{});
+    return service.scan(progress.options()).value_or(ScanResult{});
 }
 
 }  // namespace
@@ -31,16 +31,15 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
                 const auto families = parseFamilies(options.familyNames);
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families);
-                const auto targets = Reporter::largestFirst(
-                    scanWithProgress(service, options.json || options.quiet));
-                const auto notes = service.catalogNotes();
+                const auto scanned = scanWithProgress(service, options.json || options.quiet);
+                const auto targets = Reporter::largestFirst(scanned.targets);
                 if (options.json) {
                     ScanPlanJSON plan(targets);
-                    plan.notes = notes;
+                    plan.notes = scanned.notes;
                     fmt::print("{}\n", plan.encoded());
                 } else {
                     printPlan(PlanSelection(targets), global.profile(), options.paths);
-                    for (const auto& note : notes) fmt::print("{}\n", note);
+                    for (const auto& note : scanned.notes) fmt::print("{}\n", note);
                 }
                 return 0;
             }};
@@ -54,7 +53,8 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
                 if (!families) return usageErrorStatus;
                 const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families, request.ids);
                 if (printRefusal(service.env)) return usageErrorStatus;
-                return runClean(scanWithProgress(service, request.json || request.quiet), request, *families, global.profile(),
+                return runClean(scanWithProgress(service, request.json || request.quiet).targets, request, *families,
+                                global.profile(),
                                 [&](const auto& chosen, bool dryRun, bool force) {
                                     return service.clean(chosen, dryRun, force);
                                 });

@@ -141,7 +141,7 @@ void AppModel::scanUntil(std::stop_token stop, Closure done) {
             ScanOptions options;
             options.stop = stop;
             auto found = service.scan(options);
-            if (found) found = Reporter::largestFirst(std::move(*found));
+            if (found) found->targets = Reporter::largestFirst(std::move(found->targets));
             reply([number, stop, found = std::move(found), done](AppModel& model) mutable {
                 model.finishScan(number, stop, std::move(found));
                 if (done) done();
@@ -151,13 +151,14 @@ void AppModel::scanUntil(std::stop_token stop, Closure done) {
 }
 
 void AppModel::finishScan(std::uint64_t scan, const std::stop_token& stop,
-                          std::optional<std::vector<CleanTarget>> found) {
+                          std::optional<ScanResult> found) {
     // Asked here, on the user-interface thread, where every cancellation happens: a scan
     // cancelled after its walk ended is still cancelled.
     if (found && !stop.stop_requested()) {
-        PlanSelection selection(std::move(*found));
+        PlanSelection selection(std::move(found->targets));
         publish(Field::targets, targets_, std::move(selection.targets));
         publishChange(Field::selectedIDs, selectedIDs_, std::move(selection.selectedIDs));
+        publishChange(Field::notes, notes_, std::move(found->notes));
         refreshDisk();
     }
     // A scan that a newer one replaced leaves the phase to that one.
@@ -176,6 +177,7 @@ void AppModel::clearResults() {
     cancelScan();
     publish(Field::targets, targets_, std::vector<CleanTarget>());
     publishChange(Field::selectedIDs, selectedIDs_, std::set<std::string>());
+    publishChange(Field::notes, notes_, std::vector<std::string>());
     if (lastReport_) publish(Field::lastReport, lastReport_, std::optional<ExecutionReport>());
 }
 

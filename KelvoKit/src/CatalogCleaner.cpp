@@ -3,13 +3,15 @@
 namespace kelvo {
 
 CatalogCleaner::CatalogCleaner(std::string id, std::string name, Family family, Level level,
-                               Reversibility reversibility, RegenCost regenCost)
+                               Reversibility reversibility, RegenCost regenCost,
+                               std::vector<std::string> guardedProcesses)
     : id_(std::move(id)),
       name_(std::move(name)),
       family_(family),
       level_(level),
       reversibility_(reversibility),
-      regenCost_(regenCost) {}
+      regenCost_(regenCost),
+      guardedProcesses_(std::move(guardedProcesses)) {}
 
 CleanTarget CatalogCleaner::target(std::string id, std::string name, CleanKind kind, std::int64_t sizeBytes,
                                    std::string notes) const {
@@ -24,6 +26,7 @@ CleanTarget CatalogCleaner::target(std::string id, std::string name, CleanKind k
         .level = level_,
         .notes = std::move(notes),
         .blockedByLink = false,
+        .guardedProcesses = guardedProcesses_,
     };
 }
 

@@ -20,24 +20,33 @@ constexpr RegenCost reindex = RegenCost::reindex;
 constexpr RegenCost redownload = RegenCost::redownload;
 constexpr Placement nowhere{};
 
+// The package managers that hold their caches while they run.
+struct Runs {
+    std::string_view programs;
+};
+constexpr Runs npmRuns{"npm"};
+constexpr Runs yarnRuns{"yarn; yarnpkg"};
+constexpr Runs pnpmRuns{"pnpm"};
+
 // Rows of each kind, with the placement on macOS then on Linux; one placement: the same
 // on both.
 constexpr Entry path(std::string_view id, Family family, Level level, RegenCost cost, Placement macos,
-                     Placement gnuLinux) {
-    return {id, Kind::path, family, level, cost, {}, macos, gnuLinux};
+                     Placement gnuLinux, Runs guards = {}) {
+    return {id, Kind::path, family, level, cost, {}, guards.programs, macos, gnuLinux};
 }
 constexpr Entry path(std::string_view id, Family family, Level level, RegenCost cost, Placement both) {
     return path(id, family, level, cost, both, both);
 }
 constexpr Entry versioned(std::string_view id, Family family, Level level, RegenCost cost, std::string_view prefixes,
                           Placement macos, Placement gnuLinux) {
-    return {id, Kind::versioned, family, level, cost, prefixes, macos, gnuLinux};
+    return {id, Kind::versioned, family, level, cost, prefixes, {}, macos, gnuLinux};
 }
 enum class On { both, macos, gnuLinux };
 constexpr Entry command(std::string_view id, Family family, Level level, RegenCost cost, std::string_view line,
-                        On on = On::both, Reversibility reversibility = Reversibility::regenerable) {
+                        On on = On::both, Reversibility reversibility = Reversibility::regenerable,
+                        Runs guards = {}) {
     const Placement placement{line, {}, reversibility};
-    return {id, Kind::command, family, level, cost, {}, on == On::gnuLinux ? nowhere : placement,
+    return {id, Kind::command, family, level, cost, {}, guards.programs, on == On::gnuLinux ? nowhere : placement,
             on == On::macos ? nowhere : placement};
 }
 
@@ -94,16 +103,18 @@ constexpr std::array table{
               {"~/Library/Android/sdk/system-images"}, {"$ANDROID_HOME/system-images > ~/Android/Sdk/system-images"}),
 
     path("npm-cache", F::jsPackages, safe, redownload, {"~/.npm/_cacache"},
-         {"$npm_config_cache/_cacache > $NPM_CONFIG_CACHE/_cacache > ~/.npm/_cacache", "index-v5|content-v2"}),
-    path("yarn-cache-lib", F::jsPackages, safe, redownload, {"~/Library/Caches/Yarn"}, nowhere),
+         {"$npm_config_cache/_cacache > $NPM_CONFIG_CACHE/_cacache > ~/.npm/_cacache", "index-v5|content-v2"},
+         npmRuns),
+    path("yarn-cache-lib", F::jsPackages, safe, redownload, {"~/Library/Caches/Yarn"}, nowhere, yarnRuns),
     path("yarn-cache-xdg", F::jsPackages, safe, redownload, {"~/.cache/yarn"},
-         {"$YARN_CACHE_FOLDER > @cache/yarn", "v6"}),
+         {"$YARN_CACHE_FOLDER > @cache/yarn", "v6"}, yarnRuns),
     path("yarn-berry-cache", F::jsPackages, safe, redownload, nowhere,
-         {"$YARN_GLOBAL_FOLDER/cache > ~/.yarn/berry/cache"}),
+         {"$YARN_GLOBAL_FOLDER/cache > ~/.yarn/berry/cache"}, yarnRuns),
     command("bun-cache", F::jsPackages, safe, redownload, "bun pm cache rm"),
     // The store is hard-linked into every project's node_modules: only pnpm may prune it.
-    command("pnpm-store-prune", F::jsPackages, moderate, redownload, "pnpm store prune"),
-    path("pnpm-metadata-cache", F::jsPackages, safe, redownload, nowhere, {"@cache/pnpm"}),
+    command("pnpm-store-prune", F::jsPackages, moderate, redownload, "pnpm store prune", On::both,
+            Reversibility::regenerable, pnpmRuns),
+    path("pnpm-metadata-cache", F::jsPackages, safe, redownload, nowhere, {"@cache/pnpm"}, pnpmRuns),
 
     path("homebrew-cache", F::devMisc, safe, redownload, {"~/Library/Caches/Homebrew"},
          {"$HOMEBREW_CACHE > @cache/Homebrew"}),
@@ -289,7 +300,7 @@ constexpr std::array table{
 };
 
 // Checked when the library is built: unique ids, places in the notation, one parent per
-// versioned entry.
+// versioned entry, which takes no guards.
 constexpr bool wellFormed(const Placement& placement, Kind kind) {
     if (kind == Kind::command) return placement.marks.empty();
     if (!CatalogPlaces::wellFormed(placement.places)) return false;
@@ -302,6 +313,7 @@ constexpr bool wellFormed() {
         if (entry.id.empty() || !wellFormed(entry.macos, entry.kind) || !wellFormed(entry.gnuLinux, entry.kind))
             return false;
         if (entry.macos.places.empty() && entry.gnuLinux.places.empty()) return false;
+        if (entry.kind == Kind::versioned && !entry.guards.empty()) return false;
         for (std::size_t other = 0; other < index; ++other)
             if (table[other].id == entry.id) return false;
     }

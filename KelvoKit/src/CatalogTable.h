@@ -2,9 +2,10 @@
 // Private to the library: the clean catalog as one table, one row per detector id, in
 // catalog order (the per-project entry, built from its own rows, comes last). A row holds
 // what is true of the id on every system (kind, family, level, cost, the prefixes of a
-// versioned entry) and, per catalog profile, where the tool keeps its data there: the
-// places, the marks its tool leaves in them (PlaceMarks) and their reversibility. A row
-// whose placement for a profile is empty has no entry in that profile's catalog.
+// versioned entry, the programs that guard its data while they run) and, per catalog
+// profile, where the tool keeps its data there: the places, the marks its tool leaves in
+// them (PlaceMarks) and their reversibility. A row whose placement for a profile is empty
+// has no entry in that profile's catalog.
 //
 // The table is a constexpr array in the library, not a data file beside the text bundles:
 // building the catalog then reads no file and cannot fail, the compiler checks every
@@ -22,7 +23,7 @@
 //                            fallback's own place counts as the fallback
 //   "place unless $VAR"      left out while the variable is set (it replaces the place)
 //   "dir/{a,b}/{c,d}"        brace alternatives, expanded left to right like the shell's
-// Marks and prefixes are lists with "; " between the elements.
+// Marks, prefixes and guards are lists with "; " between the elements.
 #include <span>
 #include <string_view>
 
@@ -51,6 +52,9 @@ struct Entry {
     Level level = Level::safe;
     RegenCost cost = RegenCost::rebuild;
     std::string_view prefixes = {};
+    // Programs that write the entry's places while they run (kept with the entry, not the
+    // family: bun running does not hold npm's cache); a path or command entry only.
+    std::string_view guards = {};
     Placement macos;
     Placement gnuLinux;
 

@@ -4,15 +4,27 @@
 
 namespace kelvo {
 
+namespace {
+
+void keepEnabled(CleanerList& cleaners, const Environment& env) {
+    if (!env.enabledFamilies) return;
+    std::erase_if(cleaners, [&](const auto& cleaner) { return !env.enabledFamilies->contains(cleaner->family()); });
+}
+
+}  // namespace
+
 CleanerList CleanService::enabledCleaners() const {
     CleanerList cleaners = CleanerRegistry::makeCleaners(env);
-    if (!env.enabledFamilies) return cleaners;
-    std::erase_if(cleaners, [&](const auto& cleaner) { return !env.enabledFamilies->contains(cleaner->family()); });
+    keepEnabled(cleaners, env);
     return cleaners;
 }
 
-std::optional<std::vector<CleanTarget>> CleanService::scan(const ScanOptions& options) const {
-    return Scanner(enabledCleaners()).scan(options);
+std::optional<ScanResult> CleanService::scan(const ScanOptions& options) const {
+    auto catalog = CleanerRegistry::build(env);
+    keepEnabled(catalog.cleaners, env);
+    auto result = Scanner(std::move(catalog.cleaners), guard()).scan(options);
+    if (result) result->notes.insert(result->notes.begin(), catalog.notes.begin(), catalog.notes.end());
+    return result;
 }
 
 CleanService CleanService::narrowedTo(const std::set<Family>& families, const std::vector<std::string>& ids) const {
@@ -21,13 +33,11 @@ CleanService CleanService::narrowedTo(const std::set<Family>& families, const st
     return narrowed;
 }
 
-std::vector<std::string> CleanService::catalogNotes() const { return CleanerRegistry::build(env).notes; }
-
 std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {
-    const auto targets = Scanner(CleanerRegistry::makeCleaners(env)).scan(options);
-    if (!targets) return std::nullopt;
+    const auto scanned = Scanner(CleanerRegistry::makeCleaners(env), guard()).scan(options);
+    if (!scanned) return std::nullopt;
     std::set<Family> families;
-    for (const auto& target : *targets) families.insert(target.family);
+    for (const auto& target : scanned->targets) families.insert(target.family);
     return families;
 }
 

@@ -149,10 +149,11 @@ public:
         if (placement.places.empty()) return;
         const std::string id(entry.id);
         std::string name = L10n::t("cleaner." + id);
+        auto guards = CatalogPlaces::list(entry.guards);
         if (entry.kind == CatalogTable::Kind::command) {
-            cleaners_.push_back(std::make_shared<CommandCleaner>(id, std::move(name), entry.family,
-                                                                 std::string(placement.places), entry.level,
-                                                                 placement.reversibility, entry.cost, 0));
+            cleaners_.push_back(std::make_shared<CommandCleaner>(
+                id, std::move(name), entry.family, std::string(placement.places), entry.level, placement.reversibility,
+                entry.cost, 0, CommandCleaner::ToolCheck(), std::move(guards)));
             return;
         }
         auto marks = CatalogPlaces::list(placement.marks);
@@ -173,7 +174,8 @@ public:
         for (const auto& place : places) relativePaths.push_back(place.relative_path().string());
         cleaners_.push_back(std::make_shared<PathCleaner>(id, std::move(name), entry.family, "/",
                                                           std::move(relativePaths), entry.level,
-                                                          placement.reversibility, entry.cost, std::move(marks)));
+                                                          placement.reversibility, entry.cost, std::move(marks),
+                                                          std::move(guards)));
     }
     void add(std::shared_ptr<const Cleaner> cleaner) { cleaners_.push_back(std::move(cleaner)); }
 

@@ -7,8 +7,9 @@ namespace kelvo {
 
 CommandCleaner::CommandCleaner(std::string id, std::string name, Family family, std::string command, Level level,
                                Reversibility reversibility, RegenCost regenCost, std::int64_t estimateBytes,
-                               ToolCheck toolAvailable)
-    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
+                               ToolCheck toolAvailable, std::vector<std::string> guardedProcesses)
+    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost,
+                     std::move(guardedProcesses)),
       command_(std::move(command)),
       estimateBytes_(estimateBytes),
       toolAvailable_(toolAvailable ? std::move(toolAvailable) : ToolCheck(&CommandCleaner::which)) {}

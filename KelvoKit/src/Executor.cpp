@@ -144,7 +144,8 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
         const CleanTarget& target = targets[index];
         ExecutionReport& report = reports[index];
         if (!force) {
-            const auto& names = guardedProcesses(target.family);
+            auto names = guardedProcesses(target.family);
+            names.insert(names.end(), target.guardedProcesses.begin(), target.guardedProcesses.end());
             const auto running = std::find_if(names.begin(), names.end(),
                                               [&](const std::string& name) { return processes.isRunning(name); });
             if (running != names.end()) {

@@ -7,8 +7,9 @@ namespace kelvo {
 
 PathCleaner::PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                          std::vector<std::string> relativePaths, Level level, Reversibility reversibility,
-                         RegenCost regenCost, PlaceMarks::Marks marks)
-    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost),
+                         RegenCost regenCost, PlaceMarks::Marks marks, std::vector<std::string> guardedProcesses)
+    : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost,
+                     std::move(guardedProcesses)),
       home_(std::move(home)),
       relativePaths_(std::move(relativePaths)),
       marks_(std::move(marks)) {}

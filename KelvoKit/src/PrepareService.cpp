@@ -9,8 +9,8 @@ CleanerList PrepareService::preparers() const {
                                           systemRoot);
 }
 
-std::optional<std::vector<CleanTarget>> PrepareService::scan(const ScanOptions& options) const {
-    return Scanner(preparers()).scan(options);
+std::optional<ScanResult> PrepareService::scan(const ScanOptions& options) const {
+    return Scanner(preparers(), guard()).scan(options);
 }
 
 SafetyGuard PrepareService::guard() const {

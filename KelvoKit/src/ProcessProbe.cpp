@@ -18,6 +18,12 @@ bool pgrepFinds(const std::string& option, const std::string& pattern) {
     return outcome && outcome->exitStatus == 0;
 }
 
+// A program that rewrites its title to its name and arguments ("npm install") is named by
+// the title's first word.
+bool titleBegins(const std::string& title, const std::string& name) {
+    return title.size() > name.size() && title.starts_with(name) && title[name.size()] == ' ';
+}
+
 }  // namespace
 
 bool LiveProcessProbe::isRunning(const std::string& name) const {
@@ -25,7 +31,9 @@ bool LiveProcessProbe::isRunning(const std::string& name) const {
     const auto processes = processTable();
     if (!processes) return pgrepFinds("-x", name);
     for (const auto& process : *processes)
-        if (process.shortName == name || process.programName == name) return true;
+        if (process.shortName == name || process.programName == name || titleBegins(process.shortName, name) ||
+            titleBegins(process.programName, name))
+            return true;
     return false;
 }
 

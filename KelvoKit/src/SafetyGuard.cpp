@@ -1,5 +1,7 @@
 #include "kelvo/SafetyGuard.h"
 
+#include <algorithm>
+
 #include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/platform/FileSystem.h"
@@ -21,36 +23,51 @@ std::optional<std::string> SafetyGuard::refusalFor(const Environment& env) {
     return std::nullopt;
 }
 
-bool SafetyGuard::isDeletable(const std::filesystem::path& path) const {
+SafetyGuard::Settled SafetyGuard::settled() const {
+    Settled settled;
+    settled.anchored_ = anchorsRemoval(home);
+    settled.home_ = normalForm(home);
+    const auto normalised = [](const std::vector<std::filesystem::path>& list) {
+        std::vector<std::string> forms;
+        for (const auto& entry : list)
+            if (auto form = normalForm(entry); !form.empty()) forms.push_back(std::move(form));
+        return forms;
+    };
+    settled.roots_ = normalised(allowedRoots);
+    settled.protected_ = normalised(protectedPaths);
+    settled.exclusions_ = normalised(extraExclusions);
+    return settled;
+}
+
+std::optional<SafetyGuard::Refusal> SafetyGuard::Settled::refusal(const std::filesystem::path& path) const {
     const std::string candidate = normalForm(path);
-    if (candidate.empty() || !anchorsRemoval(home)) return false;
+    if (candidate.empty()) return Refusal::outsideAllowedRoots;
+    if (!anchored_) return Refusal::home;
 
     bool insideRoot = false;
-    for (const auto& root : allowedRoots) {
-        const std::string normalRoot = normalForm(root);
+    for (const auto& root : roots_) {
         // A root is never deletable itself, but another root may still contain it.
-        if (normalRoot.empty() || Paths::same(normalRoot, candidate)) continue;
-        if (Paths::isInside(candidate, normalRoot)) {
+        if (Paths::same(root, candidate)) continue;
+        if (Paths::isInside(candidate, root)) {
             insideRoot = true;
             break;
         }
     }
-    if (!insideRoot) return false;
+    if (!insideRoot) return Refusal::outsideAllowedRoots;
 
-    if (Paths::same(candidate, normalForm(home))) return false;
+    if (Paths::same(candidate, home_)) return Refusal::home;
 
     // Protected paths and exclusions refuse themselves, everything inside them and every
     // folder that holds them (removing ~/Library would take ~/Library/.../Archives along).
-    for (const auto* list : {&protectedPaths, &extraExclusions}) {
-        for (const auto& entry : *list) {
-            const std::string normalEntry = normalForm(entry);
-            if (normalEntry.empty()) continue;
-            if (Paths::same(candidate, normalEntry) || Paths::isInside(candidate, normalEntry) ||
-                Paths::isInside(normalEntry, candidate))
-                return false;
-        }
-    }
-    return true;
+    const auto touches = [&](const std::vector<std::string>& list) {
+        return std::any_of(list.begin(), list.end(), [&](const std::string& entry) {
+            return Paths::same(candidate, entry) || Paths::isInside(candidate, entry) ||
+                   Paths::isInside(entry, candidate);
+        });
+    };
+    if (touches(protected_)) return Refusal::protectedPath;
+    if (touches(exclusions_)) return Refusal::exclusion;
+    return std::nullopt;
 }
 
 }  // namespace kelvo

@@ -1,5 +1,7 @@
 #include "kelvo/Scanner.h"
 
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -76,7 +78,42 @@ std::vector<CleanTarget> keepingPaths(const std::vector<CleanTarget>& targets, c
     return result;
 }
 
+// One note for the paths left out for one reason: how many, and the first few of them.
+std::string leftOutNote(SafetyGuard::Refusal reason, const std::vector<std::string>& paths) {
+    constexpr std::size_t shown = 3;
+    std::string listed;
+    for (std::size_t index = 0; index < paths.size() && index < shown; ++index)
+        listed += (index ? ", " : "") + paths[index];
+    if (paths.size() > shown)
+        listed = L10n::t("scan.note.andMore", listed, static_cast<std::int64_t>(paths.size() - shown));
+    const char* key = reason == SafetyGuard::Refusal::outsideAllowedRoots ? "scan.note.outsideAllowedRoots"
+                      : reason == SafetyGuard::Refusal::exclusion         ? "scan.note.excluded"
+                                                                          : "scan.note.protected";
+    const auto count = static_cast<std::int64_t>(paths.size());
+    return L10n::plural(key, count, count, listed);
+}
+
 }  // namespace
+
+std::vector<CleanTarget> Scanner::deletableOnly(const std::vector<CleanTarget>& targets, const SafetyGuard& guard,
+                                                ScanNotes& notes, const DirectorySizer& sizer) {
+    const SafetyGuard::Settled settled = guard.settled();
+    // By reason, in the order the rules are tried; the home itself counts as protected.
+    std::map<SafetyGuard::Refusal, std::vector<std::string>> leftOut;
+    auto kept = keepingPaths(targets, sizer, [&](const CleanTarget&, const std::filesystem::path& url) {
+        const auto refusal = settled.refusal(url);
+        if (!refusal) return true;
+        // A link that leads out of the allowed roots is shown, marked by markLinks: the
+        // user sees that the place is a link, which is why it stays.
+        if (*refusal == SafetyGuard::Refusal::outsideAllowedRoots && RemovalChecks::linkReason(url)) return true;
+        const auto reason = *refusal == SafetyGuard::Refusal::home ? SafetyGuard::Refusal::protectedPath : *refusal;
+        auto& paths = leftOut[reason];
+        if (std::find(paths.begin(), paths.end(), url.string()) == paths.end()) paths.push_back(url.string());
+        return false;
+    });
+    for (const auto& [reason, paths] : leftOut) notes.add(leftOutNote(reason, paths));
+    return kept;
+}
 
 std::vector<CleanTarget> Scanner::dedup(const std::vector<CleanTarget>& targets, const DirectorySizer& sizer) {
     const PathOwners owners = ownersOf(targets);
@@ -106,7 +143,7 @@ std::vector<CleanTarget> Scanner::markLinks(std::vector<CleanTarget> targets) {
     return targets;
 }
 
-std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options) const {
+std::optional<ScanResult> Scanner::scan(const ScanOptions& options) const {
     std::unique_ptr<WorkerPool> ownPool;
     WorkerPool* pool = options.pool;
     if (!pool) {
@@ -116,7 +153,8 @@ std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options
     // One memo for the whole scan: de-duplication re-measures paths the cleaners have
     // measured already, and must not walk them again.
     const DirectorySizer sizer(*pool, options.stop, std::make_shared<SizeMemo>());
-    const ScanContext context{sizer, options.stop, options.notes};
+    const auto notes = std::make_shared<ScanNotes>();
+    const ScanContext context{sizer, options.stop, notes};
 
     // Results are kept per cleaner and joined in catalog order, so a scan's output does
     // not depend on which cleaner finished first.
@@ -140,9 +178,11 @@ std::optional<std::vector<CleanTarget>> Scanner::scan(const ScanOptions& options
     std::vector<CleanTarget> accumulated;
     for (auto& list : results)
         for (auto& target : list) accumulated.push_back(std::move(target));
-    auto offered = markLinks(dedup(ownPathsOnly(accumulated, sizer), sizer));
+    auto offered = ownPathsOnly(accumulated, sizer);
+    if (guard_) offered = deletableOnly(offered, *guard_, *notes, sizer);
+    offered = markLinks(dedup(offered, sizer));
     if (options.stop.stop_requested()) return std::nullopt;
-    return offered;
+    return ScanResult{std::move(offered), notes->take()};
 }
 
 }  // namespace kelvo

@@ -75,4 +75,12 @@ QString rowTooltip(const CleanTarget& target) {
     return lines.join('\n');
 }
 
+QString notesText(const std::vector<std::string>& notes, std::size_t shown) {
+    QStringList lines;
+    for (std::size_t index = 0; index < notes.size() && index < shown; ++index)
+        lines << QString::fromStdString(notes[index]);
+    if (notes.size() > shown) lines << QStringLiteral("…");
+    return lines.join('\n');
+}
+
 }  // namespace kelvo::app

@@ -5,6 +5,7 @@
 #include <QString>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "kelvo/AppModel.h"
@@ -31,6 +32,8 @@ QString actionTitle(AppModel::Domain domain, bool nothingSelected, std::int64_t 
 // Freed bytes, then the partial and skipped counts when there are any; errors are not shown.
 QString resultLine(const ExecutionReport& report);
 QString riskText(const CleanTarget& target);
+// The first `shown` notes, one a line, and a last line "…" when there are more.
+QString notesText(const std::vector<std::string>& notes, std::size_t shown);
 
 // How many paths a row's tooltip lists before it says how many more there are.
 inline constexpr std::size_t tooltipPathCount = 8;

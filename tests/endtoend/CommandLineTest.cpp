@@ -52,6 +52,23 @@ TEST_F(CommandLine, HelpOfACommandIsItsOwnHelpAndNamesTheProgramKelvoWhateverPat
     }
 }
 
+TEST_F(CommandLine, ScanSaysWhatAnExclusionLeftOutOfAGroupAndCleanRemovesTheRest) {
+    const auto home = root / "home";
+    testing::writeText(home / ".config/kelvo/config.json",
+                       R"({"projectRoots": ["~/p"], "extraExclusions": ["~/p/b"], "defaultLevel": "moderate",
+                           "keepRecentDays": 0})");
+    for (const char* project : {"a", "b"}) testing::writeFile(home / "p" / project / "node_modules/m/index.js", 8000);
+    const auto scan = testing::runTool({"--catalog", "linux", "scan"}, environment);
+    ASSERT_EQ(scan.exitStatus, 0) << scan.standardError;
+    EXPECT_NE(scan.standardOutput.find("inside your exclusions and is not offered: " + (home / "p/b/node_modules").string()),
+              std::string::npos) << scan.standardOutput;
+
+    const auto clean = testing::runTool({"--catalog", "linux", "clean", "--yes", "--family", "projects"}, environment);
+    EXPECT_EQ(clean.exitStatus, 0) << clean.standardOutput << clean.standardError;
+    EXPECT_FALSE(std::filesystem::exists(home / "p/a/node_modules"));
+    EXPECT_TRUE(std::filesystem::exists(home / "p/b/node_modules/m/index.js"));
+}
+
 TEST_F(CommandLine, ReportCountsOneTargetAndNamesBytesOnlyWhenRounded) {
     const auto derivedData = root / "home/Library/Developer/Xcode/DerivedData";
     testing::writeFile(derivedData / "App-abc/Build/out.o", 20000);

@@ -123,7 +123,7 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
     ASSERT_TRUE(result);
     std::vector<std::string> expected;
     for (int i = 0; i < 40; ++i) expected.push_back("t" + std::to_string(i));
-    EXPECT_EQ(idsOf(*result), expected);
+    EXPECT_EQ(idsOf(result->targets), expected);
     ASSERT_EQ(reports.size(), 41u);
     EXPECT_EQ(reports.back().cleanersFinished, 41u);
     EXPECT_EQ(reports.back().cleanersTotal, 41u);
@@ -164,8 +164,9 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
                                       withNote(pathTarget("linked", {home / "link"}, 0), "partial"),
                                       pathTarget("below-link", {home / "other-link/file"})})};
 
-    const auto result = Scanner(cleaners).scan();
-    ASSERT_TRUE(result);
+    const auto scanned = Scanner(cleaners).scan();
+    ASSERT_TRUE(scanned);
+    const auto* result = &scanned->targets;
     ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
     EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
     EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <stdexcept>
+
 #include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/Config.h"
@@ -8,6 +11,7 @@
 #include "kelvo/PrepareService.h"
 #include "support/AppBundle.h"
 #include "support/Instants.h"
+#include "support/NamedProcess.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TargetIds.h"
 #include "support/Targets.h"
@@ -52,17 +56,17 @@ std::set<Family> familiesOf(const std::vector<CleanTarget>& targets) {
 TEST_F(CleanServiceOnFakeHome, EnabledFamiliesFilterTheScanButNotTheDetection) {
     const auto all = service().scan();
     ASSERT_TRUE(all);
-    EXPECT_TRUE(familiesOf(*all).contains(Family::xcodeCore));
-    EXPECT_TRUE(familiesOf(*all).contains(Family::androidGradle));
+    EXPECT_TRUE(familiesOf(all->targets).contains(Family::xcodeCore));
+    EXPECT_TRUE(familiesOf(all->targets).contains(Family::androidGradle));
 
     env.enabledFamilies = std::set<Family>{Family::xcodeCore};
     const auto onlyXcode = service().scan();
     ASSERT_TRUE(onlyXcode);
-    EXPECT_EQ(familiesOf(*onlyXcode), std::set<Family>{Family::xcodeCore});
+    EXPECT_EQ(familiesOf(onlyXcode->targets), std::set<Family>{Family::xcodeCore});
 
     env.enabledFamilies = std::set<Family>{};
     EXPECT_TRUE(service().enabledCleaners().empty());
-    EXPECT_TRUE(service().scan()->empty());
+    EXPECT_TRUE(service().scan()->targets.empty());
     const auto detected = service().detectFamilies();
     ASSERT_TRUE(detected);
     EXPECT_TRUE(detected->contains(Family::xcodeCore));
@@ -82,8 +86,9 @@ TEST_F(CleanServiceOnFakeHome, GuardAllowsHomeAndTemporaryFolderAndTheFlutterBin
 }
 
 TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
-    const auto targets = service().scan();
-    ASSERT_TRUE(targets);
+    const auto scanned = service().scan();
+    ASSERT_TRUE(scanned);
+    const auto* targets = &scanned->targets;
     ASSERT_FALSE(targets->empty());
     const std::string before = testing::listing(home.path());
     const auto report = service().clean(*targets, true, false);
@@ -92,6 +97,58 @@ TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
     for (const auto& target : *targets) expected += target.sizeBytes;
     EXPECT_EQ(report.freedBytes, expected);
     EXPECT_EQ(report.deleted.size(), targets->size());
+}
+
+const CleanTarget& withID(const ScanResult& scanned, const std::string& id) {
+    const auto found = std::ranges::find(scanned.targets, id, &CleanTarget::id);
+    if (found == scanned.targets.end()) throw std::runtime_error(id + " not offered");
+    return *found;
+}
+
+TEST_F(CleanServiceOnFakeHome, WhatTheGuardRefusesIsLeftOutWithANoteAndTheRestOfAGroupIsOfferedAndRemoved) {
+    TempDir opt;
+    const auto modules = [](const std::filesystem::path& project) {
+        return testing::writeFile(project / "node_modules/x/index.js", 8000).parent_path().parent_path();
+    };
+    const std::tuple<const char*, std::filesystem::path, bool> cases[] = {
+        {"scan.note.excluded", home / "projects/b", true},
+        {"scan.note.outsideAllowedRoots", opt / "c", false},
+        {"scan.note.protected", home / ".android/avd/d", false},
+    };
+    for (const auto& [key, project, excluded] : cases) {
+        const auto kept = modules(home / "projects/a");
+        const auto leftOut = modules(project);
+        env.keepRecentDays = 0;
+        env.projectRoots = {(home / "projects/a").string(), project.string()};
+        env.extraExclusions = excluded ? std::vector<std::string>{project.string()} : std::vector<std::string>{};
+        const auto scanned = service().scan();
+        ASSERT_TRUE(scanned);
+        const auto& offered = withID(*scanned, "per-project-node_modules");
+        EXPECT_EQ(offered.kind.pathList(), std::vector{kept}) << key;
+        EXPECT_EQ(offered.sizeBytes, testing::allocatedBytesBelow(kept));
+        EXPECT_EQ(scanned->notes, std::vector{L10n::plural(key, 1, 1, leftOut.string())});
+        EXPECT_EQ(service().clean({offered}, false, false).deleted, std::vector{offered.id});
+        EXPECT_FALSE(std::filesystem::exists(kept));
+        EXPECT_TRUE(std::filesystem::exists(leftOut / "x/index.js"));
+    }
+}
+
+TEST_F(CleanServiceOnFakeHome, TheNpmCacheStaysWhileNpmRunsUnlessForced) {
+    // npm shows itself under its command ("npm install"), not its bare name.
+    testing::NamedProcess npm(tmp / "bin/npm install");
+    ASSERT_GT(npm.pid(), 0);
+    const auto others = std::make_shared<StubProcessProbe>(std::vector<std::string>{"bun", "deno", "node"});
+    const std::tuple<std::shared_ptr<const ProcessProbe>, bool, bool> cases[] = {
+        {liveProcessProbe(), false, false}, {liveProcessProbe(), true, true}, {others, false, true}};
+    for (const auto& [probe, force, removed] : cases) {
+        const auto cache = testing::writeFile(home / ".npm/_cacache/index-v5/00/entry", 4096);
+        const CleanService service{env, probe, {}};
+        const auto scanned = service.scan();
+        ASSERT_TRUE(scanned);
+        const auto report = service.clean({withID(*scanned, "npm-cache")}, false, force);
+        EXPECT_EQ(std::filesystem::exists(cache), !removed) << force;
+        EXPECT_EQ(report.skipped.size(), removed ? 0u : 1u);
+    }
 }
 
 struct CommandLog {
@@ -138,8 +195,9 @@ TEST(PrepareService, ScanRunsTheThreeDetectorsAndKeepsDataOfInstalledAppsEvenWhe
 
     auto service = serviceFor(home, root / "tmp");
     service.appIndexDirs = std::vector<std::filesystem::path>{apps};
-    const auto targets = service.scan();
-    ASSERT_TRUE(targets);
+    const auto scanned = service.scan();
+    ASSERT_TRUE(scanned);
+    const auto* targets = &scanned->targets;
     EXPECT_EQ(idSetOf(*targets), (std::set<std::string>{"app:com.x.Old", "leftover:com.gone.Old", "sim-runtime:R1"}));
     std::vector<CleanTarget> leftovers;
     for (const auto& target : *targets)
@@ -231,9 +289,9 @@ TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
     givenNull.metadata = nullptr;
     givenNull.simLister = nullptr;
     for (const auto* service : {&leftOut, &givenNull}) {
-        const auto targets = service->scan();
-        ASSERT_TRUE(targets);
-        const auto ids = testing::idSetOf(*targets);
+        const auto scanned = service->scan();
+        ASSERT_TRUE(scanned);
+        const auto ids = testing::idSetOf(scanned->targets);
         EXPECT_TRUE(ids.contains("app:com.x.Old") && ids.contains("leftover:com.gone.Editor"))
             << ::testing::PrintToString(ids);
     }

@@ -1,6 +1,6 @@
 #pragma once
 // The one observable object behind the desktop screens: the active domain, the last
-// scan's targets (largest first), the user's selection, the phase of work, the last clean
+// scan's targets (largest first) and notes, the user's selection, the phase of work, the last clean
 // report, the disk figures and whether an update is required, with the operations the
 // screens trigger. Scanning and cleaning are delegated to the service of the active
 // domain; the model itself never touches the file system for them.
@@ -76,7 +76,7 @@ public:
     enum class Domain { clean, prepare };
     enum class Phase { idle, scanning, cleaning, done };
     // The published fields, as observers are told of them.
-    enum class Field { domain, targets, selectedIDs, phase, lastReport, disk, updateRequired };
+    enum class Field { domain, targets, selectedIDs, phase, lastReport, disk, updateRequired, notes };
     using Observer = std::function<void(Field)>;
 
     // Published fields at their initial values, no disk figure yet. The user's home, for
@@ -103,6 +103,9 @@ public:
     void setDomain(Domain domain);
     const std::vector<CleanTarget>& targets() const { return targets_; }
     const std::set<std::string>& selectedIDs() const { return selectedIDs_; }
+    // The last scan's remarks on what it left out or could not read (ScanResult::notes);
+    // kept until the next scan or clearResults.
+    const std::vector<std::string>& notes() const { return notes_; }
     void setSelectedIDs(std::set<std::string> ids);
     Phase phase() const { return phase_; }
     const std::optional<ExecutionReport>& lastReport() const { return lastReport_; }
@@ -159,7 +162,7 @@ private:
     template <class MakeWork>
     Closure forActiveService(MakeWork makeWork) const;
     void scanUntil(std::stop_token stop, Closure done);
-    void finishScan(std::uint64_t scan, const std::stop_token& stop, std::optional<std::vector<CleanTarget>> found);
+    void finishScan(std::uint64_t scan, const std::stop_token& stop, std::optional<ScanResult> found);
     void finishRun(ExecutionReport report);
     const std::filesystem::path& home() const { return clean_.env.home; }
 
@@ -170,6 +173,7 @@ private:
     Domain domain_ = Domain::clean;
     std::vector<CleanTarget> targets_;
     std::set<std::string> selectedIDs_;
+    std::vector<std::string> notes_;
     Phase phase_ = Phase::idle;
     std::optional<ExecutionReport> lastReport_;
     std::optional<DiskSpace> disk_;

@@ -1,8 +1,9 @@
 #pragma once
 // What every detector of either catalog whose targets all carry one family and one risk
 // shares (fixed paths, versioned folders, tool commands, leftovers, unused applications,
-// old runtimes): its identity, that family and risk, and the one way a target is built
-// from them.
+// old runtimes): its identity, that family and risk, the programs that guard its data
+// while they run (CleanTarget::guardedProcesses), and the one way a target is built from
+// them.
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -20,10 +21,11 @@ public:
     Level level() const { return level_; }
     Reversibility reversibility() const { return reversibility_; }
     RegenCost regenCost() const { return regenCost_; }
+    const std::vector<std::string>& guardedProcesses() const { return guardedProcesses_; }
 
 protected:
     CatalogCleaner(std::string id, std::string name, Family family, Level level, Reversibility reversibility,
-                   RegenCost regenCost);
+                   RegenCost regenCost, std::vector<std::string> guardedProcesses = {});
 
     // A target of this detector's family and risk.
     CleanTarget target(std::string id, std::string name, CleanKind kind, std::int64_t sizeBytes,
@@ -40,6 +42,7 @@ private:
     Level level_;
     Reversibility reversibility_;
     RegenCost regenCost_;
+    std::vector<std::string> guardedProcesses_;
 };
 
 }  // namespace kelvo

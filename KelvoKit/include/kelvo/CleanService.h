@@ -27,11 +27,11 @@ struct CleanService {
 
     // The enabled cleaners of the catalog (all when no set is configured, none for an empty set).
     CleanerList enabledCleaners() const;
-    // Unsorted targets; nothing when the scan was stopped.
-    std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
-    // What the catalog left out and why (CleanerRegistry::BuiltCatalog::notes).
-    std::vector<std::string> catalogNotes() const;
-    // The families that have targets in a scan of the whole catalog, enabled or not.
+    // Unsorted targets, none that guard() refuses, and the notes: the catalog's (what it
+    // left out and why), then the scan's. Nothing when the scan was stopped.
+    std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
+    // The families that have targets guard() allows in a scan of the whole catalog,
+    // enabled or not.
     std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
     // The same service with its scan narrowed to the families (an empty set changes

@@ -3,6 +3,7 @@
 // alone: selections, reports and de-duplication compare ids, so no equality is defined.
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "kelvo/CleanKind.h"
 #include "kelvo/Family.h"
@@ -23,6 +24,9 @@ struct CleanTarget {
     // The executor will refuse it for a link (a path is a symbolic link or reached through
     // one): it is offered so the user sees it, with a note saying why, and never preselected.
     bool blockedByLink = false;
+    // Programs besides those of its family (kelvo/Family.h guardedProcesses) that write its
+    // data while they run: the executor leaves it alone while one runs, unless forced.
+    std::vector<std::string> guardedProcesses;
 
     // The text used as notes when a size could be measured only in part (looked up each call).
     static std::string partialSizeNote();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "kelvo/CatalogCleaner.h"
 
@@ -19,7 +20,7 @@ public:
     // An empty toolAvailable means CommandCleaner::which.
     CommandCleaner(std::string id, std::string name, Family family, std::string command, Level level,
                    Reversibility reversibility, RegenCost regenCost, std::int64_t estimateBytes,
-                   ToolCheck toolAvailable = {});
+                   ToolCheck toolAvailable = {}, std::vector<std::string> guardedProcesses = {});
 
     // True when `/usr/bin/which tool` can be started and exits with status 0.
     static bool which(const std::string& tool);

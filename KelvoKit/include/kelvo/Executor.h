@@ -1,6 +1,6 @@
 #pragma once
 // Carries out a clean run. For each target, in the given order: the guarded processes of
-// its family (left out with force), a running application bundle among its paths, a
+// its family, then its own (left out with force), a running application bundle among its paths, a
 // protected application (prepare families only), then for a command the places it names,
 // then the command; for paths the guard, link and owner checks of every path before any of
 // them is removed, then removal.

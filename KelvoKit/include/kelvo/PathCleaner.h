@@ -23,7 +23,7 @@ class PathCleaner final : public CatalogCleaner {
 public:
     PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                 std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost,
-                PlaceMarks::Marks marks = {});
+                PlaceMarks::Marks marks = {}, std::vector<std::string> guardedProcesses = {});
 
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;

@@ -40,8 +40,9 @@ struct PrepareService {
 
     // The profile's detectors, built afresh (the installed applications are listed each time).
     CleanerList preparers() const;
-    // Unsorted, unselected targets; nothing when the scan was stopped.
-    std::optional<std::vector<CleanTarget>> scan(const ScanOptions& options = {}) const;
+    // Unsorted, unselected targets, none that guard() refuses, with the scan's notes;
+    // nothing when the scan was stopped.
+    std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
     // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
     // environment gives a reason, every target is skipped with it and nothing is looked at.

@@ -2,7 +2,9 @@
 // Whether a program is running: by its exact name, or by a fragment of its command line.
 // The live probe reads the process table afresh at every question: a name matches the
 // kernel's name or the uncut last component of the first command-line word, so
-// "com.docker.backend" is found although Linux keeps only 15 characters of it; where no
+// "com.docker.backend" is found although Linux keeps only 15 characters of it, and the
+// first word of a title a program gave itself, so npm is found while it shows itself as
+// "npm install"; where no
 // table can be read it asks /usr/bin/pgrep (-x name, -f fragment; exit 0 = running, a tool
 // that cannot start = not running). The stub answers from fixed lists, for tests. Both
 // are immutable and safe to share between threads.

@@ -15,6 +15,10 @@
 // paths alone; what a path is (file, directory, link) and who owns it is the executor's
 // check. An empty path names nothing and is never deletable; empty list entries are
 // passed over. The guard is an immutable value, safe to share between threads.
+//
+// A scan asks the same question before it offers anything, so that nothing the guard
+// would refuse is offered: it takes the lists in normal form once (`settled`) and judges
+// every path it found against them, with the reason, so it can say what it left out.
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -25,12 +29,38 @@
 namespace kelvo {
 
 struct SafetyGuard {
+    // Why a path is not deletable, in the order the rules are tried.
+    enum class Refusal {
+        outsideAllowedRoots,  // inside no allowed root (or the empty path)
+        home,                 // the home itself, or no home that anchors removals
+        protectedPath,        // equals, lies inside or holds a protected path
+        exclusion,            // the same for one of the user's exclusions
+    };
+
+    // The guard's lists in normal form, taken once: judges many paths while nothing is
+    // removed in between. A removal asks the guard itself, which normalises afresh.
+    class Settled {
+    public:
+        std::optional<Refusal> refusal(const std::filesystem::path& path) const;
+
+    private:
+        friend struct SafetyGuard;
+        bool anchored_ = false;
+        std::string home_;
+        std::vector<std::string> roots_;
+        std::vector<std::string> protected_;
+        std::vector<std::string> exclusions_;
+    };
+
     std::filesystem::path home;
     std::vector<std::filesystem::path> allowedRoots;
     std::vector<std::filesystem::path> protectedPaths;
     std::vector<std::filesystem::path> extraExclusions;  // treated exactly like protectedPaths
 
-    bool isDeletable(const std::filesystem::path& path) const;
+    bool isDeletable(const std::filesystem::path& path) const { return !refusal(path); }
+    // Nothing when the path is deletable.
+    std::optional<Refusal> refusal(const std::filesystem::path& path) const { return settled().refusal(path); }
+    Settled settled() const;
     // The normal form every comparison uses: links resolved as far as the path exists (the
     // rest kept as written), then standardised; a relative path is taken from the current
     // directory. Empty for an empty path.

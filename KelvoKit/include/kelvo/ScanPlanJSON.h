@@ -36,7 +36,7 @@ struct ScanPlanJSON {
     std::map<std::string, std::int64_t> byFamily;
     std::map<std::string, std::int64_t> byLevel;
     std::vector<Target> targets;
-    // Remarks on the scan as a whole (places the catalog left out, and why); the document
+    // Remarks on the scan as a whole (places the catalog or the scan left out, and why); the document
     // has a "notes" array only when there is one.
     std::vector<std::string> notes;
 
