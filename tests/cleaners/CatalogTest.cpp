@@ -120,7 +120,7 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
             }
             for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
             EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
-            // Places that are (or lie in) an allowed root of their own: the SDK's cache, the scratch folders' parent.
+            // Places that are, or lie in, an allowed root of their own.
             const auto places = placesById(env);
             if (env.flutterBinCache) EXPECT_EQ(places.at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
             EXPECT_EQ(places.at("tmpdir-scratch"), std::vector{env.tmpDir});
@@ -306,7 +306,7 @@ TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderIts
     EXPECT_FALSE(has(macosFamilies, Family::webBuild));
     EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
 
-    // Raw values stay; only the display name of the family named after macOS changes.
+    // Raw values stay; only the general family's display name changes.
     for (Family family : allFamilies())
         EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family, CatalogProfile::macos),
                   family != Family::general)
