@@ -41,6 +41,7 @@ constexpr std::pair<std::string_view, std::string_view> themeNames[] = {
     {"cup.and.saucer", "emoji-food-symbolic"},
     {"gamecontroller", "input-gaming-symbolic"},
     {"curlybraces", "text-x-generic-symbolic"},
+    {"clock.arrow.circlepath", "document-open-recent-symbolic"},
 };
 
 }  // namespace

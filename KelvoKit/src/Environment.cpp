@@ -142,6 +142,8 @@ const std::vector<std::string>& Environment::locationVariableNames() {
         "COMPOSER_HOME", "STACK_ROOT", "ZIG_GLOBAL_CACHE_DIR", "PUB_CACHE",
         // JVM, Android, .NET, game engines
         "GRADLE_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
+        // Version managers
+        "PYENV_ROOT", "RBENV_ROOT", "GOENV_ROOT", "NVM_DIR", "FNM_DIR", "UV_PYTHON_INSTALL_DIR",
         // Flatpak installations
         "FLATPAK_USER_DIR", "FLATPAK_SYSTEM_DIR", "FLATPAK_CONFIG_DIR",
     };

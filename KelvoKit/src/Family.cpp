@@ -15,7 +15,7 @@ struct FamilyRow {
     std::string_view icon;
 };
 
-constexpr std::array<FamilyRow, 19> rows{{
+constexpr std::array<FamilyRow, 20> rows{{
     {Family::xcodeCore, "xcodeCore", "hammer"},
     {Family::simulators, "simulators", "iphone"},
     {Family::cocoapods, "cocoapods", "shippingbox"},
@@ -35,6 +35,7 @@ constexpr std::array<FamilyRow, 19> rows{{
     {Family::python, "python", "terminal"},
     {Family::gameEngines, "gameEngines", "gamecontroller"},
     {Family::otherLangs, "otherLangs", "curlybraces"},
+    {Family::oldRuntimes, "oldRuntimes", "clock.arrow.circlepath"},
 }};
 
 const FamilyRow& rowOf(Family family) { return rows[static_cast<std::size_t>(family)]; }
@@ -50,13 +51,14 @@ constexpr std::pair<std::string_view, Family> aliases[] = {
     {"scala", Family::jvm},             {"kotlin", Family::jvm},            {"python", Family::python},
     {"py", Family::python},             {"games", Family::gameEngines},     {"unity", Family::gameEngines},
     {"unreal", Family::gameEngines},    {"langs", Family::otherLangs},      {"general", Family::general},
+    {"runtimes", Family::oldRuntimes},
 };
 
 }  // namespace
 
-const std::array<Family, 19>& allFamilies() {
-    static const std::array<Family, 19> families = [] {
-        std::array<Family, 19> result{};
+const std::array<Family, 20>& allFamilies() {
+    static const std::array<Family, 20> families = [] {
+        std::array<Family, 20> result{};
         for (std::size_t i = 0; i < rows.size(); ++i) result[i] = rows[i].family;
         return result;
     }();
@@ -67,7 +69,8 @@ const std::vector<Family>& cleanDomainFamilies() {
     static const std::vector<Family> families = [] {
         std::vector<Family> result;
         for (Family family : allFamilies())
-            if (family != Family::appLeftovers && family != Family::unusedApps) result.push_back(family);
+            if (family != Family::appLeftovers && family != Family::unusedApps && family != Family::oldRuntimes)
+                result.push_back(family);
         return result;
     }();
     return families;

@@ -2,26 +2,9 @@
 
 #include "kelvo/L10n.h"
 #include "kelvo/MonthsBefore.h"
+#include "kelvo/ShellCommand.h"
 
 namespace kelvo {
-namespace {
-
-// The identifier as one shell word. The tool's identifiers are UUIDs and stay as they
-// are; anything with other characters is single-quoted, so a strange answer from the
-// tool can never add a second command to the line the executor runs.
-std::string shellWord(const std::string& text) {
-    const bool plain = !text.empty() && text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-                                                               "0123456789._-") == std::string::npos;
-    if (plain) return text;
-    std::string quoted = "'";
-    for (const char character : text) {
-        if (character == '\'') quoted += "'\\''";
-        else quoted += character;
-    }
-    return quoted + "'";
-}
-
-}  // namespace
 
 OldSimRuntimeDetector::OldSimRuntimeDetector(RuntimeLister lister, int olderThanMonths,
                                              std::optional<std::chrono::system_clock::time_point> now)
@@ -39,7 +22,7 @@ std::vector<CleanTarget> OldSimRuntimeDetector::scan(const ScanContext&) const {
         if (cutOff && !(runtime.lastUsed && *runtime.lastUsed < *cutOff)) continue;
         targets.push_back(target("sim-runtime:" + runtime.identifier,
                                  L10n::t("cleaner.simRuntime.target", runtime.name),
-                                 CleanKind::command("xcrun simctl runtime delete " + shellWord(runtime.identifier)),
+                                 CleanKind::command("xcrun simctl runtime delete " + ShellCommand::word(runtime.identifier)),
                                  runtime.sizeBytes, "Re-descargable desde Xcode."));
     }
     return targets;

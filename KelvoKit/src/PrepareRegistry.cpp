@@ -5,6 +5,7 @@
 #include "kelvo/InstalledApps.h"
 #include "kelvo/InstalledPackages.h"
 #include "kelvo/L10n.h"
+#include "kelvo/OldRuntimeDetector.h"
 #include "kelvo/OldSimRuntimeDetector.h"
 #include "kelvo/OrphanedLeftoverDetector.h"
 #include "kelvo/PackageLeftoverDetector.h"
@@ -58,7 +59,9 @@ CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThan
                                            const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,
                                            ProbeDependency probe,
                                            const std::filesystem::path& systemRoot) {
-    if (env.catalog == CatalogProfile::gnuLinux) return {linuxLeftoverDetector(env, systemRoot)};
+    if (env.catalog == CatalogProfile::gnuLinux)
+        return {linuxLeftoverDetector(env, systemRoot),
+                std::make_shared<OldRuntimeDetector>(env, olderThanMonths, now, std::move(probe))};
     // Listed afresh on every call, so each scan sees the applications installed at that moment.
     auto inventory = InstalledApps::inventory(appIndexDirs.value_or(InstalledApps::standardAppDirs(env.home)));
     std::set<std::string> installed;

@@ -14,7 +14,7 @@ std::string PrepareSummary::line(const std::vector<CleanTarget>& targets) {
     for (const auto& target : targets) {
         if (target.family == Family::appLeftovers) ++leftovers;
         if (target.family == Family::unusedApps) ++apps;
-        if (target.family == Family::simulators) ++runtimes;
+        if (target.family == Family::simulators || target.family == Family::oldRuntimes) ++runtimes;
         if (target.kind.isCommand() && target.sizeBytes == 0) ++unknownSize;
         total += target.sizeBytes;
     }

@@ -46,6 +46,21 @@ bool LiveProcessProbe::isRunningUnder(const std::string& pathFragment) const {
     return false;
 }
 
+bool ProcessProbe::isRunningFrom(const std::string& folder) const {
+    return !folder.empty() && isRunningUnder(folder + "/");
+}
+
+bool LiveProcessProbe::isRunningFrom(const std::string& folder) const {
+    if (folder.empty()) return false;
+    const auto processes = processTable();
+    if (!processes) return pgrepFinds("-f", folder + "/");
+    const std::string inside = folder + "/";
+    for (const auto& process : *processes)
+        if (process.executable.starts_with(inside) || process.commandLine.find(inside) != std::string::npos)
+            return true;
+    return false;
+}
+
 std::shared_ptr<const ProcessProbe> liveProcessProbe() {
     static const auto live = std::make_shared<const LiveProcessProbe>();
     return live;

@@ -212,4 +212,16 @@ std::vector<std::filesystem::path> ShellCommand::matches(const Place& place) {
     return found;
 }
 
+std::string ShellCommand::word(const std::string& text) {
+    const bool plain = !text.empty() && text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                                               "0123456789._-") == std::string::npos;
+    if (plain) return text;
+    std::string quoted = "'";
+    for (const char character : text) {
+        if (character == '\'') quoted += "'\\''";
+        else quoted += character;
+    }
+    return quoted + "'";
+}
+
 }  // namespace kelvo

@@ -80,6 +80,7 @@ TEST(LiveEnvironment, ReadsHomeTemporaryFolderConfigurationAndLocationVariables)
                                        {"TMPDIR", fakeTemporary.path().string()},
                                        {"XDG_CACHE_HOME", "/c"},
                                        {"npm_config_cache", ""},
+                                       {"PYENV_ROOT", ""}, {"RUSTUP_HOME", ""}, {"NVM_DIR", ""}, {"FNM_DIR", ""},
                                        {"KELVO_UNLISTED_DIR", "/u"}});
     const Environment environment = Environment::live();
     EXPECT_EQ(environment.home, fakeHome.path());

@@ -67,7 +67,7 @@ TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedAsUserDataNotPr
     const FakeSystem fake;
     const auto& home = fake.home;
     const auto preparers = fake.preparers();
-    ASSERT_EQ(preparers.size(), 1u);
+    ASSERT_EQ(preparers.size(), 2u);  // leftovers, then old runtimes
     const auto targets = preparers[0]->scan();
     ASSERT_EQ(targets.size(), 2u);
     EXPECT_EQ(targets[0].id, "leftover:org.example.Gone");

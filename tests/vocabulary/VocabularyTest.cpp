@@ -36,12 +36,12 @@ TEST(Vocabulary, RawValuesOfFamiliesAndRiskAxesAreUniqueExactAndRoundTripAndEver
         EXPECT_NE(displayName(family), "family." + std::string(rawValue(family)));
         EXPECT_FALSE(iconName(family).empty()) << rawValue(family);
     }
-    EXPECT_EQ(seen.size(), 19u);
+    EXPECT_EQ(seen.size(), 20u);
     EXPECT_EQ(familyFromRawValue("Docker"), std::nullopt);
     const auto& clean = cleanDomainFamilies();
     EXPECT_EQ(clean.size(), 17u);
     EXPECT_TRUE(std::is_sorted(clean.begin(), clean.end()));
-    for (Family prepareOnly : {Family::appLeftovers, Family::unusedApps})
+    for (Family prepareOnly : {Family::appLeftovers, Family::unusedApps, Family::oldRuntimes})
         EXPECT_EQ(std::count(clean.begin(), clean.end(), prepareOnly), 0);
     EXPECT_EQ(guardedProcesses(Family::simulators), (std::vector<std::string>{"Xcode", "Simulator"}));
     EXPECT_TRUE(guardedProcesses(Family::python).empty());

@@ -17,12 +17,13 @@ namespace kelvo {
 enum class Family {
     xcodeCore, simulators, cocoapods, flutterDart, androidGradle, jsPackages, devMisc,
     perProject, general, docker, appLeftovers, unusedApps, dotNet, reactNative,
-    webBuild, jvm, python, gameEngines, otherLangs,
+    webBuild, jvm, python, gameEngines, otherLangs, oldRuntimes,
 };
 
-// All 19 families in declaration order.
-const std::array<Family, 19>& allFamilies();
-// The 17 families of the clean domain (all but appLeftovers and unusedApps), in order.
+// All 20 families in declaration order.
+const std::array<Family, 20>& allFamilies();
+// The 17 families of the clean domain (all but the prepare families appLeftovers,
+// unusedApps and oldRuntimes), in order.
 const std::vector<Family>& cleanDomainFamilies();
 
 std::string_view rawValue(Family family);

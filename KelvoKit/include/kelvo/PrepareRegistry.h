@@ -34,11 +34,11 @@ std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env)
 // The macOS profile: the leftover, unused-application and old-runtime detectors, in that
 // order; lists the installed applications (appIndexDirs, or the standard folders when
 // absent) once, and the leftover detector gets their identifiers and the names of those
-// whose identifier cannot be read. The Linux profile: the one leftover detector of Flatpak and Snap data,
-// with the installations read once from under systemRoot (FLATPAK_SYSTEM_DIR,
-// FLATPAK_CONFIG_DIR and FLATPAK_USER_DIR win where set). Linux has no record of when an
-// application was last used, and no rule tells which runtime versions a project still
-// needs, so the other two families find nothing there.
+// whose identifier cannot be read. The Linux profile: the leftover detector of Flatpak and
+// Snap data, with the installations read once from under systemRoot (FLATPAK_SYSTEM_DIR,
+// FLATPAK_CONFIG_DIR and FLATPAK_USER_DIR win where set), then the old-runtime detector of
+// the version managers in place of simulator runtimes. Linux has no record of when an
+// application was last used, so unused applications are not looked for there.
 CleanerList makePreparers(const Environment& env, int olderThanMonths, std::chrono::system_clock::time_point now,
                           MetadataDependency metadata, RuntimeLister simLister,
                           const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,

@@ -24,12 +24,16 @@ public:
     virtual bool isRunning(const std::string& name) const = 0;
     // Some process's full command line contains the fragment. False for an empty fragment.
     virtual bool isRunningUnder(const std::string& pathFragment) const = 0;
+    // Some process runs a program inside the folder (its executable lies there) or names the
+    // folder in its command line. The base answer is isRunningUnder(folder + "/").
+    virtual bool isRunningFrom(const std::string& folder) const;
 };
 
 class LiveProcessProbe final : public ProcessProbe {
 public:
     bool isRunning(const std::string& name) const override;
     bool isRunningUnder(const std::string& pathFragment) const override;
+    bool isRunningFrom(const std::string& folder) const override;
 };
 
 // One live probe, shared (it holds no state).

@@ -34,6 +34,10 @@ struct ShellCommand {
     std::optional<std::string> refusal;  // localised: why the line cannot be read; places are then incomplete
 
     static ShellCommand read(const std::string& line, const ShellVariables& variables);
+    // The text as one shell word: as it is when it holds only letters, digits, ".", "_" and
+    // "-", else single-quoted, so that no text taken from outside can add a second
+    // command to a line.
+    static std::string word(const std::string& text);
     // What a place stands for now: a plain path itself; for a pattern, the entries of its
     // folder that match it (names beginning with "." never match), none when it cannot be listed.
     static std::vector<std::filesystem::path> matches(const Place& place);

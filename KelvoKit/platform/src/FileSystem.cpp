@@ -1,6 +1,5 @@
 #include "kelvo/platform/FileSystem.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,8 +8,11 @@
 #include <cerrno>
 #include <climits>
 
+#include "OpenFlags.h"
 #include "StatusFields.h"
+#include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryHandle.h"
+#include "kelvo/platform/DirectoryReader.h"
 
 namespace kelvo::platform {
 namespace {
@@ -75,25 +77,15 @@ std::optional<bool> isSymbolicLink(const std::filesystem::path& path) {
 }
 
 std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::path& path, bool skipHidden) {
-    DIR* directory = ::opendir(path.c_str());
-    if (!directory) return std::nullopt;
+    const Descriptor directory(::open(path.c_str(), openFlags::directory));
+    if (!directory.valid()) return std::nullopt;
     std::vector<ListedEntry> entries;
-    errno = 0;
-    while (const dirent* entry = ::readdir(directory)) {
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        if (skipHidden && name.front() == '.') continue;
-        auto type = entryTypeFromRecord(entry->d_type);
-        if (!type) {
-            struct stat status {};
-            if (::fstatat(::dirfd(directory), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
-                type = entryTypeFromMode(status.st_mode);
-        }
-        entries.push_back({std::string(name), type});
-    }
-    const bool failed = errno != 0;
-    ::closedir(directory);
-    if (failed) return std::nullopt;
+    const auto progress = DirectoryReader().read(directory.get(), [&](const DirectoryRecord& entry) {
+        if (skipHidden && entry.name[0] == '.') return true;
+        entries.push_back({entry.name, entry.typeError == 0 ? std::optional(entry.type) : std::nullopt});
+        return true;
+    });
+    if (progress.error) return std::nullopt;
     return entries;
 }
 
@@ -101,6 +93,58 @@ std::optional<TimePoint> modificationTime(const std::filesystem::path& path, boo
     const auto status = statOf(path, followLinks);
     if (!status) return std::nullopt;
     return modificationTimeOf(*status);
+}
+
+std::optional<TimePoint> accessTime(const std::filesystem::path& path) {
+    const auto status = statOf(path, true);
+    if (!status) return std::nullopt;
+    using Clock = std::chrono::system_clock;
+#if defined(__APPLE__)
+    const struct timespec& accessed = status->st_atimespec;
+#else
+    const struct timespec& accessed = status->st_atim;
+#endif
+    return Clock::time_point(std::chrono::duration_cast<Clock::duration>(std::chrono::seconds(accessed.tv_sec) +
+                                                                         std::chrono::nanoseconds(accessed.tv_nsec)));
+}
+
+std::optional<bool> recordsAccessTimes(const std::filesystem::path& path) {
+    // Fields of /proc/self/mountinfo: id, parent, major:minor, root, mount point, options, ...
+    const auto table = readFile("/proc/self/mountinfo");
+    if (!table) return std::nullopt;
+    const std::string target = standardized(resolveSymlinks(path)).string();
+    std::size_t bestLength = 0;
+    std::optional<bool> records;
+    std::size_t start = 0;
+    while (start < table->size()) {
+        auto end = table->find('\n', start);
+        if (end == std::string::npos) end = table->size();
+        std::vector<std::string> fields;
+        std::size_t at = start;
+        while (at < end && fields.size() < 6) {
+            const auto space = std::min(table->find(' ', at), end);
+            fields.push_back(table->substr(at, space - at));
+            at = space + 1;
+        }
+        start = end + 1;
+        if (fields.size() < 6) continue;
+        // Mount points escape blanks as octal (\040); such a point simply never matches.
+        const std::string& point = fields[4];
+        const bool covers = point == "/" || target == point || target.starts_with(point + "/");
+        if (!covers || point.size() < bestLength) continue;
+        bestLength = point.size();
+        const std::string options = "," + fields[5] + ",";
+        records = options.find(",noatime,") == std::string::npos;
+    }
+    return records;
+}
+
+std::optional<std::filesystem::path> linkText(const std::filesystem::path& path) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+    if (length < 0 || static_cast<std::size_t>(length) >= target.size()) return std::nullopt;
+    target.resize(static_cast<std::size_t>(length));
+    return std::filesystem::path(target);
 }
 
 std::optional<StoredItem> storedItem(const std::filesystem::path& path) {

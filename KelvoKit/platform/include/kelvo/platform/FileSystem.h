@@ -37,6 +37,15 @@ std::optional<TimePoint> modificationTime(const std::filesystem::path& path, boo
 // The space one item takes, with its names and identity, links followed; nothing when
 // unreadable.
 std::optional<StoredItem> storedItem(const std::filesystem::path& path);
+// Last access time, links followed; nothing when unreadable. Meaningful only where the
+// file system records access times (recordsAccessTimes).
+std::optional<TimePoint> accessTime(const std::filesystem::path& path);
+// Whether the file system holding the path records access times: false when it is mounted
+// noatime, true for relatime (at most once a day), strictatime and the like; nothing when
+// the mount table cannot be read.
+std::optional<bool> recordsAccessTimes(const std::filesystem::path& path);
+// The text of a symbolic link itself, as stored; nothing when the item is no link or unreadable.
+std::optional<std::filesystem::path> linkText(const std::filesystem::path& path);
 // The user id owning the item itself (links not followed); the error when it cannot be
 // read (no_such_file_or_directory when nothing is there).
 std::optional<unsigned> ownerOf(const std::filesystem::path& path, std::error_code& error);
