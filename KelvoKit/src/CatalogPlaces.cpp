@@ -61,7 +61,12 @@ std::optional<Place> resolved(std::string_view chain, const Environment& env) {
         relative = defaultRelative;
     }
     Place place;
-    if (base == "~") place.path = env.home / relative;
+    if (base.starts_with('$')) {
+        variables.pop_back();
+        const auto value = env.locationVariable(base.substr(1));
+        if (!value) return std::nullopt;
+        place = {joined(*value, relative), std::string(base.substr(1))};
+    } else if (base == "~") place.path = env.home / relative;
     else if (base == "@tmp") place.path = joined(env.tmpDir, relative);
     else if (base == "@flutter" && env.flutterBinCache) place.path = joined(*env.flutterBinCache, relative);
     else return std::nullopt;

@@ -22,7 +22,8 @@ struct Place {
 };
 
 // The places of a placement in their order, brace alternatives expanded. A place based
-// on the Flutter SDK when none is known, or one a set variable replaces, is left out.
+// on the Flutter SDK when none is known, one a set variable replaces, or one that only an
+// unset variable names is left out.
 std::vector<Place> resolve(std::string_view places, const Environment& env);
 // The elements of a "; "-separated list (marks, prefixes); none for empty text.
 std::vector<std::string> list(std::string_view text);
@@ -51,9 +52,9 @@ constexpr bool isVariableName(std::string_view name) {
     });
 }
 
-// "$VAR", "$VAR/rel" before the last alternative; a base ("~/rel", "@cache/rel", "@tmp")
-// as the last. A relative part neither starts nor ends with a slash, and the home itself
-// ("~" alone) is never a place.
+// "$VAR", "$VAR/rel" anywhere; a base ("~/rel", "@cache/rel", "@tmp") as the last only.
+// A relative part neither starts nor ends with a slash, and the home itself ("~" alone) is
+// never a place.
 constexpr bool wellFormedAlternative(std::string_view alternative, bool last) {
     const std::size_t slash = std::min(alternative.find('/'), alternative.size());
     const std::string_view head = alternative.substr(0, slash);
@@ -61,7 +62,7 @@ constexpr bool wellFormedAlternative(std::string_view alternative, bool last) {
     if (slash < alternative.size() && (relative.empty() || relative.back() == '/' || relative.front() == '/'))
         return false;
     if (alternative.find_first_of(";>$", 1) != std::string_view::npos) return false;
-    if (head.starts_with('$')) return !last && isVariableName(head.substr(1));
+    if (head.starts_with('$')) return isVariableName(head.substr(1));
     if (head == "~" && relative.empty()) return false;
     return last && std::find(bases.begin(), bases.end(), head) != bases.end();
 }

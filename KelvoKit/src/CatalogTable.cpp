@@ -135,9 +135,13 @@ constexpr std::array table{
          {"$CARGO_HOME/git > ~/.cargo/git", "db|checkouts"}),
     path("rustup-downloads", F::devMisc, safe, redownload, nowhere,
          {"$RUSTUP_HOME/downloads > ~/.rustup/downloads; $RUSTUP_HOME/tmp > ~/.rustup/tmp"}),
-    // GEM_HOME holds gems/ and specifications/, but ~/.gem and the XDG folder keep them one
-    // level deeper, under ruby/<version>: no one mark fits every place.
-    path("rubygems", F::devMisc, moderate, redownload, {"~/.gem"}, {"$GEM_HOME > ~/.gem; @data/gem unless $GEM_HOME"}),
+    // Never ~/.gem itself: it also holds credentials, the user's key for the gem host. On
+    // Linux GEM_HOME holds gems/ and specifications/, but ~/.gem and the XDG folder keep them
+    // one level deeper, under ruby/<version>: no one mark fits every place. Never GEM_HOME's
+    // bin either, which may be a folder of the user's own programs.
+    path("rubygems", F::devMisc, moderate, redownload, {"~/.gem/{ruby,specs}"},
+         {"~/.gem/{ruby,specs} unless $GEM_HOME; @data/gem/{ruby,specs} unless $GEM_HOME; "
+          "$GEM_HOME/{gems,specifications,cache,extensions,build_info,doc}"}),
     // On Linux the XDG cache only: CCACHE_DIR and the legacy ~/.ccache also hold ccache.conf.
     // Its top holds hashed subfolders and, in some versions only, a CACHEDIR.TAG: no mark.
     path("ccache", F::devMisc, safe, rebuild, {"~/.ccache; ~/Library/Caches/ccache"}, {"@cache/ccache"}),
@@ -150,8 +154,9 @@ constexpr std::array table{
     path("playwright-cache", F::devMisc, safe, redownload, {"~/Library/Caches/ms-playwright"},
          {"$PLAYWRIGHT_BROWSERS_PATH > @cache/ms-playwright; "
           "@cache/ms-playwright-go unless $PLAYWRIGHT_BROWSERS_PATH"}),
-    path("huggingface-cache", F::devMisc, aggressive, redownload, {"~/.cache/huggingface"},
-         {"$HF_HOME > @cache/huggingface", "hub"}),
+    // The downloads only: the folder above (HF_HOME) also holds the user's access token.
+    path("huggingface-cache", F::devMisc, aggressive, redownload, {"~/.cache/huggingface/hub"},
+         {"$HF_HOME/hub > @cache/huggingface/hub"}),
 
     versioned("jetbrains-caches", F::general, safe, rebuild, {}, {"~/Library/Caches/JetBrains"}, {"@cache/JetBrains"}),
     versioned("androidstudio-caches", F::general, safe, rebuild, "AndroidStudio", {"~/Library/Caches/Google"},

@@ -20,7 +20,8 @@
 //                            based on it exists only when an SDK is known)
 //   "$VAR/rel > fallback"    under the tool's location variable when it is set, else the
 //                            fallback (itself such a chain); a variable naming the
-//                            fallback's own place counts as the fallback
+//                            fallback's own place counts as the fallback; without a
+//                            fallback, no place while the variable is unset
 //   "place unless $VAR"      left out while the variable is set (it replaces the place)
 //   "dir/{a,b}/{c,d}"        brace alternatives, expanded left to right like the shell's
 // Marks, prefixes and guards are lists with "; " between the elements.
