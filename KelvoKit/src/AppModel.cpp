@@ -102,7 +102,7 @@ void AppModel::reloadConfig() {
     refreshDisk();
 }
 
-void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
+std::error_code AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
     Config config = Config::load(home());
     config.enabledFamilies.reset();
     if (enabledFamilies) {
@@ -111,8 +111,9 @@ void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabled
         std::ranges::sort(names);
         config.enabledFamilies = std::move(names);
     }
-    (void)config.save(home());
+    if (auto error = config.save(home())) return error;
     reloadConfig();
+    return {};
 }
 
 void AppModel::detectCategories(std::function<void(std::set<Family>)> done) {
@@ -156,6 +157,7 @@ void AppModel::finishScan(std::uint64_t scan, const std::stop_token& stop,
     // cancelled after its walk ended is still cancelled.
     if (found && !stop.stop_requested()) {
         PlanSelection selection(std::move(found->targets));
+        scanned_ = true;
         publish(Field::targets, targets_, std::move(selection.targets));
         publishChange(Field::selectedIDs, selectedIDs_, std::move(selection.selectedIDs));
         publishChange(Field::notes, notes_, std::move(found->notes));
@@ -175,6 +177,7 @@ void AppModel::cancelScan() {
 
 void AppModel::clearResults() {
     cancelScan();
+    scanned_ = false;
     publish(Field::targets, targets_, std::vector<CleanTarget>());
     publishChange(Field::selectedIDs, selectedIDs_, std::set<std::string>());
     publishChange(Field::notes, notes_, std::vector<std::string>());

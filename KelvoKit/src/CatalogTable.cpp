@@ -87,8 +87,8 @@ constexpr std::array table{
 
     path("gradle-caches", F::androidGradle, moderate, redownload, {"~/.gradle/caches"},
          {"$GRADLE_USER_HOME/caches > ~/.gradle/caches", "modules-2|journal-1"}),
-    path("gradle-wrapper", F::androidGradle, moderate, redownload, {"~/.gradle/wrapper/dists"},
-         {"$GRADLE_USER_HOME/wrapper/dists > ~/.gradle/wrapper/dists"}),
+    // On Linux the wrapper's distributions are weighed one by one with the old runtimes (prepare).
+    path("gradle-wrapper", F::androidGradle, moderate, redownload, {"~/.gradle/wrapper/dists"}, nowhere),
     path("gradle-daemon", F::androidGradle, safe, rebuild, {"~/.gradle/daemon"},
          {"$GRADLE_USER_HOME/daemon > ~/.gradle/daemon"}),
     path("gradle-jdks", F::androidGradle, moderate, redownload, nowhere, {"$GRADLE_USER_HOME/jdks > ~/.gradle/jdks"}),

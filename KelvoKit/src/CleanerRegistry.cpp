@@ -86,6 +86,10 @@ std::vector<Spec> linuxArtifactSpecs() {
         if (spec.dirName == "_build") spec.requiresSibling = {"mix.exs|rebar.config|dune-project"};
     const std::vector<std::string> cmakeProject{"CMakeLists.txt"};
     const std::vector<std::string> pythonProject{"pyproject.toml|requirements.txt|setup.py|setup.cfg|Pipfile"};
+    // An environment is one only with its pyvenv.cfg, and can be made again only from a
+    // file that records what it held.
+    const std::vector<std::string> pythonEnvironment{"pyvenv.cfg"};
+    const std::string pythonLocks = "uv.lock|poetry.lock|pdm.lock|Pipfile.lock|requirements*.txt";
     const std::vector<std::string> mixProject{"mix.exs"};
     const std::vector<std::string> nodeProject{"package.json"};
     const std::vector<Spec> added{
@@ -97,8 +101,8 @@ std::vector<Spec> linuxArtifactSpecs() {
         {"CMakeFiles", moderate, regenerable, rebuild, {"CMakeCache.txt"}},
         {"zig-out", moderate, regenerable, rebuild, {"build.zig"}},
         {".nox", moderate, regenerable, redownload, {"noxfile.py"}},
-        {".venv", moderate, regenerable, redownload, pythonProject},
-        {"venv", moderate, regenerable, redownload, pythonProject},
+        {".venv", moderate, regenerable, redownload, pythonProject, pythonEnvironment, pythonLocks},
+        {"venv", moderate, regenerable, redownload, pythonProject, pythonEnvironment, pythonLocks},
         {"__pypackages__", moderate, regenerable, redownload, {"pyproject.toml"}},
         {".pixi", moderate, regenerable, redownload, {"pixi.toml|pyproject.toml"}},
         {".pytype", safe, regenerable, rebuild, {}},
