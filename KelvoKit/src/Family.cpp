@@ -24,7 +24,7 @@ constexpr std::array<FamilyRow, 20> rows{{
     {Family::jsPackages, "jsPackages", "cube.box"},
     {Family::devMisc, "devMisc", "wrench.and.screwdriver"},
     {Family::perProject, "perProject", "folder"},
-    {Family::macosGeneral, "macosGeneral", "internaldrive"},
+    {Family::general, "macosGeneral", "internaldrive"},
     {Family::docker, "docker", "shippingbox.fill"},
     {Family::appLeftovers, "appLeftovers", "trash"},
     {Family::unusedApps, "unusedApps", "app.dashed"},
@@ -43,14 +43,14 @@ const FamilyRow& rowOf(Family family) { return rows[static_cast<std::size_t>(fam
 // Words a user may type, in the order they are tried.
 constexpr std::pair<std::string_view, Family> aliases[] = {
     {"xcode", Family::xcodeCore},       {"gradle", Family::androidGradle},  {"flutter", Family::flutterDart},
-    {"js", Family::jsPackages},         {"projects", Family::perProject},   {"macos", Family::macosGeneral},
+    {"js", Family::jsPackages},         {"projects", Family::perProject},   {"macos", Family::general},
     {"simulators", Family::simulators}, {"cocoapods", Family::cocoapods},   {"docker", Family::docker},
     {"devmisc", Family::devMisc},       {"leftovers", Family::appLeftovers}, {"apps", Family::unusedApps},
     {"dotnet", Family::dotNet},         {".net", Family::dotNet},           {"rn", Family::reactNative},
     {"reactnative", Family::reactNative}, {"web", Family::webBuild},        {"jvm", Family::jvm},
     {"scala", Family::jvm},             {"kotlin", Family::jvm},            {"python", Family::python},
     {"py", Family::python},             {"games", Family::gameEngines},     {"unity", Family::gameEngines},
-    {"unreal", Family::gameEngines},    {"langs", Family::otherLangs},
+    {"unreal", Family::gameEngines},    {"langs", Family::otherLangs},      {"general", Family::general},
     {"runtimes", Family::oldRuntimes},
 };
 

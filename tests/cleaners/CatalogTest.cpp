@@ -9,7 +9,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 #include "kelvo/CleanService.h"
@@ -121,33 +120,17 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
             }
             for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
             EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
+            // Places that are, or lie in, an allowed root of their own.
+            const auto places = placesById(env);
+            if (env.flutterBinCache) EXPECT_EQ(places.at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
+            EXPECT_EQ(places.at("tmpdir-scratch"), std::vector{env.tmpDir});
         }
     }
 }
 
-TEST(LinuxCatalog, SharedIdsKeepKindFamilyAndRiskAndProjectFoldersKeepTheMacOSKindsButNeverUserState) {
-    std::map<std::string, const Cleaner*> macosById;
+TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
     const auto macosCleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::macos));
     const auto cleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux));
-    for (const auto& cleaner : macosCleaners) macosById[cleaner->id()] = cleaner.get();
-    std::size_t shared = 0;
-    for (const auto& cleaner : cleaners) {
-        const auto found = macosById.find(cleaner->id());
-        if (found == macosById.end()) continue;
-        SCOPED_TRACE(cleaner->id());
-        ++shared;
-        EXPECT_EQ(cleaner->family(), found->second->family());
-        EXPECT_EQ(typeid(*cleaner), typeid(*found->second));
-        if (dynamic_cast<const PathCleaner*>(cleaner.get())) {
-            const auto risk = *riskOf(*cleaner);
-            const auto macosRisk = *riskOf(*found->second);
-            EXPECT_EQ(std::pair(std::get<Level>(risk), std::get<RegenCost>(risk)),
-                      std::pair(std::get<Level>(macosRisk), std::get<RegenCost>(macosRisk)));
-        }
-    }
-    EXPECT_GT(shared, macosCleaners.size() / 2);
-
-    // Project folders keep the macOS kinds, add Linux ones and tags, but never user state.
     const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
     const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
     ASSERT_TRUE(linux && macos);
@@ -178,6 +161,9 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
         {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache"},  // the default itself
+        {{}, "rubygems", "/home/dev/.local/share/gem/ruby"},
+        {{{"GEM_HOME", "/home/dev/gems"}}, "rubygems", "/home/dev/.local/share/gem/ruby", false},  // replaced
+        {{}, "vscode-caches", "/home/dev/.config/Code - Insiders/DawnWebGPUCache"},
         // No mark tells these tools' data from the user's files.
         {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem/gems", false},
         {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log", false},
@@ -272,6 +258,15 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
     }
 }
 
+TEST(Catalog, AHomeAtTheRootOffersNothingBelowItInEitherProfile) {
+    for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
+        auto env = environment(profile);
+        env.home = "/";
+        for (const auto& [id, places] : placesById(env))
+            for (const auto& place : places) EXPECT_EQ(place, env.tmpDir) << id;
+    }
+}
+
 TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
     testing::TempDir root;
@@ -311,12 +306,12 @@ TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderIts
     EXPECT_FALSE(has(macosFamilies, Family::webBuild));
     EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
 
-    // Raw values stay; only the display name of the family named after macOS changes.
+    // Raw values stay; only the general family's display name changes.
     for (Family family : allFamilies())
         EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family, CatalogProfile::macos),
-                  family != Family::macosGeneral)
+                  family != Family::general)
             << rawValue(family);
-    EXPECT_EQ(displayName(Family::macosGeneral, CatalogProfile::gnuLinux), L10n::t("family.linux.macosGeneral"));
+    EXPECT_EQ(displayName(Family::general, CatalogProfile::gnuLinux), L10n::t("family.linux.macosGeneral"));
 }
 
 }  // namespace

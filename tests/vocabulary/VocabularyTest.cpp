@@ -21,7 +21,8 @@ TEST(Family, AliasesAreCaseInsensitiveListedWordsOnly) {
     const std::vector<std::pair<std::string, std::optional<Family>>> cases{
         {"XCODE", Family::xcodeCore}, {".NET", Family::dotNet}, {"DotNet", Family::dotNet},
         {"Kotlin", Family::jvm},      {"PY", Family::python},   {"Leftovers", Family::appLeftovers},
-        {"docker", Family::docker},   {"xcodeCore", std::nullopt},  // a raw value only where it is also a word
+        {"docker", Family::docker},   {"General", Family::general},
+        {"xcodeCore", std::nullopt},  // a raw value only where it is also a word
         {"", std::nullopt},           {" xcode", std::nullopt},
     };
     for (const auto& [alias, family] : cases) EXPECT_EQ(familyFromAlias(alias), family) << alias;

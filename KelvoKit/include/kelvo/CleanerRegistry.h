@@ -4,7 +4,8 @@
 // macOS profile has 103 entries (102 when no Flutter SDK cache is known); the Linux one
 // finds the tools' data where they keep it on Linux, following the XDG folders and each
 // tool's own location variable, and offers a place only when it carries its tool's marks.
-// Building the list touches no file and runs no tool.
+// Both come from one table and find their places the one way; a place outside the allowed
+// roots is never listed. Building the list touches no file and runs no tool.
 #include <filesystem>
 #include <string>
 #include <vector>

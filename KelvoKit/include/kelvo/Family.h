@@ -1,6 +1,9 @@
 #pragma once
 // The category a cleaner belongs to. Raw values are the stored and exchanged form
-// (configuration file, scan plan); display names are looked up, never stored.
+// (configuration file, scan plan); display names are looked up, never stored. The general
+// entries (editors, logs, the trash, scratch folders) are `general` on every system, but
+// keep the raw value "macosGeneral" they were first stored under: configuration files and
+// plans written before stay valid, and older versions still read the files written now.
 #include <array>
 #include <optional>
 #include <string>
@@ -13,7 +16,7 @@ namespace kelvo {
 
 enum class Family {
     xcodeCore, simulators, cocoapods, flutterDart, androidGradle, jsPackages, devMisc,
-    perProject, macosGeneral, docker, appLeftovers, unusedApps, dotNet, reactNative,
+    perProject, general, docker, appLeftovers, unusedApps, dotNet, reactNative,
     webBuild, jvm, python, gameEngines, otherLangs, oldRuntimes,
 };
 
@@ -38,7 +41,7 @@ std::vector<std::string> acceptedFamilyNames(const std::vector<Family>& among);
 
 std::string displayName(Family family);
 // The name under a catalog profile: "family.<profile>.<raw>" where the texts have one
-// (macosGeneral is "General" on Linux), else the name above.
+// (general is "General" on Linux), else the name above.
 std::string displayName(Family family, CatalogProfile profile);
 std::string_view iconName(Family family);
 // Programs that hold the family's data open while they run, in the order they are asked about.
