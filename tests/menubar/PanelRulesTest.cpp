@@ -36,7 +36,10 @@ TEST(PanelRules, DiskToneByUsedFraction) {
 }
 
 TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
-    ExecutionReport report{2048, {"a"}, {}, {}, {}, {{"e", "failed"}}};
+    ExecutionReport report;
+    report.freedBytes = 2048;
+    report.deleted = {"a"};
+    report.errors = {{"e", "failed"}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
     report.partial = {"b", "c"};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");
