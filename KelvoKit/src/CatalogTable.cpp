@@ -136,7 +136,7 @@ constexpr std::array table{
     path("rustup-downloads", F::devMisc, safe, redownload, nowhere,
          {"$RUSTUP_HOME/downloads > ~/.rustup/downloads; $RUSTUP_HOME/tmp > ~/.rustup/tmp"}),
     // Never ~/.gem itself: it also holds credentials, the user's key for the gem host. On
-    // Linux GEM_HOME holds gems/ and specifications/, but ~/.gem and the XDG folder keep them
+    // Linux GEM_HOME holds the gems and their gemspecs, but ~/.gem and the XDG folder keep them
     // one level deeper, under ruby/<version>: no one mark fits every place. Never GEM_HOME's
     // bin either, which may be a folder of the user's own programs.
     path("rubygems", F::devMisc, moderate, redownload, {"~/.gem/{ruby,specs}"},

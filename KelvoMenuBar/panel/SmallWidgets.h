@@ -1,7 +1,8 @@
 #pragma once
 // Small pieces several screens share: a busy indicator beside a running operation's text,
-// a horizontal divider, and a text-only button in the link colour.
+// a horizontal divider, a hidden line for an error, and a text-only button in the link colour.
 #include <QFrame>
+#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 
@@ -20,6 +21,16 @@ inline QFrame* makeDivider(QWidget* parent) {
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
     return line;
+}
+
+// A line that tells, in red, why something failed (a save, ...); hidden until it has text.
+inline QLabel* makeErrorLine(QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setStyleSheet("color: rgb(215, 38, 30); font-size: 11px;");
+    label->hide();
+    return label;
 }
 
 // The red button of a removal: solid red with white text while it can be pressed, the

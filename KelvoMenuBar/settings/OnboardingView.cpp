@@ -47,11 +47,7 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
     layout->addWidget(enableAll_);
     styleAsLink(chooseManually_, false);
     layout->addWidget(chooseManually_, 0, Qt::AlignHCenter);
-    saveError_ = new QLabel(this);
-    saveError_->setWordWrap(true);
-    saveError_->setTextFormat(Qt::PlainText);
-    saveError_->setStyleSheet("color: rgb(215, 38, 30); font-size: 11px;");
-    saveError_->hide();
+    saveError_ = makeErrorLine(this);
     layout->addWidget(saveError_);
     layout->addStretch(1);
 

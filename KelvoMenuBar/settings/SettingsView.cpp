@@ -171,11 +171,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     loginError_->hide();
     layout->addWidget(loginError_);
     layout->addWidget(makeDivider(this));
-    saveError_ = new QLabel(this);
-    saveError_->setWordWrap(true);
-    saveError_->setTextFormat(Qt::PlainText);
-    saveError_->setStyleSheet("color: rgb(215, 38, 30); font-size: 11px;");
-    saveError_->hide();
+    saveError_ = makeErrorLine(this);
     layout->addWidget(saveError_);
     auto* footer = new QHBoxLayout;
     cancel_ = new QPushButton(AppText::t("settings.cancel"), this);

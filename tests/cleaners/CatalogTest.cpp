@@ -122,7 +122,9 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
             EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
             // Places that are, or lie in, an allowed root of their own.
             const auto places = placesById(env);
-            if (env.flutterBinCache) EXPECT_EQ(places.at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
+            if (env.flutterBinCache) {
+                EXPECT_EQ(places.at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
+            }
             EXPECT_EQ(places.at("tmpdir-scratch"), std::vector{env.tmpDir});
         }
     }

@@ -74,11 +74,14 @@ void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
             << ", has " << room.width() << "x" << room.height();
     }
     for (const QAbstractButton* button : widget.findChildren<QAbstractButton*>())
-        if (button->isVisibleTo(&widget) && !button->text().isEmpty())
+        if (button->isVisibleTo(&widget) && !button->text().isEmpty()) {
             EXPECT_GE(button->width(), button->sizeHint().width()) << name << ": " << button->text().toStdString();
+        }
     // Nothing is wider than its scroll area, the bar shown or not.
     for (const QAbstractScrollArea* area : widget.findChildren<QAbstractScrollArea*>())
-        if (area->isVisibleTo(&widget)) EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << name;
+        if (area->isVisibleTo(&widget)) {
+            EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << name;
+        }
 
     const QImage image = widget.grab().toImage();
     ASSERT_FALSE(image.isNull()) << name;
