@@ -1,5 +1,6 @@
 #include "kelvo/CleanService.h"
 
+#include "DomainClean.h"
 #include "kelvo/CleanerRegistry.h"
 
 namespace kelvo {
@@ -47,15 +48,7 @@ SafetyGuard CleanService::guard() const {
 }
 
 ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash) const {
-    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
-    const Executor executor{.safety = guard(),
-                            .dryRun = dryRun,
-                            .force = force,
-                            .probe = probe,
-                            .runCommand = runCommand,
-                            .shellVariables = env.shellVariables(),
-                            .homeTrash = toTrash ? std::optional(env.dataHome() / "Trash") : std::nullopt};
-    return executor.execute(targets);
+    return cleanThrough(*this, targets, dryRun, force, toTrash);
 }
 
 }  // namespace kelvo

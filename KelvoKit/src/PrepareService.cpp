@@ -1,5 +1,6 @@
 #include "kelvo/PrepareService.h"
 
+#include "DomainClean.h"
 #include "kelvo/PrepareRegistry.h"
 
 namespace kelvo {
@@ -21,15 +22,7 @@ SafetyGuard PrepareService::guard() const {
 }
 
 ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash) const {
-    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
-    const Executor executor{.safety = guard(),
-                            .dryRun = dryRun,
-                            .force = force,
-                            .probe = probe,
-                            .runCommand = runCommand,
-                            .shellVariables = env.shellVariables(),
-                            .homeTrash = toTrash ? std::optional(env.dataHome() / "Trash") : std::nullopt};
-    return executor.execute(targets);
+    return cleanThrough(*this, targets, dryRun, force, toTrash);
 }
 
 }  // namespace kelvo
