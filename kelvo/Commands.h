@@ -77,7 +77,8 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
-Command addConfigCommand(CLI::App& app);
+// `config show`: also the project folders found, when the configuration names none.
+Command addConfigCommand(CLI::App& app, const GlobalOptions& global);
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.
 void warnAboutConfiguration();

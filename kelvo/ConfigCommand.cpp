@@ -6,6 +6,7 @@
 #include "kelvo/Config.h"
 #include "kelvo/Environment.h"
 #include "kelvo/L10n.h"
+#include "kelvo/ProjectDiscovery.h"
 
 namespace kelvo::tool {
 namespace {
@@ -24,11 +25,11 @@ void warnAboutConfiguration() {
         fmt::print(stderr, "{}\n", L10n::t("cli.config.unusable", problem->file.string(), reasonText(*problem)));
 }
 
-Command addConfigCommand(CLI::App& app) {
+Command addConfigCommand(CLI::App& app, const GlobalOptions& global) {
     auto* config = app.add_subcommand("config", "Show the configuration");
     config->require_subcommand(1);
     auto* show = config->add_subcommand("show", "Print the effective configuration and the file's path");
-    return {show, [] {
+    return {show, [&global] {
                 const auto home = Environment::liveHome();
                 const auto path = Config::filePath(home);
                 const auto loaded = Config::load(home);
@@ -37,6 +38,16 @@ Command addConfigCommand(CLI::App& app) {
                 else
                     fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
                 fmt::print("{}\n", loaded.encoded());
+                // The folders a scan would walk besides the configured ones, said to be found.
+                const auto env = ProjectDiscovery::completed(global.liveEnvironment());
+                if (!env.foundProjectRoots) return 0;
+                if (env.foundProjectRoots->empty()) {
+                    fmt::print("{}\n", L10n::t("cli.config.foundNone"));
+                    return 0;
+                }
+                fmt::print("{}\n", L10n::t("cli.config.found"));
+                for (const auto& folder : *env.foundProjectRoots)
+                    fmt::print("  {}  {}\n", folder.string(), L10n::t("cli.config.foundMark"));
                 return 0;
             }};
 }
