@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+#include <set>
+
 #include "kelvo/Config.h"
 #include "kelvo/Format.h"
 #include "kelvo/KelvoKit.h"
@@ -116,6 +119,25 @@ TEST_F(CommandLine, AConfigurationThatCannotBeUsedIsNamedWithItsKeyOnEveryComman
         const Config shown = reason.empty() ? Config{{}, {}, "safe", 7, std::nullopt} : Config::defaults();
         const std::string why = reason.empty() ? "" : " (cannot be used: " + reason + "; these are the defaults)";
         EXPECT_EQ(show.standardOutput, "Configuration file: " + file.string() + why + "\n" + shown.encoded() + "\n");
+    }
+}
+
+TEST_F(CommandLine, WithoutConfiguredFoldersTheProjectsUnderTheHomeAreFoundShownAndScanned) {
+    const auto home = root / "home";
+    for (const auto* file : {"code/web/package.json", "code/web/node_modules/x/index.js", "code/crate/Cargo.toml",
+                             "code/crate/target/debug/crate", "code/py/pyproject.toml", "code/py/.venv/lib/site.py"})
+        testing::writeFile(home / file, 5000);
+    testing::setTreeModificationTime(home / "code", std::chrono::system_clock::now() - std::chrono::hours(24 * 30));
+    for (const bool configured : {false, true}) {
+        if (configured) testing::writeText(home / ".config/kelvo/config.json", R"({"projectRoots": ["~/elsewhere"],
+            "extraExclusions": [], "defaultLevel": "moderate", "keepRecentDays": 3})");
+        const auto scan = testing::runTool({"--catalog", "linux", "scan", "--json"}, environment);
+        std::set<std::string> ids;
+        for (const auto& target : nlohmann::json::parse(scan.standardOutput)["targets"]) ids.insert(target["id"]);
+        for (const auto* id : {"per-project-node_modules", "per-project-target", "per-project-.venv"})
+            EXPECT_EQ(ids.contains(id), !configured) << id;
+        const auto show = testing::runTool({"--catalog", "linux", "config", "show"}, environment).standardOutput;
+        EXPECT_EQ(show.find("\n  " + (home / "code").string() + "  (found)\n") != std::string::npos, !configured) << show;
     }
 }
 
