@@ -1,6 +1,5 @@
 #include "kelvo/platform/FileSystem.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,8 +8,11 @@
 #include <cerrno>
 #include <climits>
 
+#include "OpenFlags.h"
 #include "StatusFields.h"
+#include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryHandle.h"
+#include "kelvo/platform/DirectoryReader.h"
 
 namespace kelvo::platform {
 namespace {
@@ -75,25 +77,15 @@ std::optional<bool> isSymbolicLink(const std::filesystem::path& path) {
 }
 
 std::optional<std::vector<ListedEntry>> listDirectory(const std::filesystem::path& path, bool skipHidden) {
-    DIR* directory = ::opendir(path.c_str());
-    if (!directory) return std::nullopt;
+    const Descriptor directory(::open(path.c_str(), openFlags::directory));
+    if (!directory.valid()) return std::nullopt;
     std::vector<ListedEntry> entries;
-    errno = 0;
-    while (const dirent* entry = ::readdir(directory)) {
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        if (skipHidden && name.front() == '.') continue;
-        auto type = entryTypeFromRecord(entry->d_type);
-        if (!type) {
-            struct stat status {};
-            if (::fstatat(::dirfd(directory), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
-                type = entryTypeFromMode(status.st_mode);
-        }
-        entries.push_back({std::string(name), type});
-    }
-    const bool failed = errno != 0;
-    ::closedir(directory);
-    if (failed) return std::nullopt;
+    const auto progress = DirectoryReader().read(directory.get(), [&](const DirectoryRecord& entry) {
+        if (skipHidden && entry.name[0] == '.') return true;
+        entries.push_back({entry.name, entry.typeError == 0 ? std::optional(entry.type) : std::nullopt});
+        return true;
+    });
+    if (progress.error) return std::nullopt;
     return entries;
 }
 

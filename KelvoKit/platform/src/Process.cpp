@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <string_view>
 
+#include "kelvo/platform/Descriptor.h"
+
 extern char** environ;
 
 namespace kelvo::platform {
@@ -28,19 +30,14 @@ std::optional<int> waitFor(pid_t child) {
 }
 
 struct Pipe {
-    int read = -1;
-    int write = -1;
+    Descriptor read;
+    Descriptor write;
     bool open() {
         int fds[2];
         if (::pipe2(fds, O_CLOEXEC) != 0) return false;
-        read = fds[0];
-        write = fds[1];
+        read.reset(fds[0]);
+        write.reset(fds[1]);
         return true;
-    }
-    void closeBoth() {
-        if (read >= 0) ::close(read);
-        if (write >= 0) ::close(write);
-        read = write = -1;
     }
 };
 
@@ -57,7 +54,7 @@ std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, c
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (captureOutput)
-        posix_spawn_file_actions_adddup2(&actions, output.write, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, output.write.get(), STDOUT_FILENO);
     else
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
@@ -72,23 +69,20 @@ std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, c
     pid_t child = 0;
     const int spawnError = ::posix_spawn(&child, programText.c_str(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (spawnError != 0) {
-        output.closeBoth();
-        return std::nullopt;
-    }
+    if (spawnError != 0) return std::nullopt;
 
     ProcessOutcome outcome;
     if (captureOutput) {
-        ::close(output.write);
-        output.write = -1;
+        // Only the child may hold the writing end now, so the reading one sees its end.
+        output.write.reset();
         char buffer[8192];
         while (true) {
-            const ssize_t count = ::read(output.read, buffer, sizeof buffer);
+            const ssize_t count = ::read(output.read.get(), buffer, sizeof buffer);
             if (count < 0 && errno == EINTR) continue;
             if (count <= 0) break;
             outcome.standardOutput.append(buffer, static_cast<std::size_t>(count));
         }
-        output.closeBoth();
+        output.read.reset();
     }
     const auto status = waitFor(child);
     if (!status) return std::nullopt;

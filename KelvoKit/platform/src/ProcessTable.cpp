@@ -1,9 +1,10 @@
 #include "kelvo/platform/ProcessTable.h"
 
-#include <dirent.h>
-
 #include <cctype>
 
+#include "OpenFlags.h"
+#include "kelvo/platform/Descriptor.h"
+#include "kelvo/platform/DirectoryReader.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo::platform {
@@ -19,15 +20,15 @@ bool isProcessId(const char* name) {
 }  // namespace
 
 std::optional<std::vector<RunningProcess>> listRunningProcesses() {
-    DIR* proc = ::opendir("/proc");
-    if (!proc) return std::nullopt;
+    const Descriptor proc(::open("/proc", openFlags::directory));
+    if (!proc.valid()) return std::nullopt;
     std::vector<RunningProcess> processes;
-    while (const dirent* entry = ::readdir(proc)) {
-        if (!isProcessId(entry->d_name)) continue;
-        const std::filesystem::path base = std::filesystem::path("/proc") / entry->d_name;
+    DirectoryReader().read(proc.get(), [&](const DirectoryRecord& entry) {
+        if (!isProcessId(entry.name)) return true;
+        const std::filesystem::path base = std::filesystem::path("/proc") / entry.name;
         // A process that ends while we read simply drops out.
         auto comm = readFile(base / "comm");
-        if (!comm) continue;
+        if (!comm) return true;
         if (!comm->empty() && comm->back() == '\n') comm->pop_back();
 
         RunningProcess process;
@@ -47,8 +48,8 @@ std::optional<std::vector<RunningProcess>> listRunningProcesses() {
         // Readable for the user's own processes; a deleted program keeps its old path plus " (deleted)".
         if (auto program = linkText(base / "exe")) process.executable = program->string();
         processes.push_back(std::move(process));
-    }
-    ::closedir(proc);
+        return true;
+    });
     return processes;
 }
 

@@ -1,6 +1,5 @@
 #include "kelvo/platform/TreeRemoval.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,45 +19,13 @@
 #include <sys/syscall.h>
 #endif
 
+#include "OpenFlags.h"
+#include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryHandle.h"
+#include "kelvo/platform/DirectoryReader.h"
 
 namespace kelvo::platform {
 namespace {
-
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int fd) : fd_(fd) {}
-    Descriptor(Descriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        if (this != &other) {
-            if (fd_ >= 0) ::close(fd_);
-            fd_ = other.fd_;
-            other.fd_ = -1;
-        }
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    int get() const { return fd_; }
-    bool valid() const { return fd_ >= 0; }
-
-private:
-    int fd_ = -1;
-};
-
-// Descriptors that pin a directory without reading it: they need no read permission on
-// the directory, only search permission on the way to it, and serve as the base of the
-// *at calls. Where O_PATH does not exist a plain read-only descriptor stands in.
-#if defined(O_PATH)
-constexpr int pinFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-#else
-constexpr int pinFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-#endif
-constexpr int readFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 bool permissionDenied(int error) { return error == EACCES || error == EPERM; }
 
@@ -104,25 +71,16 @@ bool isMountRoot(int fd, const struct stat& status, dev_t parentDevice) {
     return false;
 }
 
-#if defined(__linux__)
 // One walk keeps at most this many directories open; a deeper one is closed and reached
-// again through "..", and its listing goes on from where it stopped.
-constexpr std::size_t openLevelsPerWalk = 32;
-#else
-// Elsewhere a listing position is not known to survive reopening a directory, so every
-// level of a walk stays open (one descriptor per level, as deep as the tree goes).
-constexpr std::size_t openLevelsPerWalk = SIZE_MAX;
-#endif
+// again through "..", and its listing goes on from where it stopped. Where a listing
+// position is not known to survive reopening a directory, every level of a walk stays
+// open instead (one descriptor per level, as deep as the tree goes).
+constexpr std::size_t openLevelsPerWalk = DirectoryReader::resumable ? 32 : SIZE_MAX;
 // Times a directory is gone through when it should be empty afterwards but is not (a
 // listing that skipped entries while others were removed, entries added meanwhile).
 constexpr int passesPerDirectory = 3;
-constexpr std::size_t listingBufferSize = 64 * 1024;
 // A huge directory is read and emptied this many entries at a time.
 constexpr std::size_t entriesPerListing = 128 * 1024;
-
-bool isDotOrDotDot(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
 
 // A directory of the tree while something below it is being removed. Every walk that
 // works in it or below it holds it: its own walk, and each child directory not yet
@@ -239,24 +197,14 @@ public:
         return error;
     }
 
-    int statIn(Node& directory, int fd, const char* name, struct stat& status) {
-        if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return 0;
-        int error = errno;
-        if (permissionDenied(error) && widen(directory, fd)) {
-            if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return 0;
-            error = errno;
-        }
-        return error;
-    }
-
     // Opens a subdirectory for reading, never through a link and never into another mount.
     std::optional<Opened> openChild(Node& parent, int parentFd, const char* name, int& error) {
         Opened opened;
-        opened.fd = Descriptor(::openat(parentFd, name, readFlags));
+        opened.fd = Descriptor(::openat(parentFd, name, openFlags::directoryNoFollow));
         if (!opened.fd.valid()) {
             error = errno;
             if (permissionDenied(error) && widen(parent, parentFd)) {
-                opened.fd = Descriptor(::openat(parentFd, name, readFlags));
+                opened.fd = Descriptor(::openat(parentFd, name, openFlags::directoryNoFollow));
                 if (!opened.fd.valid()) error = errno;
             }
             if (!opened.fd.valid() && permissionDenied(error) && options_.addOwnerPermissions) {
@@ -264,10 +212,10 @@ public:
                 // without reading, add the bits through that descriptor, then open it for
                 // reading through the pinned descriptor itself, so nothing can be swapped
                 // in between.
-                Descriptor pinned(::openat(parentFd, name, pinFlags));
+                Descriptor pinned(::openat(parentFd, name, openFlags::pinnedDirectory));
                 if (pinned.valid() && addModeBits(pinned.get(), S_IRWXU)) {
                     opened.widened = true;
-                    opened.fd = Descriptor(::openat(pinned.get(), ".", readFlags));
+                    opened.fd = Descriptor(::openat(pinned.get(), ".", openFlags::directoryNoFollow));
                     if (!opened.fd.valid()) error = errno;
                 }
             }
@@ -326,7 +274,7 @@ private:
 // the directory expected: a directory moved elsewhere meanwhile has another parent, which
 // is not part of the tree.
 Descriptor openParent(int childFd, const Node& expected, int& error) {
-    Descriptor parent(::openat(childFd, "..", readFlags));
+    Descriptor parent(::openat(childFd, "..", openFlags::directoryNoFollow));
     if (!parent.valid()) {
         error = errno;
         return parent;
@@ -348,8 +296,7 @@ Descriptor openParent(int childFd, const Node& expected, int& error) {
 // are handed to idle threads as they turn up, each as a walk of its own.
 class Walk {
 public:
-    explicit Walk(Removal& removal)
-        : removal_(removal), buffer_(std::make_unique_for_overwrite<char[]>(listingBufferSize)) {}
+    explicit Walk(Removal& removal) : removal_(removal) {}
 
     void run(std::shared_ptr<Node> node, Descriptor fd) {
         push(std::move(node), std::move(fd));
@@ -422,23 +369,30 @@ private:
     // Reads the top directory on, up to entriesPerListing entries. Files, links and the
     // like go at once, in inode order: on ext4 and its kind the inode table is then
     // written front to back rather than all over, which is most of what a huge folder
-    // costs. Subdirectories are kept, in listing order, to be taken one by one.
+    // costs. Subdirectories are kept, in listing order, to be taken one by one. Nothing
+    // goes while the listing is read: a readdir stream may skip entries when its directory
+    // changes under it.
     void readListing(Frame& frame) {
         frame.pending.clear();
         frame.next = 0;
         frame.listingStart = frame.position;
         files_.clear();
-        const int error = forEachEntry(frame, [&](const char* name, unsigned char type, ino_t inode,
-                                                  std::int64_t positionAfter) {
-            if (type == DT_UNKNOWN) type = typeOf(*frame.node, frame.fd.get(), name);
-            if (type == DT_DIR) {
-                frame.pending.add(name, inode, positionAfter);
-            } else if (type != DT_UNKNOWN) {
-                files_.add(name, inode, positionAfter);
-            }
-        });
-        if (error != 0) {
-            removal_.keep(*frame.node, error);
+        const ListingProgress progress = DirectoryReader().read(
+            frame.fd.get(),
+            [&](const DirectoryRecord& entry) {
+                const auto type = entryType(*frame.node, frame.fd.get(), entry);
+                if (type == EntryType::directory) {
+                    frame.pending.add(entry.name, entry.inode, entry.positionAfter);
+                } else if (type) {
+                    files_.add(entry.name, entry.inode, entry.positionAfter);
+                }
+                return true;
+            },
+            entriesPerListing);
+        if (progress.records > 0) frame.position = progress.position;
+        if (progress.atEnd) frame.listed = true;
+        if (progress.error) {
+            removal_.keep(*frame.node, progress.error.value());
             frame.listed = true;
         }
         files_.sortByInode();
@@ -454,82 +408,18 @@ private:
         }
     }
 
-    // The type of an entry the directory does not record: DT_DIR or DT_REG for anything
-    // else, DT_UNKNOWN when it is gone or cannot be looked at (and then stays).
-    unsigned char typeOf(Node& directory, int fd, const char* name) {
-        struct stat status {};
-        if (const int error = removal_.statIn(directory, fd, name, status)) {
-            if (error != ENOENT) removal_.keep(directory, error);
-            return DT_UNKNOWN;
+    // An entry's type; where the directory records none and the entry's status cannot be
+    // read, one more try with the owner's bits added, else nothing (gone, or it stays).
+    std::optional<EntryType> entryType(Node& directory, int fd, const DirectoryRecord& entry) {
+        int error = entry.typeError;
+        if (error == 0) return entry.type;
+        if (permissionDenied(error) && removal_.widen(directory, fd)) {
+            const EntryType type = DirectoryReader::typeOf(fd, entry.name, error);
+            if (error == 0) return type;
         }
-        return S_ISDIR(status.st_mode) ? DT_DIR : DT_REG;
+        if (error != ENOENT) removal_.keep(directory, error);
+        return std::nullopt;
     }
-
-#if defined(__linux__)
-    // getdents64 with a large buffer: few system calls even for a directory of a million
-    // entries, and the position of every entry to go on from after reopening.
-    template <class OnEntry>
-    int forEachEntry(Frame& frame, OnEntry&& onEntry) {
-        struct Record {
-            ino64_t inode;
-            off64_t offset;
-            unsigned short length;
-            unsigned char type;
-            char name[1];
-        };
-        for (std::size_t seen = 0; seen < entriesPerListing;) {
-            const long count = ::syscall(SYS_getdents64, frame.fd.get(), buffer_.get(), listingBufferSize);
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) return errno;
-            if (count == 0) {
-                frame.listed = true;
-                break;
-            }
-            for (long offset = 0; offset < count; ++seen) {
-                const auto* record = reinterpret_cast<const Record*>(buffer_.get() + offset);
-                offset += record->length;
-                frame.position = record->offset;
-                if (!isDotOrDotDot(record->name)) onEntry(record->name, record->type, record->inode, record->offset);
-            }
-        }
-        return 0;
-    }
-#else
-    // The whole directory in one go, read before anything in it is removed: elsewhere
-    // removing while a directory stream is open may skip entries.
-    template <class OnEntry>
-    int forEachEntry(Frame& frame, OnEntry&& onEntry) {
-        frame.listed = true;
-        const int copy = ::dup(frame.fd.get());
-        if (copy < 0) return errno;
-        DIR* directory = ::fdopendir(copy);
-        if (!directory) {
-            const int error = errno;
-            ::close(copy);
-            return error;
-        }
-        ::rewinddir(directory);
-        struct Listed {
-            std::string name;
-            unsigned char type;
-            ino_t inode;
-        };
-        std::vector<Listed> entries;
-        int error = 0;
-        while (true) {
-            errno = 0;
-            const dirent* entry = ::readdir(directory);
-            if (!entry) {
-                error = errno;
-                break;
-            }
-            if (!isDotOrDotDot(entry->d_name)) entries.push_back({entry->d_name, entry->d_type, entry->d_ino});
-        }
-        ::closedir(directory);
-        for (const auto& entry : entries) onEntry(entry.name.c_str(), entry.type, entry.inode, 0);
-        return error;
-    }
-#endif
 
     // The top directory has been gone through: let go of it. Whoever lets go of a directory
     // last removes it from its parent and lets go of the parent in turn, up to the first
@@ -560,7 +450,7 @@ private:
                 // Nothing in it failed, yet it is not empty: go through it once more.
                 ++node->passes;
                 node->holders.store(1, std::memory_order_relaxed);
-                ::lseek(fd.get(), 0, SEEK_SET);
+                DirectoryReader::seek(fd.get(), 0);
                 push(std::move(node), std::move(fd));
                 return;
             }
@@ -578,8 +468,8 @@ private:
     bool reopen(Frame& frame, int childFd, int& error) {
         Descriptor fd = openParent(childFd, *frame.node, error);
         if (!fd.valid()) return false;
-        if (::lseek(fd.get(), frame.listingStart, SEEK_SET) < 0) {
-            error = errno;
+        if (const auto seekError = DirectoryReader::seek(fd.get(), frame.listingStart)) {
+            error = seekError.value();
             return false;
         }
         frame.fd = std::move(fd);
@@ -596,7 +486,6 @@ private:
     }
 
     Removal& removal_;
-    std::unique_ptr<char[]> buffer_;
     ListedNames files_;  // the files of the listing being emptied
     std::vector<Frame> frames_;
     std::size_t open_ = 0;  // the open frames are the last open_ of frames_
@@ -645,20 +534,12 @@ std::error_code removeTree(const std::filesystem::path& path, const TreeRemovalO
 
     // Walk down from the root without following any link: a link standing anywhere in the
     // parent chain at this moment ends the removal here.
-    Descriptor current(::open("/", pinFlags));
+    Descriptor current(::open("/", openFlags::pinnedDirectory));
     if (!current.valid()) return errorOf(errno);
     for (std::size_t index = 0; index + 1 < components->size(); ++index) {
         const char* component = (*components)[index].c_str();
-        Descriptor next(::openat(current.get(), component, pinFlags));
-        if (!next.valid()) {
-            const int error = errno;
-            struct stat status {};
-            // O_NOFOLLOW with O_DIRECTORY reports a link as "not a directory"; say what it is.
-            if (error == ENOTDIR && ::fstatat(current.get(), component, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-                S_ISLNK(status.st_mode))
-                return errorOf(ELOOP);
-            return errorOf(error);
-        }
+        Descriptor next(::openat(current.get(), component, openFlags::pinnedDirectory));
+        if (!next.valid()) return errorOf(openFlags::noFollowError(current.get(), component, errno));
         struct stat status {};
         if (::fstat(next.get(), &status) != 0) return errorOf(errno);
         if (!S_ISDIR(status.st_mode)) return errorOf(S_ISLNK(status.st_mode) ? ELOOP : ENOTDIR);

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <type_traits>
 
+#include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryEntry.h"
 
 namespace kelvo::platform {
@@ -59,16 +60,15 @@ public:
                                       return (*static_cast<Target*>(target))(name, type);
                                   });
     }
-    // Allocated bytes (blocks x 512) of the directory itself, or of a child entry itself
-    // (a link is not followed). Nothing when the status cannot be read; the error says why
-    // (ENOENT: the child is gone).
+    // Allocated bytes (blocks x 512) of the directory itself. Nothing when the status cannot
+    // be read; the error says why.
     std::optional<std::int64_t> allocatedBytes(std::error_code& error) const;
-    std::optional<std::int64_t> childAllocatedBytes(std::string_view name, std::error_code& error) const;
-    // The same for a child entry with its count of names and its identity, so that a walk
-    // can count a file with several names once.
+    // The space a child entry itself takes (a link is not followed), with its count of names
+    // and its identity, so that a walk can count a file with several names once. Nothing
+    // when the status cannot be read; the error says why (ENOENT: the child is gone).
     std::optional<StoredItem> childStoredItem(std::string_view name, std::error_code& error) const;
 
-    int fd() const { return fd_; }
+    int fd() const { return fd_.get(); }
 
 private:
     using NameVisitor = bool (*)(void* target, std::string_view name, EntryType type);
@@ -76,8 +76,8 @@ private:
     // Reading a directory starts at the descriptor's offset: a second listing rewinds first.
     void rewindIfListed() const;
 
-    explicit DirectoryHandle(int fd) : fd_(fd) {}
-    int fd_ = -1;
+    explicit DirectoryHandle(Descriptor fd) : fd_(std::move(fd)) {}
+    Descriptor fd_;
     mutable bool listed_ = false;
 };
 

@@ -7,19 +7,21 @@
 // opened or locked: the caller decides whether to go on without it.
 #include <filesystem>
 
+#include "kelvo/platform/Descriptor.h"
+
 namespace kelvo::platform {
 
 class DirectoryLock {
 public:
     explicit DirectoryLock(const std::filesystem::path& directory);
-    ~DirectoryLock();
     DirectoryLock(const DirectoryLock&) = delete;
     DirectoryLock& operator=(const DirectoryLock&) = delete;
 
-    bool held() const { return fd_ >= 0; }
+    bool held() const { return fd_.valid(); }
 
 private:
-    int fd_ = -1;
+    // Closing the only descriptor of the open file releases the lock.
+    Descriptor fd_;
 };
 
 }  // namespace kelvo::platform
