@@ -6,6 +6,8 @@
 # the Linux-layout home with the Linux catalog; kelvo runs with no other variable than
 # HOME, TMPDIR and PATH, so the machine's XDG or tool variables cannot move the catalog.
 # Targets on 2 cores, warm: the scan at most 0.6 x du's wall time, peak memory under 64 MiB.
+# The same warm run also times what finding the project folders costs (the Linux catalog
+# only; target at most 10 % of the scan).
 # Exits 1 when a target is missed. RUNS (default 5) and COLD_RUNS (default 3) set the rounds.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -24,12 +26,28 @@ trap 'rm -rf "$scratch"' EXIT
 kelvo_run() { env -i HOME="$home" TMPDIR="$scratch" PATH="$PATH" "$kelvo" --catalog "$layout" scan --json; }
 kelvo_scan() { kelvo_run >/dev/null; }
 du_home() { du -sl "$home" >/dev/null 2>&1 || true; }
+# `config show` searches the project folders when no configuration file names any; with a
+# file naming one (written only while it runs) it searches nothing: the difference between
+# the two is what the search costs.
+config_file="$home/.config/kelvo/config.json"
+if [ -e "$config_file" ]; then echo "the fake home already has $config_file" >&2; exit 1; fi
+config_show() { env -i HOME="$home" PATH="$PATH" "$kelvo" --catalog "$layout" config show; }
+show_searching() { config_show >/dev/null; }
+show_configured() {
+  mkdir -p "$(dirname "$config_file")"
+  printf '%s\n' '{"projectRoots": ["~/workspace/x"], "extraExclusions": [], "defaultLevel": "moderate", "keepRecentDays": 3}' >"$config_file"
+  config_show >/dev/null
+  rm -f "$config_file"
+}
 
-echo "fake $layout home: $home ($(kelvo_run | grep -c '"id"') targets offered)"
-
-read -r kelvo_ms du_ms < <(alternating_medians warm "$runs" kelvo_scan du_home)
+echo "project folders found: $(config_show | grep -c '  (found)$' || true)"
+read -r kelvo_ms du_ms searching_ms configured_ms < <(alternating_medians warm "$runs" kelvo_scan du_home show_searching show_configured)
 echo "warm cache: kelvo scan $kelvo_ms ms, du -sl $du_ms ms; kelvo/du $(ratio "$kelvo_ms" "$du_ms") (target <= 0.6)"
 verdict "warm kelvo/du" "$(ratio "$kelvo_ms" "$du_ms")" 0.6
+finding_ms=$(awk -v a="$searching_ms" -v b="$configured_ms" 'BEGIN { d = a - b; printf "%d", (d > 0 ? d : 0) }')
+echo "finding the project folders: $finding_ms ms (config show $searching_ms ms, configured $configured_ms ms);" \
+  "share of the scan $(ratio "$finding_ms" "$kelvo_ms") (target <= 0.10)"
+verdict "finding the project folders" "$(ratio "$finding_ms" "$kelvo_ms")" 0.10
 
 if can_drop_caches; then
   read -r kelvo_ms du_ms < <(alternating_medians cold "$cold_runs" kelvo_scan du_home)

@@ -79,7 +79,8 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
-// `config show`, `config add-root`, `remove-root`, `exclude`, `include` and `set`.
+// `config show` (also the project folders found, when the configuration names none),
+// `config add-root`, `remove-root`, `exclude`, `include` and `set`.
 std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const GlobalOptions& global);
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.

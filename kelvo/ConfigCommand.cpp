@@ -8,6 +8,7 @@
 #include "kelvo/ConfigEdit.h"
 #include "kelvo/Environment.h"
 #include "kelvo/L10n.h"
+#include "kelvo/ProjectDiscovery.h"
 
 namespace kelvo::tool {
 namespace {
@@ -79,7 +80,7 @@ std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const Gl
                             return runEdit(edit, global);
                         }});
     auto* show = config->add_subcommand("show", "Print the effective configuration and the file's path");
-    commands.push_back({show, [] {
+    commands.push_back({show, [&global] {
                 const auto home = Environment::liveHome();
                 const auto path = Config::filePath(home);
                 const auto loaded = Config::load(home);
@@ -88,6 +89,16 @@ std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const Gl
                 else
                     fmt::print("{}\n", L10n::t(Config::exists(home) ? "cli.config.file" : "cli.config.noFile", path.string()));
                 fmt::print("{}\n", loaded.encoded());
+                // The folders a scan would walk besides the configured ones, said to be found.
+                const auto env = ProjectDiscovery::completed(global.liveEnvironment());
+                if (!env.foundProjectRoots) return 0;
+                if (env.foundProjectRoots->empty()) {
+                    fmt::print("{}\n", L10n::t("cli.config.foundNone"));
+                    return 0;
+                }
+                fmt::print("{}\n", L10n::t("cli.config.found"));
+                for (const auto& folder : *env.foundProjectRoots)
+                    fmt::print("  {}  {}\n", folder.string(), L10n::t("cli.config.foundMark"));
                 return 0;
             }});
     return commands;

@@ -6,6 +6,8 @@
 
 #include "kelvo/Config.h"
 #include "kelvo/PlanSelection.h"
+#include "kelvo/ProjectDiscovery.h"
+#include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
 
@@ -102,7 +104,8 @@ void AppModel::reloadConfig() {
     refreshDisk();
 }
 
-std::error_code AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
+std::error_code AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies,
+                                             const std::vector<std::string>& projectRoots) {
     Config config = Config::load(home());
     config.enabledFamilies.reset();
     if (enabledFamilies) {
@@ -111,16 +114,38 @@ std::error_code AppModel::completeOnboarding(const std::optional<std::set<Family
         std::ranges::sort(names);
         config.enabledFamilies = std::move(names);
     }
+    if (!projectRoots.empty()) config.projectRoots = projectRoots;
     if (auto error = config.save(home())) return error;
     reloadConfig();
     return {};
 }
 
-void AppModel::detectCategories(std::function<void(std::set<Family>)> done) {
-    dependencies_.inBackground([service = clean_, reply = replyToModel(), done = std::move(done)] {
-        auto families = service.detectFamilies().value_or(std::set<Family>{});
+void AppModel::detectCategories(std::function<void(std::set<Family>)> done,
+                                const std::optional<std::vector<std::string>>& projectRoots) {
+    CleanService service = clean_;
+    if (projectRoots) {
+        service.env.projectRoots = *projectRoots;
+        service.env.foundProjectRoots.reset();
+    }
+    dependencies_.inBackground([service = std::move(service), reply = replyToModel(), done = std::move(done)] {
+        const CleanService walked{ProjectDiscovery::completed(service.env), service.probe, service.runCommand};
+        auto families = walked.detectFamilies().value_or(std::set<Family>{});
+        // Projects build tomorrow what they do not hold today; the Linux profile only, where
+        // the folders are found rather than assumed.
+        if (walked.env.catalog == CatalogProfile::gnuLinux &&
+            std::ranges::any_of(walked.env.resolvedProjectRoots(), [](const auto& root) { return platform::exists(root); }))
+            families.insert(Family::perProject);
         reply([families = std::move(families), done](AppModel&) {
             if (done) done(families);
+        });
+    });
+}
+
+void AppModel::findProjectFolders(std::function<void(std::vector<std::filesystem::path>)> done) {
+    dependencies_.inBackground([env = clean_.env, reply = replyToModel(), done = std::move(done)] {
+        auto found = ProjectDiscovery::completed(env).foundProjectRoots.value_or(std::vector<std::filesystem::path>{});
+        reply([found = std::move(found), done](AppModel&) {
+            if (done) done(found);
         });
     });
 }

@@ -2,6 +2,7 @@
 
 #include "DomainClean.h"
 #include "kelvo/CleanerRegistry.h"
+#include "kelvo/ProjectDiscovery.h"
 
 namespace kelvo {
 
@@ -15,13 +16,13 @@ void keepEnabled(CleanerList& cleaners, const Environment& env) {
 }  // namespace
 
 CleanerList CleanService::enabledCleaners() const {
-    CleanerList cleaners = CleanerRegistry::makeCleaners(env);
+    CleanerList cleaners = CleanerRegistry::makeCleaners(ProjectDiscovery::completed(env));
     keepEnabled(cleaners, env);
     return cleaners;
 }
 
 std::optional<ScanResult> CleanService::scan(const ScanOptions& options) const {
-    auto catalog = CleanerRegistry::build(env);
+    auto catalog = CleanerRegistry::build(ProjectDiscovery::completed(env, options.stop));
     keepEnabled(catalog.cleaners, env);
     auto result = Scanner(std::move(catalog.cleaners), guard()).scan(options);
     if (result) result->notes.insert(result->notes.begin(), catalog.notes.begin(), catalog.notes.end());
@@ -35,7 +36,8 @@ CleanService CleanService::narrowedTo(const std::set<Family>& families, const st
 }
 
 std::optional<std::set<Family>> CleanService::detectFamilies(const ScanOptions& options) const {
-    const auto scanned = Scanner(CleanerRegistry::makeCleaners(env), guard()).scan(options);
+    const auto scanned =
+        Scanner(CleanerRegistry::makeCleaners(ProjectDiscovery::completed(env, options.stop)), guard()).scan(options);
     if (!scanned) return std::nullopt;
     std::set<Family> families;
     for (const auto& target : scanned->targets) families.insert(target.family);

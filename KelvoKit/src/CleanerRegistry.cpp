@@ -136,6 +136,10 @@ std::vector<Spec> linuxArtifactSpecs() {
     return specs;
 }
 
+std::vector<Spec> profileSpecs(const Environment& env) {
+    return env.catalog == CatalogProfile::gnuLinux ? linuxArtifactSpecs() : artifactSpecs();
+}
+
 // Folders below a project root that tag themselves as caches (Cargo, Meson, pytest, ...).
 Spec cacheTaggedSpec() { return {"CACHEDIR.TAG", safe, regenerable, rebuild, {}}; }
 
@@ -260,13 +264,45 @@ CleanerRegistry::BuiltCatalog CleanerRegistry::build(const Environment& env) {
     for (const auto& entry : CatalogTable::entries()) c.add(entry);
     const bool isLinux = env.catalog == CatalogProfile::gnuLinux;
     c.add(std::make_shared<PerProjectCleaner>(
-        env.resolvedProjectRoots(), isLinux ? linuxArtifactSpecs() : artifactSpecs(), env.keepRecentDays,
+        env.resolvedProjectRoots(), profileSpecs(env), env.keepRecentDays,
         std::chrono::system_clock::now(), isLinux ? std::optional<Spec>(cacheTaggedSpec()) : std::nullopt));
     auto notes = c.notes();
     return {c.take(), std::move(notes)};
 }
 
 CleanerList CleanerRegistry::makeCleaners(const Environment& env) { return build(env).cleaners; }
+
+std::vector<std::filesystem::path> CleanerRegistry::places(const Environment& env) {
+    std::vector<std::filesystem::path> found;
+    for (const auto& cleaner : makeCleaners(env)) {
+        if (const auto* paths = dynamic_cast<const PathCleaner*>(cleaner.get()))
+            for (const auto& relative : paths->relativePaths()) found.push_back(Paths::appending(paths->home(), relative));
+        else if (const auto* versioned = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()))
+            found.push_back(versioned->parent());
+    }
+    return found;
+}
+
+std::vector<std::string> CleanerRegistry::artifactNames(const Environment& env) {
+    std::vector<std::string> names;
+    for (const auto& spec : profileSpecs(env)) names.push_back(spec.dirName);
+    return names;
+}
+
+std::vector<std::string> CleanerRegistry::projectManifests(const Environment& env) {
+    std::set<std::string> manifests;
+    for (const auto& spec : profileSpecs(env)) {
+        if (spec.requiresSibling.size() != 1) continue;
+        std::string_view pattern = spec.requiresSibling.front();
+        while (!pattern.empty()) {
+            const auto bar = pattern.find('|');
+            if (const auto alternative = pattern.substr(0, bar); !alternative.empty()) manifests.emplace(alternative);
+            if (bar == std::string_view::npos) break;
+            pattern.remove_prefix(bar + 1);
+        }
+    }
+    return {manifests.begin(), manifests.end()};
+}
 
 std::vector<std::filesystem::path> CleanerRegistry::allowedRoots(const Environment& env) {
     std::vector<std::filesystem::path> roots{env.home, env.tmpDir};

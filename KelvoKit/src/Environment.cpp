@@ -1,5 +1,6 @@
 #include "kelvo/Environment.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "kelvo/Config.h"
@@ -111,6 +112,8 @@ std::optional<std::filesystem::path> Environment::expand(const std::string& text
     return Paths::appending(home, path);
 }
 
+bool Environment::projectRootsConfigured() const { return projectRoots != Config::defaults().projectRoots; }
+
 std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
     const auto standardHome = Paths::standardized(home);
     std::vector<std::filesystem::path> roots;
@@ -118,6 +121,17 @@ std::vector<std::filesystem::path> Environment::resolvedProjectRoots() const {
         auto expanded = expand(entry, home);
         if (!expanded || Paths::same(Paths::standardized(*expanded).string(), standardHome.string())) continue;
         roots.push_back(std::move(*expanded));
+    }
+    if (projectRootsConfigured() || !foundProjectRoots) return roots;
+    const std::size_t configured = roots.size();
+    for (const auto& found : *foundProjectRoots) {
+        const std::string path = Paths::standardized(found).string();
+        const bool covered = std::any_of(roots.begin(), roots.begin() + static_cast<std::ptrdiff_t>(configured),
+                                         [&](const std::filesystem::path& root) {
+                                             const std::string walked = Paths::standardized(root).string();
+                                             return Paths::same(walked, path) || Paths::isInside(path, walked);
+                                         });
+        if (!covered) roots.push_back(found);
     }
     return roots;
 }

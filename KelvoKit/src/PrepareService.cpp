@@ -2,11 +2,12 @@
 
 #include "DomainClean.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/ProjectDiscovery.h"
 
 namespace kelvo {
 
 CleanerList PrepareService::preparers() const {
-    return PrepareRegistry::makePreparers(env, olderThanMonths, now, metadata, simLister, appIndexDirs, probe,
+    return PrepareRegistry::makePreparers(ProjectDiscovery::completed(env), olderThanMonths, now, metadata, simLister, appIndexDirs, probe,
                                           systemRoot);
 }
 

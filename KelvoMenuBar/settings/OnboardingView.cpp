@@ -1,6 +1,8 @@
 #include "settings/OnboardingView.h"
 
+#include <QFileDialog>
 #include <QHBoxLayout>
+#include <QListWidget>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
@@ -18,7 +20,13 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
     : QWidget(parent), model_(model), onOpenSettings_(std::move(onOpenSettings)), onDone_(std::move(onDone)),
       detect_(new QPushButton(Icons::symbol("wand.and.stars"), AppText::t("onboarding.detect"), this)),
       detecting_(new QWidget(this)), enableAll_(new QPushButton(AppText::t("onboarding.enableAll"), this)),
-      chooseManually_(new QPushButton(AppText::t("onboarding.chooseManually"), this)) {
+      chooseManually_(new QPushButton(AppText::t("onboarding.chooseManually"), this)),
+      folders_(new QListWidget(this)),
+      addFolder_(new QPushButton(Icons::symbol("folder"), AppText::t("onboarding.addFolder"), this)) {
+    pickFolder_ = [this] {
+        return QFileDialog::getExistingDirectory(this, AppText::t("onboarding.addFolder"),
+                                                 QString::fromStdString(model_.cleanService().env.home.string()));
+    };
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 20, 20, 20);
     layout->addStretch(1);
@@ -34,6 +42,18 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
     description->setStyleSheet("color: palette(placeholder-text);");
     layout->addWidget(description);
     layout->addSpacing(12);
+
+    auto* projects = new QLabel(AppText::t("onboarding.projects"), this);
+    projects->setStyleSheet("font-weight: bold;");
+    layout->addWidget(projects);
+    auto* projectsHint = new QLabel(AppText::t("onboarding.projects.hint"), this);
+    projectsHint->setWordWrap(true);
+    projectsHint->setStyleSheet("color: palette(placeholder-text);");
+    layout->addWidget(projectsHint);
+    folders_->setMaximumHeight(110);
+    layout->addWidget(folders_);
+    layout->addWidget(addFolder_, 0, Qt::AlignLeft);
+    layout->addSpacing(8);
 
     layout->addWidget(detect_);
     auto* detecting = new QHBoxLayout(detecting_);
@@ -60,7 +80,37 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
         onDone_();
         onOpenSettings_();
     });
+    connect(addFolder_, &QPushButton::clicked, this, [this] {
+        if (const QString folder = pickFolder_(); !folder.isEmpty()) addFolder(folder, true);
+    });
     setWorking(false);
+    if (!model_.needsOnboarding()) return;
+    model_.findProjectFolders([self = QPointer<OnboardingView>(this)](std::vector<std::filesystem::path> found) {
+        if (!self) return;
+        for (const auto& folder : found) self->addFolder(QString::fromStdString(folder.string()), true);
+    });
+}
+
+void OnboardingView::addFolder(const QString& folder, bool checked) {
+    // Shown and stored home-relative, as the user would type it.
+    const QString home = QString::fromStdString(model_.cleanService().env.home.string());
+    QString typed = folder;
+    if (folder.startsWith(home + "/")) typed = "~" + folder.mid(home.size());
+    for (int row = 0; row < folders_->count(); ++row)
+        if (folders_->item(row)->text() == typed) {
+            folders_->item(row)->setCheckState(Qt::Checked);
+            return;
+        }
+    auto* item = new QListWidgetItem(Icons::symbol("folder"), typed, folders_);
+    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+    item->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
+}
+
+QStringList OnboardingView::checkedFolders() const {
+    QStringList checked;
+    for (int row = 0; row < folders_->count(); ++row)
+        if (folders_->item(row)->checkState() == Qt::Checked) checked << folders_->item(row)->text();
+    return checked;
 }
 
 void OnboardingView::setWorking(bool working) {
@@ -73,6 +123,8 @@ void OnboardingView::setWorking(bool working) {
 
 void OnboardingView::autodetect() {
     setWorking(true);
+    std::vector<std::string> roots;
+    for (const QString& folder : checkedFolders()) roots.push_back(folder.toStdString());
     model_.detectCategories([self = QPointer<OnboardingView>(this)](std::set<Family> detected) {
         if (!self) return;
         std::set<Family> enabled;
@@ -80,11 +132,13 @@ void OnboardingView::autodetect() {
             if (detected.contains(family)) enabled.insert(family);
         self->setWorking(false);
         if (self->complete(enabled)) self->onDone_();
-    });
+    }, roots.empty() ? std::nullopt : std::optional(roots));
 }
 
 bool OnboardingView::complete(const std::optional<std::set<Family>>& enabledFamilies) {
-    const auto error = model_.completeOnboarding(enabledFamilies);
+    std::vector<std::string> roots;
+    for (const QString& folder : checkedFolders()) roots.push_back(folder.toStdString());
+    const auto error = model_.completeOnboarding(enabledFamilies, roots);
     if (error)
         saveError_->setText(QString::fromStdString(Config::saveFailureText(model_.cleanService().env.home, error)));
     saveError_->setVisible(static_cast<bool>(error));

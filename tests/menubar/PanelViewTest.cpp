@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QLabel>
 #include <QListView>
+#include <QListWidget>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -207,6 +208,26 @@ TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
     const auto families = Config::load(home).enabledFamilies;
     ASSERT_TRUE(families);
     EXPECT_EQ(*families, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs"}));
+}
+
+TEST_F(PanelViewTest, OnboardingShowsTheFoundProjectFoldersCheckedAndTheDetectionKeepsTheirFamily) {
+    writeFile(home / "code/app/package.json");  // projects with nothing built yet
+    writeFile(home / "src/github.com/x/tool/Cargo.toml");
+    std::filesystem::create_directories(root / "elsewhere");
+    makePanel();
+    settle();
+    OnboardingView& onboarding = *panel->onboardingView();
+    EXPECT_EQ(onboarding.checkedFolders(), (QStringList{"~/code", "~/src/github.com/x"}));
+    screenshot(*panel, "onboarding-found");
+    onboarding.projectFolders()->item(1)->setCheckState(Qt::Unchecked);
+    onboarding.setFolderPicker([this] { return QString::fromStdString((root / "elsewhere").string()); });
+    click(onboarding.addFolderButton());
+    click(onboarding.detectButton());
+    settle();
+    const Config saved = Config::load(home);
+    EXPECT_EQ(saved.projectRoots, (std::vector<std::string>{"~/code", (root / "elsewhere").string()}));
+    ASSERT_TRUE(saved.enabledFamilies);
+    EXPECT_EQ(*saved.enabledFamilies, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs", "perProject"}));
 }
 
 TEST_F(PanelViewTest, DiskBarShowsTheToneAndFigures) {

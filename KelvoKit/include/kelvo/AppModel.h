@@ -130,11 +130,20 @@ public:
     void reloadConfig();
     // Writes the configuration (the file's current values, or the defaults when it cannot
     // be read) with the given families as raw values in ascending text order, or with no
-    // family list (every family) for nothing, then reloads. Returns why the save failed
+    // family list (every family) for nothing, then reloads. Project folders, when given and
+    // not empty, are stored as typed, replacing the file's. Returns why the save failed
     // (Config::saveFailureText tells the user); nothing is reloaded then.
-    std::error_code completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies);
-    // The families the clean service finds on this machine, passed to done.
-    void detectCategories(std::function<void(std::set<Family>)> done);
+    std::error_code completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies,
+                                       const std::vector<std::string>& projectRoots = {});
+    // The families the clean service finds on this machine, passed to done. With project
+    // folders given (as typed) the scan walks them instead of the configured or found ones;
+    // on the Linux profile, whenever the scan has a project folder that exists, the project
+    // build folders family is among the families, built today or not.
+    void detectCategories(std::function<void(std::set<Family>)> done,
+                          const std::optional<std::vector<std::string>>& projectRoots = std::nullopt);
+    // The folders under the home that hold projects while the configuration names none
+    // of its own (ProjectDiscovery), passed to done; none otherwise.
+    void findProjectFolders(std::function<void(std::vector<std::filesystem::path>)> done);
 
     // Cancels the kept scan task, if any, and starts a new one that it keeps.
     void startScan();

@@ -4,6 +4,8 @@
 // behind a guard whose allowed roots are the home, the temporary directory and, when a
 // Flutter SDK is known, its bin folder. Immutable: new settings make a new service.
 // Whatever is left out is the live one: the running user's environment, probe and shell.
+// Each scan first finds the project folders when the environment's are to be found and
+// nobody looked yet (ProjectDiscovery::completed).
 #include <memory>
 #include <optional>
 #include <set>

@@ -30,6 +30,16 @@ std::vector<std::filesystem::path> protectedPaths(const Environment& env);
 // The folders inside which the clean domain may delete: the home, the temporary folder
 // and, when a Flutter SDK is known, its bin folder.
 std::vector<std::filesystem::path> allowedRoots(const Environment& env);
+// Every folder the catalog's path and versioned entries look at (their parents for the
+// versioned ones), absolute: the tools' own places, never the user's projects.
+std::vector<std::filesystem::path> places(const Environment& env);
+// The names of the profile's per-project artefact folders ("node_modules", "target", ...).
+std::vector<std::string> artifactNames(const Environment& env);
+// The entries the profile's artefact kinds look for beside their folders, each a name or
+// "*.ext": the manifests that mark a project ("package.json", "Cargo.toml", "*.csproj").
+// Kinds that need several entries together (a Unity project's Assets and ProjectSettings)
+// give none, since one of them alone marks no project.
+std::vector<std::string> projectManifests(const Environment& env);
 // The clean-domain families that have at least one detector in the environment's
 // catalog, in declaration order: the families a settings screen offers.
 std::vector<Family> familiesWithDetectors(const Environment& env);

@@ -26,6 +26,10 @@ struct Environment {
     std::filesystem::path home;
     std::filesystem::path tmpDir;
     std::vector<std::string> projectRoots;
+    // The folders under home found to hold projects (ProjectDiscovery), absolute; absent
+    // while nobody looked. They count only while the configuration names no project
+    // folder of the user's own (projectRootsConfigured).
+    std::optional<std::vector<std::filesystem::path>> foundProjectRoots;
     std::int64_t keepRecentDays = 3;
     std::optional<std::filesystem::path> flutterBinCache;
     std::vector<std::string> extraExclusions;
@@ -57,7 +61,11 @@ struct Environment {
     // The bin/cache folder of the Flutter SDK that `flutter` on the search path belongs to.
     static std::optional<std::filesystem::path> findFlutterBinCache();
 
-    // Expanded project roots, the home itself dropped, order and duplicates kept.
+    // Whether the configuration names project folders of the user's own, that is other
+    // than the default's.
+    bool projectRootsConfigured() const;
+    // Expanded project roots, the home itself dropped, order and duplicates kept; while
+    // none is configured, followed by the found ones that lie in none of them.
     std::vector<std::filesystem::path> resolvedProjectRoots() const;
     std::vector<std::filesystem::path> resolvedExtraExclusions() const;
     // HOME and TMPDIR as resolved here: every command runs with them, never with the

@@ -38,7 +38,8 @@ struct PrepareService {
     // Where the system's Flatpak and Snap installations are looked for (Linux profile).
     std::filesystem::path systemRoot = "/";
 
-    // The profile's detectors, built afresh (the installed applications are listed each time).
+    // The profile's detectors, built afresh (the installed applications are listed each
+    // time, the project folders found when they are to be found: ProjectDiscovery).
     CleanerList preparers() const;
     // Unsorted, unselected targets, none that guard() refuses, with the scan's notes;
     // nothing when the scan was stopped.
