@@ -40,7 +40,7 @@ TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
     report.partial = {"b", "c"};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");
-    report.skipped = {{"d", "running"}};
+    report.skipped = {{"d", {Reason::Code::processRunning, "d"}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part · 1 skipped");
 }
 
