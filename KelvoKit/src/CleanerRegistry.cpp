@@ -386,12 +386,14 @@ void addMacosEntries(CatalogBuilder& c, const Environment& env) {
     c.path("go-mod", F::devMisc, {"go/pkg/mod"}, moderate, redownload);
     c.path("cargo-registry", F::devMisc, {".cargo/registry"}, moderate, redownload);
     c.path("cargo-git", F::devMisc, {".cargo/git"}, moderate, redownload);
-    c.path("rubygems", F::devMisc, {".gem"}, moderate, redownload);
+    // Never ~/.gem itself: it also holds credentials, the user's key for the gem host.
+    c.path("rubygems", F::devMisc, {".gem/ruby", ".gem/specs"}, moderate, redownload);
     c.path("ccache", F::devMisc, {".ccache", "Library/Caches/ccache"}, safe, rebuild);
     c.path("uv-cache", F::devMisc, {".cache/uv"}, safe, redownload);
     c.path("puppeteer-cache", F::devMisc, {".cache/puppeteer"}, safe, redownload);
     c.path("playwright-cache", F::devMisc, {"Library/Caches/ms-playwright"}, safe, redownload);
-    c.path("huggingface-cache", F::devMisc, {".cache/huggingface"}, aggressive, redownload);
+    // The downloads only: the folder above also holds the user's access token.
+    c.path("huggingface-cache", F::devMisc, {".cache/huggingface/hub"}, aggressive, redownload);
 
     c.versionedInHome("jetbrains-caches", F::macosGeneral, "Library/Caches/JetBrains", {}, safe, rebuild);
     c.versionedInHome("androidstudio-caches", F::macosGeneral, "Library/Caches/Google", {"AndroidStudio"}, safe,
@@ -571,9 +573,13 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
             at.toolEach("RUSTUP_HOME", {"downloads", "tmp"}, {at.home(".rustup/downloads"), at.home(".rustup/tmp")}),
             {}, safe, redownload);
     // GEM_HOME holds gems/ and specifications/, but ~/.gem and the XDG folder keep them one
-    // level deeper, under ruby/<version>: no one mark fits every place.
-    c.paths("rubygems", F::devMisc, at.toolEach("GEM_HOME", {""}, {at.home(".gem"), at.data("gem")}), {}, moderate,
-            redownload);
+    // level deeper, under ruby/<version>: no one mark fits every place. Never those folders
+    // themselves: they also hold credentials, the user's key for the gem host; nor GEM_HOME's
+    // bin, which may be a folder of the user's own programs.
+    c.paths("rubygems", F::devMisc,
+            at.toolEach("GEM_HOME", {"gems", "specifications", "cache", "extensions", "build_info", "doc"},
+                        {at.home(".gem/ruby"), at.home(".gem/specs"), at.data("gem/ruby"), at.data("gem/specs")}),
+            {}, moderate, redownload);
     // The XDG cache only: CCACHE_DIR and the legacy ~/.ccache also hold ccache.conf. Its
     // top holds hashed subfolders and, in some versions only, a CACHEDIR.TAG: no mark.
     c.paths("ccache", F::devMisc, {at.cache("ccache")}, {}, safe, rebuild);
@@ -588,7 +594,8 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
     c.paths("playwright-cache", F::devMisc,
             at.toolEach("PLAYWRIGHT_BROWSERS_PATH", {""}, {at.cache("ms-playwright"), at.cache("ms-playwright-go")}),
             {}, safe, redownload);
-    c.paths("huggingface-cache", F::devMisc, {at.tool("HF_HOME", "", at.cache("huggingface"))}, {"hub"}, aggressive,
+    // The downloads only: HF_HOME also holds the user's access token.
+    c.paths("huggingface-cache", F::devMisc, {at.tool("HF_HOME", "hub", at.cache("huggingface/hub"))}, {}, aggressive,
             redownload);
     c.paths("terraform-plugin-cache", F::devMisc,
             {at.tool("TF_PLUGIN_CACHE_DIR", "", at.home(".terraform.d/plugin-cache"))},

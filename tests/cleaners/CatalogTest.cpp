@@ -178,8 +178,8 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
         {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
         {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache"},  // the default itself
-        {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem"},
         // No mark tells these tools' data from the user's files.
+        {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem/gems", false},
         {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log", false},
         {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache", false},
         {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},

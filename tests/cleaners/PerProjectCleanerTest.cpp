@@ -23,13 +23,11 @@ namespace fs = std::filesystem;
 using Clock = PerProjectCleaner::Clock;
 using Spec = PerProjectCleaner::ArtifactSpec;
 using testing::TempDir;
-using testing::allocatedBytesBelow;
 using testing::makeDirectory;
 using testing::setModificationTime;
 using testing::writeFile;
 using namespace std::chrono_literals;
 using testing::idSetOf;
-using testing::writeText;
 
 constexpr auto day = std::chrono::seconds(86400);
 
@@ -68,95 +66,6 @@ std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::s
 }
 
 
-TEST(PerProjectCleaner, FoldersOfOneKindAcrossRootsAndProjectsMakeOneTargetInWalkOrder) {
-    TempDir temp;
-    writeFile(temp / "first/app1/node_modules/left-pad/index.js", 5000);
-    writeFile(temp / "second/app2/node_modules/react/index.js", 12000);
-    writeFile(temp / "second/app2/src/main.js", 3000);
-    writeFile(temp / "second/tool/__pycache__/m.pyc", 4096);
-    const auto targets = makeCleaner({temp / "first", temp / "missing", temp / "second"}).scan();
-    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-node_modules", "per-project-__pycache__"}));
-    const auto* modules = findTarget(targets, "per-project-node_modules");
-    ASSERT_NE(modules, nullptr);
-    EXPECT_EQ(modules->kind.pathList(),
-              (std::vector<fs::path>{temp / "first/app1/node_modules", temp / "second/app2/node_modules"}));
-    EXPECT_NE(modules->name.find("node_modules"), std::string::npos) << modules->name;
-    EXPECT_NE(modules->name.find("(2)"), std::string::npos) << modules->name;
-    EXPECT_EQ(modules->sizeBytes, allocatedBytesBelow(temp / "first/app1/node_modules") +
-                                      allocatedBytesBelow(temp / "second/app2/node_modules"));
-    EXPECT_EQ(modules->family, Family::perProject);
-    EXPECT_EQ(modules->level, Level::moderate);
-    EXPECT_EQ(modules->regenCost, RegenCost::redownload);
-    const auto* pycache = findTarget(targets, "per-project-__pycache__");
-    ASSERT_NE(pycache, nullptr);
-    EXPECT_EQ(pycache->level, Level::safe);
-    EXPECT_EQ(pycache->regenCost, RegenCost::rebuild);
-}
-
-TEST(PerProjectCleaner, ArtefactFoldersAreNeverEnteredAcceptedOrNot) {
-    TempDir temp;
-    // Nested node_modules: only the outer one, whose size includes the inner one.
-    writeFile(temp / "root/app/node_modules/a/node_modules/b/index.js", 8000);
-    // A rejected candidate (a "bin" without a .NET project beside it) hides what it holds.
-    writeFile(temp / "root/scripts/bin/__pycache__/tool.pyc", 4096);
-    // So does one rejected as recent.
-    writeFile(temp / "root/android/build/__pycache__/gen.pyc", 4096);
-    const auto now = Clock::now();
-    setModificationTime(temp / "root/scripts/bin/__pycache__", now - 30 * day);
-    setModificationTime(temp / "root/android/build/__pycache__", now - 30 * day);
-    setModificationTime(temp / "root/app/node_modules", now - 30 * day);
-    setModificationTime(temp / "root/android/build", now - 1 * day);
-    const auto targets = makeCleaner({temp / "root"}, catalogSpecs(), 7, now).scan();
-    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-node_modules"});
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{temp / "root/app/node_modules"});
-    EXPECT_EQ(findTarget(targets, "per-project-node_modules")->sizeBytes,
-              allocatedBytesBelow(temp / "root/app/node_modules"));
-}
-
-TEST(PerProjectCleaner, CatalogSiblingRulesDecideWhichFoldersBelongToTheirProjectKind) {
-    TempDir temp;
-    const fs::path root = temp / "root";
-    const auto project = [&](const std::string& name, std::vector<std::string> siblings,
-                             std::vector<std::string> artefacts) {
-        for (const auto& sibling : siblings) {
-            if (sibling.back() == '/') makeDirectory(root / name / sibling);
-            else writeFile(root / name / sibling, 10);
-        }
-        for (const auto& artefact : artefacts) writeFile(root / name / artefact / "output.dat", 4096);
-    };
-    project("csharp", {"App.csproj"}, {"bin", "obj"});
-    project("fsharp", {"Lib.fsproj"}, {"bin"});
-    project("vb", {"Old.vbproj"}, {"obj"});
-    project("solution", {"All.sln"}, {"bin"});
-    project("scripts", {"README.md"}, {"bin", "obj"});
-    project("shouting", {"APP.CSPROJ"}, {"bin"});  // case-sensitive
-    project("nuxt", {"nuxt.config.mjs"}, {".output"});
-    project("not-nuxt", {"nuxt.config.json", "next.config.js"}, {".output"});
-    project("gatsby", {"gatsby-config.cjs"}, {".cache"});
-    project("plain-cache", {"package.json"}, {".cache"});
-    project("elixir", {"mix.exs"}, {"_build"});
-    project("erlang", {"rebar.config"}, {"_build"});
-    project("unity", {"Assets/", "ProjectSettings/"}, {"Library", "Temp"});
-    project("half-unity", {"Assets/"}, {"Library", "Temp"});
-    project("unreal", {"Game.uproject"}, {"Intermediate", "DerivedDataCache"});
-    project("not-unreal", {"uproject", "Game.uproject.bak"}, {"Intermediate"});
-
-    const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-bin"),
-              (std::set<fs::path>{root / "csharp/bin", root / "fsharp/bin", root / "solution/bin"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-obj"), (std::set<fs::path>{root / "csharp/obj", root / "vb/obj"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-.output"), std::set<fs::path>{root / "nuxt/.output"});
-    EXPECT_EQ(pathsOf(targets, "per-project-.cache"), std::set<fs::path>{root / "gatsby/.cache"});
-    EXPECT_EQ(pathsOf(targets, "per-project-_build"), (std::set<fs::path>{root / "elixir/_build", root / "erlang/_build"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-Library"), std::set<fs::path>{root / "unity/Library"});
-    EXPECT_EQ(pathsOf(targets, "per-project-Temp"), std::set<fs::path>{root / "unity/Temp"});
-    EXPECT_EQ(pathsOf(targets, "per-project-Intermediate"), std::set<fs::path>{root / "unreal/Intermediate"});
-    EXPECT_EQ(pathsOf(targets, "per-project-DerivedDataCache"), std::set<fs::path>{root / "unreal/DerivedDataCache"});
-    const auto* library = findTarget(targets, "per-project-Library");
-    ASSERT_NE(library, nullptr);
-    EXPECT_EQ(library->level, Level::aggressive);
-}
-
 TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     TempDir temp;
     const fs::path root = temp / "root";
@@ -184,56 +93,6 @@ TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     EXPECT_EQ(findTarget(targets, "per-project-never"), nullptr);
     EXPECT_EQ(pathsOf(targets, "per-project-padded"), std::set<fs::path>{root / "marked/padded"});
     EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
-}
-
-TEST(PerProjectCleaner, BuildFoldersHoldingReleaseOutputsAndInstalledPythonPackagesAreKept) {
-    TempDir temp;
-    const fs::path root = temp / "root";
-    const fs::path outside = temp / "outside";
-    writeFile(root / "deep/build/outputs/bundle/release/app-release.aab", 4096);
-    writeFile(root / "upper/build/Archives/2024/App.XCARCHIVE/Info.plist", 4096);
-    writeFile(outside / "signed/App.aab", 4096);
-    writeFile(root / "link-to-file/build/intermediates/x.dex", 4096);
-    fs::create_symlink(outside / "signed/App.aab", root / "link-to-file/build/latest");
-    writeFile(outside / "exports/2024/sub/App.xcarchive/Info.plist", 4096);
-    writeFile(root / "link-to-folder/build/intermediates/x.dex", 4096);
-    fs::create_directory_symlink(outside / "exports", root / "link-to-folder/build/exports");
-    // A link found while searching a link's target is not followed again.
-    writeFile(outside / "far/z.aab", 4096);
-    makeDirectory(outside / "hop");
-    fs::create_directory_symlink(outside / "far", outside / "hop/next");
-    writeFile(root / "two-hops/build/intermediates/x.dex", 4096);
-    fs::create_directory_symlink(outside / "hop", root / "two-hops/build/out");
-    writeFile(root / "plain/build/classes/Main.class", 4096);
-    writeFile(root / "lookalike/build/file.aabb", 4096);
-    // Only folders named "build" are searched.
-    writeFile(root / "web/node_modules/pkg/bundle.aab", 4096);
-
-    // Installed Python packages are source, not build output.
-    writeFile(root / "api/pyproject.toml", 100);
-    const fs::path venv = root / "api/env";  // `python3 -m venv env`
-    writeFile(venv / "pyvenv.cfg", 100);
-    const fs::path sitePackages = venv / "lib/python3.11/site-packages";
-    writeFile(sitePackages / "pip/_internal/operations/build/__init__.py", 4096);
-    writeFile(sitePackages / "pip/_internal/operations/build/wheel.py", 4096);
-    writeFile(sitePackages / "pip/__pycache__/__init__.cpython-311.pyc", 4096);
-    writeFile(venv / "lib/python3.11/node_modules/x.js", 4096);  // a venv's own folders are not walked either
-    // A system interpreter's packages, outside any environment.
-    writeFile(root / "sysroot/usr/lib/python3/dist-packages/tool/build/helpers.py", 4096);
-    writeFile(root / "vendor/site-packages/bindings/.build/debug.o", 4096);
-    // A project's own package that happens to be named "build", and a real build output.
-    writeFile(root / "api/src/build/__init__.py", 100);
-    writeFile(root / "api/src/build/steps.py", 4096);
-    writeFile(root / "api/build/lib/api/__init__.py", 4096);  // a package inside the output is still output
-    writeFile(root / "api/__pycache__/main.cpython-311.pyc", 4096);
-
-    const auto targets = makeCleaner({root}).scan();
-    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-build", "per-project-__pycache__", "per-project-node_modules"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-build"), (std::set<fs::path>{root / "two-hops/build", root / "plain/build",
-                                                                         root / "lookalike/build", root / "api/build"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-node_modules"), std::set<fs::path>{root / "web/node_modules"});
-    EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"),
-              (std::set<fs::path>{sitePackages / "pip/__pycache__", root / "api/__pycache__"}));
 }
 
 // Runs `work` on a thread whose stack is `bytes` long: a walk that went one call deeper
@@ -300,94 +159,13 @@ TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     EXPECT_FALSE(makeCleaner({}, {}, 7, now).isRecent(std::nullopt));
 }
 
-TEST(PerProjectCleaner, NothingFromEmptyKindsLinksUnusableRootsOrAStoppedScan) {
+TEST(PerProjectCleaner, AStoppedScanFindsNothing) {
     TempDir temp;
-    makeDirectory(temp / "root/a/node_modules");
-    // Links are neither entered nor offered.
-    writeFile(temp / "outside/project/node_modules/x.js", 4096);
-    writeFile(temp / "outside/cache/data.pyc", 4096);
-    fs::create_directory_symlink(temp / "outside", temp / "root/linked");
-    fs::create_directory_symlink(temp / "outside/cache", temp / "root/a/__pycache__");
-    writeFile(temp / "root/b/node_modules/.package-lock.json", 0);  // an empty file allocates nothing
     writeFile(temp / "root/c/__pycache__/m.pyc", 4096);
-    writeFile(temp / "a-file", 4096);
-    const auto cleaner = makeCleaner({temp / "root"});
-    const auto targets = cleaner.scan();
-    EXPECT_EQ(idSetOf(targets), std::set<std::string>{"per-project-__pycache__"});
-    EXPECT_EQ(pathsOf(targets, "per-project-__pycache__"), std::set<fs::path>{temp / "root/c/__pycache__"});
-    EXPECT_TRUE(makeCleaner({temp / "missing", temp / "a-file"}).scan().empty());
     std::stop_source stop;
     stop.request_stop();
     const DirectorySizer sizer;
-    EXPECT_TRUE(cleaner.scan(ScanContext{sizer, stop.get_token()}).empty());
-}
-
-// Folders below a project root that tag themselves as caches (Cache Directory Tagging).
-constexpr const char* signature = "Signature: 8a477f597d28d172789f06886806bc55";
-const Spec tagged = simpleSpec("CACHEDIR.TAG");
-const Spec pycache = simpleSpec("__pycache__");
-
-std::set<fs::path> taggedFolders(const PerProjectCleaner& cleaner) {
-    for (const auto& target : cleaner.scan()) {
-        const auto& folders = target.kind.pathList();
-        if (target.id == "per-project-CACHEDIR.TAG") return {folders.begin(), folders.end()};
-    }
-    return {};
-}
-
-TEST(CacheTag, OnlyARegularFileWithTheExactSignatureTagsAFolder) {
-    struct Case {
-        std::string name;
-        std::string tagText;  // "" for a tag that is not a regular file
-        bool offered;
-    };
-    const std::vector<Case> cases{
-        {"valid", std::string(signature) + "\n# This file is a cache directory tag.\n", true},
-        {"signature-only", signature, true},
-        {"upper-case", "SIGNATURE: 8A477F597D28D172789F06886806BC55", false},
-        {"truncated", std::string(signature).substr(0, 42), false},
-        {"leading-blank", std::string(" ") + signature, false},
-        {"link", "", false},
-        {"folder", "", false},
-    };
-    TempDir temp;
-    const auto root = temp / "projects";
-    writeText(temp / "elsewhere/CACHEDIR.TAG", signature);
-    for (const auto& [name, text, offered] : cases) {
-        const auto folder = root / name / "out";
-        writeFile(folder / "data.bin", 4096);
-        if (name == "link") fs::create_symlink(temp / "elsewhere/CACHEDIR.TAG", folder / "CACHEDIR.TAG");
-        else if (name == "folder") fs::create_directory(folder / "CACHEDIR.TAG");
-        else writeText(folder / "CACHEDIR.TAG", text);
-    }
-    const auto found = taggedFolders(PerProjectCleaner({root}, {}, 0, Clock::now() + std::chrono::seconds(1), tagged));
-    for (const auto& [name, text, offered] : cases) EXPECT_EQ(found.contains(root / name / "out"), offered) << name;
-}
-
-TEST(CacheTag, ATaggedFolderIsOneCandidateNeverEnteredNotARootAndNotRecent) {
-    TempDir temp;
-    const auto root = temp / "projects";
-    writeText(root / "CACHEDIR.TAG", signature);  // the root itself is never offered
-    writeText(root / "app/target/CACHEDIR.TAG", signature);
-    writeFile(root / "app/target/debug/__pycache__/m.pyc", 4096);
-    writeText(root / "app/target/debug/CACHEDIR.TAG", signature);
-    writeText(root / "young/cache/CACHEDIR.TAG", signature);
-    writeFile(root / "lib/__pycache__/n.pyc", 4096);
-    const auto now = Clock::now();
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        testing::setModificationTime(entry.path(), now - std::chrono::hours(24 * 30));
-    testing::setModificationTime(root / "young/cache", now - std::chrono::hours(24));
-
-    const PerProjectCleaner cleaner({root}, {pycache}, 7, now, tagged);
-    EXPECT_EQ(taggedFolders(cleaner), std::set<fs::path>{root / "app/target"});
-    const auto targets = cleaner.scan();
-    ASSERT_EQ(targets.size(), 2u);  // the tagged kind and the __pycache__ outside it
-    EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{root / "lib/__pycache__"});
-
-    // Without the tagged kind, tags mean nothing and the walk goes inside.
-    const PerProjectCleaner untagged({root}, {pycache}, 7, now);
-    EXPECT_TRUE(taggedFolders(untagged).empty());
-    EXPECT_EQ(untagged.scan().at(0).kind.pathList().size(), 2u);
+    EXPECT_TRUE(makeCleaner({temp / "root"}).scan(ScanContext{sizer, stop.get_token()}).empty());
 }
 
 }  // namespace

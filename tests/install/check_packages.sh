@@ -5,6 +5,8 @@
 # that validate, a manual page with every command, and a tool that runs from the scratch
 # root with its own texts and whose bash completion offers commands, families and ids.
 set -euo pipefail
+# Readers in pipelines read to the end (no grep -q, no head): with pipefail, a writer cut
+# off early by SIGPIPE would fail the check at random.
 build=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -19,9 +21,9 @@ app=$(find "$work/packages" -maxdepth 1 -name 'kelvo-menubar_*.deb')
 
 version=$(dpkg-deb -f "$tool" Version)
 [ "$version" = "$(dpkg-deb -f "$app" Version)" ] || fail "the two packages differ in version"
-dpkg-deb -f "$app" Depends | grep -qF "kelvo (= $version)" || fail "kelvo-menubar does not need kelvo $version"
+dpkg-deb -f "$app" Depends | grep -F "kelvo (= $version)" >/dev/null || fail "kelvo-menubar does not need kelvo $version"
 for deb in "$tool" "$app"; do
-  dpkg-deb -f "$deb" Depends | grep -q 'libc6 (>=' || fail "$(basename "$deb"): no shared-library dependencies"
+  dpkg-deb -f "$deb" Depends | grep 'libc6 (>=' >/dev/null || fail "$(basename "$deb"): no shared-library dependencies"
   outside=$(dpkg-deb -c "$deb" | awk '{print $6}' | grep -v '^\./usr/' | grep -vx '\./' || true)
   [ -z "$outside" ] || fail "$(basename "$deb") installs outside /usr: $outside"
   dpkg -x "$deb" "$work/root"
@@ -31,7 +33,7 @@ root=$work/root
 while read -r package path; do
   deb=$tool
   [ "$package" = kelvo-menubar ] && deb=$app
-  dpkg-deb -c "$deb" | awk '{print $6}' | grep -qx "\./$path" || fail "$path not in $package"
+  dpkg-deb -c "$deb" | awk '{print $6}' | grep -x "\./$path" >/dev/null || fail "$path not in $package"
   [ -s "$root/$path" ] || fail "$path is empty"
 done <<'FILES'
 kelvo usr/bin/kelvo
@@ -57,13 +59,13 @@ FILES
 desktop-file-validate "$root/usr/share/applications/dev.kelvo.KelvoMenuBar.desktop" || fail "desktop entry invalid"
 appstreamcli validate --no-net "$root/usr/share/metainfo/dev.kelvo.KelvoMenuBar.metainfo.xml" >"$work/appstream.log" 2>&1 ||
   { cat "$work/appstream.log"; fail "AppStream metadata invalid"; }
-zcat "$root/usr/share/doc/kelvo/changelog.gz" | head -1 | grep -qF "kelvo ($version)" || fail "changelog is not of $version"
+zcat "$root/usr/share/doc/kelvo/changelog.gz" | sed -n 1p | grep -F "kelvo ($version)" >/dev/null || fail "changelog is not of $version"
 
 kelvo=$root/usr/bin/kelvo
 # Texts from the scratch root's own share/kelvo: a marked text shows.
 sed -i 's/"cli.command.unknown": "[^"]*"/"cli.command.unknown": "MARKED %s"/' "$root/usr/share/kelvo/Kelvo_KelvoKit.bundle/en.json"
 [ "$("$kelvo" help bogus 2>&1)" = "MARKED bogus" ] || fail "the unpacked tool does not read its own texts"
-"$kelvo" --version | grep -qx "kelvo $version" || fail "kelvo --version is not $version"
+"$kelvo" --version | grep -x "kelvo $version" >/dev/null || fail "kelvo --version is not $version"
 
 commands=$("$kelvo" __complete commands)
 manual=$(zcat "$root/usr/share/man/man1/kelvo.1.gz")
@@ -79,7 +81,7 @@ complete_words() {
 while IFS='|' read -r line expected; do
   read -ra words <<<"$line"
   [ "${line: -1}" = " " ] && words+=("")
-  complete_words "${words[@]}" | grep -qx -- "$expected" || fail "completing 'kelvo $line' does not offer $expected"
+  complete_words "${words[@]}" | grep -x -- "$expected" >/dev/null || fail "completing 'kelvo $line' does not offer $expected"
 done <<'CASES'
  |scan
  |--catalog

@@ -85,20 +85,6 @@ TEST_F(CleanServiceOnFakeHome, GuardAllowsHomeAndTemporaryFolderAndTheFlutterBin
     EXPECT_EQ(guard.allowedRoots[2], std::filesystem::path("/opt/flutter/bin"));
 }
 
-TEST_F(CleanServiceOnFakeHome, DryRunReportsWithoutTouchingTheDisk) {
-    const auto scanned = service().scan();
-    ASSERT_TRUE(scanned);
-    const auto* targets = &scanned->targets;
-    ASSERT_FALSE(targets->empty());
-    const std::string before = testing::listing(home.path());
-    const auto report = service().clean(*targets, true, false);
-    EXPECT_EQ(testing::listing(home.path()), before);
-    std::int64_t expected = 0;
-    for (const auto& target : *targets) expected += target.sizeBytes;
-    EXPECT_EQ(report.freedBytes, expected);
-    EXPECT_EQ(report.deleted.size(), targets->size());
-}
-
 const CleanTarget& withID(const ScanResult& scanned, const std::string& id) {
     const auto found = std::ranges::find(scanned.targets, id, &CleanTarget::id);
     if (found == scanned.targets.end()) throw std::runtime_error(id + " not offered");
