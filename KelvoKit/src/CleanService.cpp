@@ -1,6 +1,7 @@
 #include "kelvo/CleanService.h"
 
 #include "kelvo/CleanerRegistry.h"
+#include "kelvo/DomainService.h"
 
 namespace kelvo {
 
@@ -47,9 +48,9 @@ SafetyGuard CleanService::guard() const {
 }
 
 ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
-    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
-    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
-    return executor.execute(targets);
+    return cleanThrough(*this, targets, dryRun, force);
 }
+
+static_assert(DomainService<CleanService>);
 
 }  // namespace kelvo

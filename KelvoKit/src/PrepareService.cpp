@@ -1,5 +1,6 @@
 #include "kelvo/PrepareService.h"
 
+#include "kelvo/DomainService.h"
 #include "kelvo/PrepareRegistry.h"
 
 namespace kelvo {
@@ -21,9 +22,9 @@ SafetyGuard PrepareService::guard() const {
 }
 
 ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const {
-    if (auto reason = SafetyGuard::refusalFor(env)) return Executor::refusingAll(targets, *reason);
-    const Executor executor{guard(), dryRun, force, probe, runCommand, env.shellVariables()};
-    return executor.execute(targets);
+    return cleanThrough(*this, targets, dryRun, force);
 }
+
+static_assert(DomainService<PrepareService>);
 
 }  // namespace kelvo

@@ -3,6 +3,10 @@
 // by hand, so every interleaving below is chosen, not raced; one test uses real threads.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "kelvo/AppModel.h"
 #include "kelvo/Config.h"
 #include "kelvo/InMemoryStore.h"
@@ -208,6 +212,14 @@ TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
 
     testing::writeText(Config::filePath(home.path()), "not json");
     EXPECT_FALSE(makeModel()->needsOnboarding());
+
+    // A configuration that cannot be written leaves a note saying where.
+    std::filesystem::remove_all(home / ".config");
+    testing::writeText(home / ".config", "a file where the folder goes");
+    auto failing = makeModel();
+    failing->completeOnboarding(std::nullopt);
+    ASSERT_EQ(failing->notes().size(), 1u);
+    EXPECT_NE(failing->notes()[0].find(Config::filePath(home.path()).string()), std::string::npos);
 }
 
 TEST_F(AppModelTest, EveryMinimumVersionCheckSetsUpdateRequired) {
@@ -247,6 +259,14 @@ TEST_F(AppModelTest, WorkOnRealThreadsComesBackThroughTheDispatcher) {
     model->detectCategories([&](std::set<Family> families) { detected = std::move(families); });
     ui.runNextWhenPosted();
     EXPECT_TRUE(detected.contains(Family::androidGradle));
+
+    // The live dispatcher's threads are joined when it goes: no work outlives its owner.
+    auto ended = std::make_shared<std::atomic<bool>>(false);
+    AppModelDependencies{}.inBackground([ended] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ended->store(true);
+    });
+    EXPECT_TRUE(*ended);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ TEST(PanelRules, DiskToneByUsedFraction) {
 }
 
 TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
-    ExecutionReport report{2048, {"a"}, {}, {}, {}, {{"e", "failed"}}};
+    ExecutionReport report{2048, {"a"}, {}, {}, {}, {{"e", {Reason::Code::exitStatus, "1"}}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
     report.partial = {"b", "c"};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");

@@ -12,7 +12,8 @@
 // of the services; its result comes back as a closure posted through the dispatcher the
 // model was given, and only that closure changes published fields. A completion passed
 // to an asynchronous operation runs on the user-interface thread after the model has
-// published. A model destroyed before its work returns drops the results.
+// published. A model destroyed before its work returns drops the results: it asks a running
+// scan to stop and waits for its work to end (a clean runs to its end).
 //
 // At most one scan task is kept: startScan cancels the previous one first. A cancelled
 // scan publishes nothing but the phase (idle, unless a newer scan has taken over) and its
@@ -61,14 +62,15 @@ struct AppServices {
 // What the model takes from its surroundings besides its services. Each member left out
 // is the live one.
 struct AppModelDependencies {
-    // Runs work off the user-interface thread: live, a new thread for each operation.
-    Dispatcher inBackground = &AppModelDependencies::onNewThread;
+    // Runs work off the user-interface thread: live, a new thread for each operation, owned
+    // by the dispatcher and joined when its last copy (the model's) goes.
+    Dispatcher inBackground = ownThreads();
     // The environment a reload reads: live, Environment::live().
     std::function<Environment()> loadEnvironment = [] { return Environment::live(); };
     std::function<AppServices(const Environment&)> makeServices = &AppServices::live;
     std::function<std::optional<DiskSpace>(const std::filesystem::path&)> measureDisk = &DiskSpace::current;
 
-    static void onNewThread(Closure work);
+    static Dispatcher ownThreads();
 };
 
 class AppModel {
@@ -126,7 +128,8 @@ public:
     void reloadConfig();
     // Writes the configuration (the file's current values, or the defaults when it cannot
     // be read) with the given families as raw values in ascending text order, or with no
-    // family list (every family) for nothing, then reloads. A failed save is ignored.
+    // family list (every family) for nothing, then reloads. A failed save leaves a note
+    // saying why (notes()); nothing else changes.
     void completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies);
     // The families the clean service finds on this machine, passed to done.
     void detectCategories(std::function<void(std::set<Family>)> done);

@@ -37,8 +37,8 @@ struct Config {
     // A missing file gives the defaults and no problem.
     struct Loaded;
     static Loaded load(const std::filesystem::path& home);
-    // Creates ~/.config/kelvo as needed and overwrites the file in place.
-    std::error_code save(const std::filesystem::path& home) const;
+    // Creates ~/.config/kelvo as needed and overwrites the file in place; the error, if any.
+    [[nodiscard]] std::error_code save(const std::filesystem::path& home) const;
 
     std::string encoded() const;
     // The text of a file; a problem's file is left empty (the caller knows it).

@@ -42,11 +42,10 @@ struct PrepareService {
     CleanerList preparers() const;
     // Unsorted, unselected targets, none that guard() refuses, with the scan's notes;
     // nothing when the scan was stopped.
-    std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
+    [[nodiscard]] std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
-    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
-    // environment gives a reason, every target is skipped with it and nothing is looked at.
-    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
+    // cleanThrough this service (kelvo/DomainService.h).
+    [[nodiscard]] ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force) const;
 };
 
 }  // namespace kelvo
