@@ -16,6 +16,9 @@ namespace kelvo::app::AppText {
 const ResourceBundle& bundle();
 QString t(std::string_view key, const std::vector<FormatArgument>& arguments = {});
 
+// A text that counts: the form under key + ".one" when the count is 1 and there is one.
+QString plural(std::string_view key, std::int64_t count, const std::vector<FormatArgument>& arguments);
+
 template <typename... Arguments>
 QString t(std::string_view key, Arguments&&... arguments)
     requires(sizeof...(Arguments) > 0 && (std::is_constructible_v<FormatArgument, Arguments> && ...))

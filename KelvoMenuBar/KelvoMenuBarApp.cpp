@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QEvent>
 #include <QScreen>
+#include <QShortcut>
 #include <QSystemTrayIcon>
 
 #include "AppText.h"
@@ -37,6 +38,10 @@ void KelvoMenuBarApp::start(bool trayAvailable) {
     }
     panel_->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
     panel_->installEventFilter(this);
+    // Escape closes the panel as it closes a menu; the icon opens it again. (Without a tray
+    // the panel is the only window, and Escape leaves it alone.)
+    auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), panel_.get());
+    connect(escape, &QShortcut::activated, panel_.get(), &QWidget::hide);
     tray_ = new QSystemTrayIcon(Icons::symbol("trash"), this);
     tray_->setToolTip(AppText::t("Kelvo Cleaner"));
     connect(tray_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {

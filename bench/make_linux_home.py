@@ -9,14 +9,32 @@ data and config folders, ~/Android/Sdk, the Trash under ~/.local/share, Flatpak 
 under ~/.var/app, and projects with Rust target, CMake, Python virtual-environment and
 cache-tagged build folders beside the usual ones. Hard links as the tools make them: a
 pnpm store whose files the projects' node_modules link to, cargo outputs linked up from
-deps/. Writes DEST/../<name>.manifest.json.
+deps/. Every other project is a git repository whose sources are in its index (and one also
+keeps scripts in a tracked build folder), so a scan reads real indexes. Needs git. Writes
+DEST/../<name>.manifest.json.
 """
 import argparse
 import json
 import os
+import subprocess
 import sys
 
 CACHE_TAG = "Signature: 8a477f597d28d172789f06886806bc55\n# A cache directory tag.\n"
+
+
+# Artefact folders a project's .gitignore leaves out of its index.
+IGNORED = ["node_modules/", "target/", "build/", ".gradle/", ".venv/", "__pycache__/", "bin/", "obj/",
+           "cmake-build-debug/", "tools/out/"]
+
+
+def make_repository(proj, forced=()):
+    """Puts the project's sources in the index of a repository of its own, as `git add` does,
+    and the `forced` paths too although they are ignored. No git configuration is read."""
+    with open(os.path.join(proj, ".gitignore"), "w") as f:
+        f.write("\n".join(IGNORED) + "\n")
+    env = {"PATH": os.environ.get("PATH", "/usr/bin:/bin"), "HOME": proj, "GIT_CONFIG_NOSYSTEM": "1"}
+    for args in (["init", "-q"], ["add", "-A"]) + ((["add", "-f", "--"] + list(forced),) if forced else ()):
+        subprocess.run(["git", "-C", proj] + args, env=env, check=True)
 
 
 def load_maker(shared):
@@ -86,7 +104,10 @@ def build(maker, write):
                     write(os.path.join(proj, d, "__pycache__", "m%d.cpython-311.pyc" % f), m.size(), m.rnd)
             for f in range(100):
                 write(os.path.join(proj, ".venv", "lib", "site-packages", "p%d.py" % f), m.size(), m.rnd)
-            made += 160
+            write(os.path.join(proj, ".venv", "pyvenv.cfg"), 100, m.rnd)
+            if p % 10 == 0:
+                write(os.path.join(proj, "uv.lock"), 2000, m.rnd)
+            made += 161
         if p % 6 == 0:
             write(os.path.join(proj, "App.csproj"), 800, m.rnd)
             for d in ["bin", "obj"]:
@@ -107,6 +128,11 @@ def build(maker, write):
             for f in range(50):
                 write(os.path.join(tagged, "blob%d" % f), m.size(), m.rnd)
             made += 151
+        if p % 10 == 7:
+            # Scripts kept under build/ in the repository: source, never offered.
+            write(os.path.join(proj, "build", "ci", "run.sh"), 300, m.rnd)
+        if p % 2 == 1:
+            make_repository(proj, ["build/ci/run.sh"] if p % 10 == 7 else [])
     m.counts["workspace"] = made
 
     # The marks each tool leaves at the top of its folder, without which Kelvo offers none.

@@ -79,7 +79,8 @@ std::string usageOf(const Node& node) {
     for (const auto* positional : positionalsOf(*node.app)) {
         std::string name = positional->get_name();
         for (auto& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-        usage += positional->get_required() ? " " + name + "..." : " [" + name + "...]";
+        if (positional->get_expected_max() != 1) name += "...";  // repeatable (size PATH...)
+        usage += positional->get_required() ? " " + name : " [" + name + "]";
     }
     if (!node.path.empty() && !children(*node.app).empty()) usage += " [COMMAND]";
     return usage;

@@ -10,6 +10,7 @@
 
 #include "CleanFlow.h"
 #include "kelvo/CatalogProfile.h"
+#include "kelvo/ConfigEdit.h"
 #include "kelvo/Environment.h"
 
 namespace kelvo::tool {
@@ -61,6 +62,7 @@ struct Options {
     CleanRequest prepareClean;
     SizeCommandOptions size;
     HelpCommandOptions help;
+    ConfigEdit configEdit;
     ToolingOptions tooling;
 };
 
@@ -77,7 +79,8 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
-Command addConfigCommand(CLI::App& app);
+// `config show`, `config add-root`, `remove-root`, `exclude`, `include` and `set`.
+std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const GlobalOptions& global);
 // When the running user's configuration file is there but cannot be used, says so on
 // standard error: which file, what is wrong, and that the defaults are used instead.
 void warnAboutConfiguration();

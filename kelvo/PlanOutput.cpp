@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "kelvo/Console.h"
@@ -44,8 +45,10 @@ private:
 };
 
 void printTargetLine(const CleanTarget& target, bool chosen, const PathSizer& paths) {
-    fmt::print("  {} {:>11}  {:<10} {:<18} {}\n", chosen ? paint("[x]", "1") : "[ ]", Format::bytes(target.sizeBytes),
-               paint(levelText(target.level), levelColour(target.level)), costText(target.regenCost), target.name);
+    // Padded before it is painted: the colour's escape codes take no room on the screen.
+    fmt::print("  {} {:>11}  {} {:<18} {}\n", chosen ? paint("[x]", "1") : "[ ]", Format::bytes(target.sizeBytes),
+               paint(fmt::format("{:<10}", levelText(target.level)), levelColour(target.level)),
+               costText(target.regenCost), target.name);
     fmt::print("      {}\n", paint(target.id, "2"));
     if (!target.notes.empty()) fmt::print("      {}\n", target.notes);
     const DirectorySizer* sizer = paths.get();
@@ -142,12 +145,13 @@ ScanOptions ProgressLine::options() const {
     return options;
 }
 
-std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names) {
+std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names, const std::vector<Family>& offered) {
     std::set<Family> families;
     for (const auto& name : names) {
         const auto family = familyFromUserName(name);
-        if (!family) {
-            fmt::print(stderr, "{}\n", L10n::t("cli.family.unknown", name, fmt::format("{}", fmt::join(acceptedFamilyNames(), ", "))));
+        if (!family || std::ranges::find(offered, *family) == offered.end()) {
+            fmt::print(stderr, "{}\n", L10n::t("cli.family.unknown", name,
+                                               fmt::format("{}", fmt::join(acceptedFamilyNames(offered), ", "))));
             return std::nullopt;
         }
         families.insert(*family);

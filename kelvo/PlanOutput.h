@@ -36,7 +36,8 @@ private:
     bool enabled_;
 };
 
-// Parses --family names; on an unknown one prints the accepted names and returns nothing.
-std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names);
+// Parses --family names among the families the catalog offers; on any other name prints
+// the names accepted for those families and returns nothing.
+std::optional<std::set<Family>> parseFamilies(const std::vector<std::string>& names, const std::vector<Family>& offered);
 
 }  // namespace kelvo::tool

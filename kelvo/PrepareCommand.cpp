@@ -8,6 +8,7 @@
 #include "Commands.h"
 #include "PlanOutput.h"
 #include "kelvo/PlanSelection.h"
+#include "kelvo/PrepareRegistry.h"
 #include "kelvo/PrepareService.h"
 #include "kelvo/PrepareSummary.h"
 #include "kelvo/Reporter.h"
@@ -28,7 +29,10 @@ ScanResult scanWithProgress(const PrepareService& service, bool quiet) {
 
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global) {
-    auto* command = app.add_subcommand("prepare", "Show leftovers of removed apps, unused apps and old simulator runtimes");
+    // Described for the running system: Linux keeps no record of use and has no simulator runtimes.
+    auto* command = app.add_subcommand("prepare", runningSystemProfile() == CatalogProfile::gnuLinux
+                                                      ? "Show the data left behind by removed Flatpak and Snap applications, and old runtimes of the version managers"
+                                                      : "Show leftovers of removed apps, unused apps and old simulator runtimes");
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
     command->add_flag("--quiet,-q", options.quiet, "No progress line");
     auto* clean = command->add_subcommand("clean", "Remove the preselected or named prepare targets");
@@ -52,7 +56,8 @@ std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& op
                            return 0;
                        }};
     const Command remove{clean, [&request, &global] {
-                             const auto families = parseFamilies(request.familyNames);
+                             const auto families =
+                                 parseFamilies(request.familyNames, PrepareRegistry::families(global.profile()));
                              if (!families) return usageErrorStatus;
                              const PrepareService service{.env = global.liveEnvironment()};
                              if (printRefusal(service.env)) return usageErrorStatus;

@@ -5,6 +5,7 @@
 #include "Commands.h"
 #include "PlanOutput.h"
 #include "kelvo/CleanService.h"
+#include "kelvo/CleanerRegistry.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/Reporter.h"
@@ -28,9 +29,10 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
     command->add_flag("--paths", options.paths, "List under each target the paths it removes, with their sizes");
     command->add_flag("--quiet,-q", options.quiet, "No progress line");
     return {command, [&options, &global] {
-                const auto families = parseFamilies(options.familyNames);
+                const auto env = global.liveEnvironment();
+                const auto families = parseFamilies(options.familyNames, CleanerRegistry::familiesWithDetectors(env));
                 if (!families) return usageErrorStatus;
-                const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families);
+                const auto service = CleanService{.env = env}.narrowedTo(*families);
                 const auto scanned = scanWithProgress(service, options.json || options.quiet);
                 const auto targets = Reporter::largestFirst(scanned.targets);
                 if (options.json) {
@@ -49,9 +51,10 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
     auto* command = app.add_subcommand("clean", "Remove the preselected or named targets");
     addCleanOptions(*command, request);
     return {command, [&request, &global] {
-                const auto families = parseFamilies(request.familyNames);
+                const auto env = global.liveEnvironment();
+                const auto families = parseFamilies(request.familyNames, CleanerRegistry::familiesWithDetectors(env));
                 if (!families) return usageErrorStatus;
-                const auto service = CleanService{.env = global.liveEnvironment()}.narrowedTo(*families, request.ids);
+                const auto service = CleanService{.env = env}.narrowedTo(*families, request.ids);
                 if (printRefusal(service.env)) return usageErrorStatus;
                 return runClean(scanWithProgress(service, request.json || request.quiet).targets, request, *families,
                                 global.profile(),

@@ -47,7 +47,8 @@ int main(int argc, char** argv) {
     for (auto& command : kelvo::tool::addPrepareCommands(app, options.prepare, options.prepareClean, options.global))
         commands.push_back(std::move(command));
     commands.push_back(kelvo::tool::addSizeCommand(app, options.size));
-    commands.push_back(kelvo::tool::addConfigCommand(app));
+    for (auto& command : kelvo::tool::addConfigCommands(app, options.configEdit, options.global))
+        commands.push_back(std::move(command));
     commands.push_back(kelvo::tool::addHelpCommand(app, options.help));
     for (auto& command : kelvo::tool::addToolingCommands(app, options.tooling, options.global))
         commands.push_back(std::move(command));

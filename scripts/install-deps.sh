@@ -8,7 +8,7 @@ packages=(
   build-essential cmake ninja-build pkg-config python3
   nlohmann-json3-dev libcli11-dev libfmt-dev libplist-dev libutf8proc-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  libcurl4-openssl-dev libsecret-1-dev
+  libcurl4-openssl-dev libsecret-1-dev libgit2-dev git
   gnome-keyring dbus-daemon libglib2.0-bin
   procps util-linux coreutils gdu time
   qt6-base-dev libqt6svg6 adwaita-icon-theme desktop-file-utils

@@ -1,14 +1,12 @@
 #include "kelvo/AppModel.h"
 
 #include <algorithm>
-#include <chrono>
 #include <atomic>
 #include <list>
 #include <mutex>
 #include <thread>
 
 #include "kelvo/Config.h"
-#include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 
 namespace kelvo {
@@ -135,7 +133,7 @@ void AppModel::reloadConfig() {
     refreshDisk();
 }
 
-void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
+std::error_code AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies) {
     Config config = Config::load(home());
     config.enabledFamilies.reset();
     if (enabledFamilies) {
@@ -144,10 +142,9 @@ void AppModel::completeOnboarding(const std::optional<std::set<Family>>& enabled
         std::ranges::sort(names);
         config.enabledFamilies = std::move(names);
     }
-    if (const auto error = config.save(home()))
-        notes_.push_back(L10n::t("config.saveFailed", Config::filePath(home()).string(), error.message()));
+    if (auto error = config.save(home())) return error;
     reloadConfig();
-    if (!notes_.empty()) notify(Field::notes);
+    return {};
 }
 
 void AppModel::detectCategories(std::function<void(std::set<Family>)> done) {
@@ -191,6 +188,7 @@ void AppModel::finishScan(std::uint64_t scan, const std::stop_token& stop,
     // cancelled after its walk ended is still cancelled.
     if (found && !stop.stop_requested()) {
         PlanSelection selection(std::move(found->targets));
+        scanned_ = true;
         publish(Field::targets, targets_, std::move(selection.targets));
         publishChange(Field::selectedIDs, selectedIDs_, std::move(selection.selectedIDs));
         publishChange(Field::notes, notes_, std::move(found->notes));
@@ -210,6 +208,7 @@ void AppModel::cancelScan() {
 
 void AppModel::clearResults() {
     cancelScan();
+    scanned_ = false;
     publish(Field::targets, targets_, std::vector<CleanTarget>());
     publishChange(Field::selectedIDs, selectedIDs_, std::set<std::string>());
     publishChange(Field::notes, notes_, std::vector<std::string>());

@@ -6,4 +6,6 @@ namespace kelvo {
 
 std::string CleanTarget::partialSizeNote() { return L10n::t("cleaner.note.partialSize"); }
 
+std::string CleanTarget::unknownSizeNote() { return L10n::t("cleaner.note.unknownSize"); }
+
 }  // namespace kelvo

@@ -91,6 +91,10 @@ std::vector<Spec> linuxArtifactSpecs() {
         if (spec.dirName == "_build") spec.requiresSibling = {"mix.exs|rebar.config|dune-project"};
     const std::vector<std::string> cmakeProject{"CMakeLists.txt"};
     const std::vector<std::string> pythonProject{"pyproject.toml|requirements.txt|setup.py|setup.cfg|Pipfile"};
+    // An environment is one only with its pyvenv.cfg, and can be made again only from a
+    // file that records what it held.
+    const std::vector<std::string> pythonEnvironment{"pyvenv.cfg"};
+    const std::string pythonLocks = "uv.lock|poetry.lock|pdm.lock|Pipfile.lock|requirements*.txt";
     const std::vector<std::string> mixProject{"mix.exs"};
     const std::vector<std::string> nodeProject{"package.json"};
     const std::vector<Spec> added{
@@ -102,8 +106,8 @@ std::vector<Spec> linuxArtifactSpecs() {
         {"CMakeFiles", moderate, regenerable, rebuild, {"CMakeCache.txt"}},
         {"zig-out", moderate, regenerable, rebuild, {"build.zig"}},
         {".nox", moderate, regenerable, redownload, {"noxfile.py"}},
-        {".venv", moderate, regenerable, redownload, pythonProject},
-        {"venv", moderate, regenerable, redownload, pythonProject},
+        {".venv", moderate, regenerable, redownload, pythonProject, pythonEnvironment, pythonLocks},
+        {"venv", moderate, regenerable, redownload, pythonProject, pythonEnvironment, pythonLocks},
         {"__pypackages__", moderate, regenerable, redownload, {"pyproject.toml"}},
         {".pixi", moderate, regenerable, redownload, {"pixi.toml|pyproject.toml"}},
         {".pytype", safe, regenerable, rebuild, {}},
@@ -510,7 +514,7 @@ void addLinuxEntries(CatalogBuilder& c, const Environment& env, const Places& at
         return at.tool("GRADLE_USER_HOME", relative, at.home(".gradle/" + relative));
     };
     c.paths("gradle-caches", F::androidGradle, {gradle("caches")}, {"modules-2|journal-1"}, moderate, redownload);
-    c.paths("gradle-wrapper", F::androidGradle, {gradle("wrapper/dists")}, {}, moderate, redownload);
+    // The wrapper's distributions are weighed one by one with the old runtimes (prepare).
     c.paths("gradle-daemon", F::androidGradle, {gradle("daemon")}, {}, safe, rebuild);
     c.paths("gradle-jdks", F::androidGradle, {gradle("jdks")}, {}, moderate, redownload);
     c.paths("android-cache", F::androidGradle, {at.home(".android/cache")}, {}, safe, rebuild);

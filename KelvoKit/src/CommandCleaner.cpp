@@ -30,7 +30,7 @@ std::string CommandCleaner::tool() const {
 std::vector<CleanTarget> CommandCleaner::scan(const ScanContext& context) const {
     if (context.stop.stop_requested() || !toolAvailable_(tool())) return {};
     return {target(id(), name(), CleanKind::command(command_), estimateBytes_,
-                   estimateBytes_ != 0 ? std::string() : L10n::t("cleaner.note.unknownSize"))};
+                   estimateBytes_ != 0 ? std::string() : CleanTarget::unknownSizeNote())};
 }
 
 }  // namespace kelvo

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "JsonLayout.h"
+#include "kelvo/L10n.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
@@ -119,7 +120,13 @@ std::string Config::encoded() const {
 std::error_code Config::save(const std::filesystem::path& home) const {
     const auto path = filePath(home);
     if (auto error = platform::createDirectories(path.parent_path())) return error;
-    return platform::writeFile(path, encoded());
+    return platform::writeFileAtomically(path, encoded());
+}
+
+std::string Config::saveFailureText(const std::filesystem::path& home, std::error_code error) {
+    const std::string reason =
+        error == platform::notRegularFileError() ? L10n::t("config.save.notRegularFile") : error.message();
+    return L10n::t("config.save.failed", filePath(home).string(), reason);
 }
 
 }  // namespace kelvo

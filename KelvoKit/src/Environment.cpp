@@ -4,6 +4,7 @@
 
 #include "kelvo/Config.h"
 #include "kelvo/Paths.h"
+#include "kelvo/VersionManagers.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 #include "kelvo/platform/UserSession.h"
@@ -78,6 +79,11 @@ Environment Environment::live(CatalogProfile catalog) {
     env.catalog = catalog;
     for (const auto& name : locationVariableNames())
         if (auto value = platform::environmentVariable(name)) env.locationVariables.emplace(name, std::move(*value));
+    for (const auto& manager : versionManagers()) {
+        if (manager.versionVariable.empty()) continue;
+        if (auto value = platform::environmentVariable(manager.versionVariable); value && !value->empty())
+            env.versionVariables.emplace(manager.versionVariable, std::move(*value));
+    }
     return env;
 }
 
@@ -143,7 +149,8 @@ const std::vector<std::string>& Environment::locationVariableNames() {
         // JVM, Android, .NET, game engines
         "GRADLE_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
         // Version managers
-        "PYENV_ROOT", "RBENV_ROOT", "GOENV_ROOT", "NVM_DIR", "FNM_DIR", "UV_PYTHON_INSTALL_DIR",
+        "PYENV_ROOT", "RBENV_ROOT", "GOENV_ROOT", "NVM_DIR", "FNM_DIR", "UV_PYTHON_INSTALL_DIR", "ASDF_DATA_DIR",
+        "SDKMAN_DIR",
         // Flatpak installations
         "FLATPAK_USER_DIR", "FLATPAK_SYSTEM_DIR", "FLATPAK_CONFIG_DIR",
     };

@@ -104,6 +104,14 @@ std::vector<std::string> acceptedFamilyNames() {
     return names;
 }
 
+std::vector<std::string> acceptedFamilyNames(const std::vector<Family>& among) {
+    std::vector<std::string> names;
+    for (auto& name : acceptedFamilyNames())
+        if (const auto family = familyFromUserName(name); family && std::ranges::find(among, *family) != among.end())
+            names.push_back(std::move(name));
+    return names;
+}
+
 std::string displayName(Family family) { return L10n::t("family." + std::string(rawValue(family))); }
 
 std::string displayName(Family family, CatalogProfile profile) {

@@ -113,6 +113,57 @@ Words rustupSettingsOf(const std::string& text) {
     return names;
 }
 
+// The versions a multi-language tool's file names for one language: "<language> v1 v2" lines
+// (a "#" starts a comment anywhere; a "path:" version is a folder of the user's, nothing
+// installed here) or "<language>=v" lines; nothing when a line is of neither form.
+Words languageWords(const std::string& text, VersionSyntax syntax, const std::string& language) {
+    std::vector<std::string> names;
+    for (auto line : lines(text)) {
+        if (syntax == VersionSyntax::toolLines) line = trimmed(line.substr(0, line.find('#')));
+        if (line.empty() || line.starts_with('#')) continue;
+        if (syntax == VersionSyntax::toolAssignments) {
+            const auto equals = line.find('=');
+            if (equals == std::string::npos) return std::nullopt;
+            if (trimmed(line.substr(0, equals)) == language) names.push_back(trimmed(line.substr(equals + 1)));
+            continue;
+        }
+        std::istringstream in(line);
+        std::string first;
+        in >> first;
+        if (first != language) continue;
+        for (std::string word; in >> word;)
+            if (!word.starts_with("path:")) names.push_back(word);
+    }
+    return names;
+}
+
+// The distribution a wrapper's properties name: the file of the distributionUrl less its
+// ".zip" ("gradle-8.5-bin"); none when there is no such line.
+Words wrapperDistributionOf(const std::string& text) {
+    for (const auto& line : lines(text)) {
+        const auto separator = line.find_first_of("=:");
+        if (separator == std::string::npos || trimmed(line.substr(0, separator)) != "distributionUrl") continue;
+        std::string file = trimmed(line.substr(separator + 1));
+        file = file.substr(file.find_last_of('/') + 1);
+        if (!file.ends_with(".zip")) return std::nullopt;
+        return std::vector<std::string>{file.substr(0, file.size() - 4)};
+    }
+    return std::vector<std::string>{};
+}
+
+// The names a default, pin or variable's text holds, read by the syntax; nothing when the
+// text is not of that form.
+Words namesIn(const std::string& text, VersionSyntax syntax, const std::string& language, bool toml) {
+    switch (syntax) {
+        case VersionSyntax::rustToolchain: return rustToolchainOf(text, toml);
+        case VersionSyntax::rustupSettings: return rustupSettingsOf(text);
+        case VersionSyntax::toolLines:
+        case VersionSyntax::toolAssignments: return languageWords(text, syntax, language);
+        case VersionSyntax::wrapperUrl: return wrapperDistributionOf(text);
+        default: return wordsOf(text);
+    }
+}
+
 bool plainName(const std::string& text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
         return std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-' || c == '+';
@@ -141,8 +192,11 @@ std::string nodeName(const std::string& name) {
 // One tool's versions and what keeps each of them.
 class ManagerScan {
 public:
-    ManagerScan(const VersionManager& row, fs::path root) : row_(row), root_(std::move(root)) {
+    // `language` is empty for a tool of one language; `defaultFile` empty when it has no default.
+    ManagerScan(const VersionManager& row, fs::path root, std::string language, fs::path defaultFile)
+        : row_(row), root_(std::move(root)), language_(std::move(language)), defaultFile_(std::move(defaultFile)) {
         versions_ = row_.versionsFolder.empty() ? root_ : root_ / row_.versionsFolder;
+        if (!language_.empty()) versions_ /= language_;
     }
 
     // False when the versions folder is absent (the tool is not used here).
@@ -165,8 +219,8 @@ public:
     }
 
     void readDefault() {
-        if (problem_ || row_.defaultFile.empty()) return;
-        const fs::path file = root_ / row_.defaultFile;
+        if (problem_ || defaultFile_.empty()) return;
+        const fs::path& file = defaultFile_;
         if (row_.defaultSyntax == VersionSyntax::aliasLink) {
             if (platform::isPresent(file) == false) return;
             if (!platform::isSymbolicLink(file).value_or(false) || !keepLinkTarget(file)) problem_ = file.string();
@@ -176,20 +230,44 @@ public:
         const bool required = row_.defaultSyntax == VersionSyntax::rustupSettings;
         if (!required && platform::isPresent(file) == false) return;
         const auto text = platform::readRegularFile(file, settingsLimit);
-        const Words names = !text ? Words{}
-                            : required ? rustupSettingsOf(*text)
-                                       : Words{wordsOf(*text)};
+        const Words names = text ? namesIn(*text, row_.defaultSyntax, language_, false) : Words{};
         if (!names || !keepAll(*names, 0, &defaultNames_)) problem_ = file.string();
+    }
+
+    // The variable a shell picks versions with counts as a default.
+    void readVariable(const std::map<std::string, std::string, std::less<>>& variables) {
+        if (problem_ || row_.versionVariable.empty()) return;
+        const auto value = variables.find(row_.versionVariable);
+        if (value == variables.end()) return;
+        std::string text = value->second;
+        std::replace(text.begin(), text.end(), ':', ' ');
+        if (!keepAll(wordsOf(text), 0, &defaultNames_)) problem_ = "$" + row_.versionVariable;
     }
 
     void readPin(const ProjectPins::Pin& pin) {
         if (problem_) return;
         const std::string name = pin.file.filename().string();
         if (std::find(row_.pinFiles.begin(), row_.pinFiles.end(), name) == row_.pinFiles.end()) return;
-        const Words names = row_.pinSyntax == VersionSyntax::rustToolchain
-                                ? rustToolchainOf(pin.text, name.ends_with(".toml"))
-                                : Words{wordsOf(pin.text)};
+        const Words names =
+            pin.text ? namesIn(*pin.text, row_.pinSyntax, language_, name.ends_with(".toml")) : Words{};
         if (!names || !keepAll(*names, 0, nullptr)) problem_ = pin.file.string();
+    }
+
+    // The version whose folder changed last; nothing is understood when a time cannot be read.
+    void keepLastChanged() {
+        std::optional<Clock::time_point> latest;
+        for (const auto& version : installed_) {
+            const auto changed = platform::modificationTime(versions_ / version, false);
+            if (!changed) {
+                problem_ = (versions_ / version).string();
+                return;
+            }
+            if (!latest || *changed > *latest) {
+                latest = changed;
+                newest_ = version;
+            }
+        }
+        if (latest) kept_.insert(newest_);
     }
 
     void readVenvHome(const fs::path& home) {
@@ -202,9 +280,12 @@ public:
     }
 
     const VersionManager& row() const { return row_; }
+    const std::string& language() const { return language_; }
     const std::optional<std::string>& problem() const { return problem_; }
     const fs::path& versionsFolder() const { return versions_; }
     const std::vector<std::string>& defaultNames() const { return defaultNames_; }
+    const std::vector<std::string>& installed() const { return installed_; }
+    const std::string& newest() const { return newest_; }
     std::vector<std::string> unkept() const {
         std::vector<std::string> result;
         for (const auto& version : installed_)
@@ -226,6 +307,10 @@ private:
         name = trimmed(name);
         if (name.empty() || name == "system") return true;
         if (depth > aliasDepthLimit) return false;
+        if (row_.naming == VersionNaming::plain && name == "latest") {
+            keepNewest();
+            return true;
+        }
         if (row_.naming == VersionNaming::nodeStyle) {
             if (name == "node" || name == "stable" || name == "latest" || name == "current") {
                 keepNewest();
@@ -288,6 +373,8 @@ private:
 
     const VersionManager& row_;
     fs::path root_;
+    std::string language_;
+    fs::path defaultFile_;
     fs::path versions_;
     std::vector<std::string> installed_;
     std::set<std::string> links_;
@@ -295,6 +382,7 @@ private:
     std::vector<std::string> defaultNames_;
     std::optional<std::string> problem_;
     std::string lastLinked_;
+    std::string newest_;
 };
 
 fs::path rootOf(const VersionManager& row, const Environment& env) {
@@ -315,9 +403,9 @@ struct LastUse {
     bool ran = false;
 };
 
-std::optional<LastUse> lastUseOf(const fs::path& folder, const fs::path& program) {
-    if (platform::recordsAccessTimes(folder) == true)
-        if (const auto accessed = platform::accessTime(program)) return LastUse{*accessed, true};
+std::optional<LastUse> lastUseOf(const fs::path& folder, const std::string& program) {
+    if (!program.empty() && platform::recordsAccessTimes(folder) == true)
+        if (const auto accessed = platform::accessTime(folder / program)) return LastUse{*accessed, true};
     if (const auto modified = platform::modificationTime(folder, false)) return LastUse{*modified, false};
     return std::nullopt;
 }
@@ -346,10 +434,30 @@ std::vector<CleanTarget> OldRuntimeDetector::scan(const ScanContext& context) co
     std::vector<ManagerScan> scans;
     std::set<std::string> pinNames;
     for (const auto& row : managers_) {
-        ManagerScan scan(row, rootOf(row, env_));
-        if (!scan.list()) continue;
-        scans.push_back(std::move(scan));
-        pinNames.insert(row.pinFiles.begin(), row.pinFiles.end());
+        const fs::path root = rootOf(row, env_);
+        const auto defaultFile = [&](const fs::path& versions) -> fs::path {
+            if (row.defaultFile.empty()) return {};
+            if (row.defaultFile.starts_with("~/")) return env_.home / row.defaultFile.substr(2);
+            return row.perLanguage ? versions / row.defaultFile : root / row.defaultFile;
+        };
+        std::vector<std::string> languages{""};
+        if (row.perLanguage) {
+            const fs::path grouped = row.versionsFolder.empty() ? root : root / row.versionsFolder;
+            if (platform::isPresent(grouped) == false) continue;
+            ManagerScan all(row, root, "", {});
+            all.list();
+            languages = all.installed();
+            if (all.problem()) {
+                context.note(L10n::t("prepare.note.runtimeNotUnderstood", row.name, *all.problem()));
+                continue;
+            }
+        }
+        for (const auto& language : languages) {
+            ManagerScan scan(row, root, language, defaultFile(root / row.versionsFolder / language));
+            if (!scan.list()) continue;
+            scans.push_back(std::move(scan));
+            pinNames.insert(row.pinFiles.begin(), row.pinFiles.end());
+        }
     }
     if (scans.empty()) return {};
 
@@ -361,38 +469,47 @@ std::vector<CleanTarget> OldRuntimeDetector::scan(const ScanContext& context) co
 
     const auto cutOff = monthsBefore(now_, olderThanMonths_);
     std::vector<CleanTarget> targets;
+    std::set<std::string> noted;
     for (auto& scan : scans) {
         const VersionManager& row = scan.row();
         scan.readDefault();
+        scan.readVariable(env_.versionVariables);
+        if (row.newestInUse) scan.keepLastChanged();
         for (const auto& pin : pins.pins) scan.readPin(pin);
         for (const auto& home : pins.venvHomes) scan.readVenvHome(home);
         if (scan.problem()) {
-            context.note(L10n::t("prepare.note.runtimeNotUnderstood", row.name, *scan.problem()));
+            // Every language of a tool may stumble on the same file: one note for it.
+            if (noted.insert(row.id + "\n" + *scan.problem()).second)
+                context.note(L10n::t("prepare.note.runtimeNotUnderstood", row.name, *scan.problem()));
             continue;
         }
         const std::string tool = row.removal.substr(0, row.removal.find(' '));
         const bool toolFound = !tool.empty() && toolAvailable_(tool);
+        // A multi-language tool names the language before the version.
+        const std::string language = scan.language().empty() ? "" : scan.language() + "/";
+        const std::string languageWord = scan.language().empty() ? "" : ShellCommand::word(scan.language()) + " ";
         for (const auto& version : scan.unkept()) {
             if (context.stop.stop_requested()) return targets;
             const fs::path folder = scan.versionsFolder() / version;
             if (probe_->isRunningFrom(Paths::standardized(folder).string())) continue;
-            const auto used = lastUseOf(folder, folder / row.mainProgram);
+            const auto used = lastUseOf(folder, row.mainProgram);
             if (!used || used->when >= cutOff) continue;
             const auto months = std::chrono::duration_cast<std::chrono::hours>(now_ - used->when).count() / (24 * 30);
 
-            std::string why = scan.defaultNames().empty()
+            std::string why = row.newestInUse ? L10n::t("prepare.oldRuntime.why.notNewest", scan.newest())
+                              : scan.defaultNames().empty()
                                   ? L10n::t("prepare.oldRuntime.why.noDefault")
                                   : L10n::t("prepare.oldRuntime.why.default", joined(scan.defaultNames()));
-            why += L10n::t("prepare.oldRuntime.why.unpinned");
+            if (!row.newestInUse) why += L10n::t("prepare.oldRuntime.why.unpinned");
             why += L10n::plural(used->ran ? "prepare.oldRuntime.why.unused" : "prepare.oldRuntime.why.unchanged",
                                 months, static_cast<std::int64_t>(months));
             const auto measured = context.sizer.measure(folder);
             if (measured.hadErrors) why += " " + CleanTarget::partialSizeNote();
             auto kind = toolFound ? CleanKind::command("test -d " + ShellCommand::word(folder.string()) + "; " +
-                                                       row.removal + " " + ShellCommand::word(version))
+                                                       row.removal + " " + languageWord + ShellCommand::word(version))
                                   : CleanKind::paths({folder});
-            auto item = target("runtime:" + row.id + "/" + version,
-                               L10n::t("prepare.oldRuntime.target", row.name, version), std::move(kind),
+            auto item = target("runtime:" + row.id + "/" + language + version,
+                               L10n::t("prepare.oldRuntime.target", row.name, language + version), std::move(kind),
                                measured.bytes, std::move(why));
             item.regenCost = row.regenCost;
             targets.push_back(std::move(item));

@@ -10,7 +10,7 @@ PlanSelection::PlanSelection(std::vector<CleanTarget> targetList) : targets(std:
 bool PlanSelection::isPreselected(const CleanTarget& target) {
     if (target.reversibility != Reversibility::regenerable) return false;
     if (target.level == Level::aggressive || target.blockedByLink) return false;
-    return !(target.kind.isCommand() && target.sizeBytes == 0);
+    return !target.sizeUnknown();
 }
 
 void PlanSelection::toggle(long index) {

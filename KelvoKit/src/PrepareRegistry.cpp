@@ -53,6 +53,11 @@ std::vector<std::filesystem::path> PrepareRegistry::prepareProtectedPaths(const 
     return CleanerRegistry::protectedPaths(env);
 }
 
+std::vector<Family> PrepareRegistry::families(CatalogProfile profile) {
+    if (profile == CatalogProfile::gnuLinux) return {Family::appLeftovers, Family::oldRuntimes};
+    return {Family::simulators, Family::appLeftovers, Family::unusedApps};
+}
+
 CleanerList PrepareRegistry::makePreparers(const Environment& env, int olderThanMonths,
                                            std::chrono::system_clock::time_point now,
                                            MetadataDependency metadata, RuntimeLister simLister,

@@ -15,7 +15,7 @@ std::string PrepareSummary::line(const std::vector<CleanTarget>& targets) {
         if (target.family == Family::appLeftovers) ++leftovers;
         if (target.family == Family::unusedApps) ++apps;
         if (target.family == Family::simulators || target.family == Family::oldRuntimes) ++runtimes;
-        if (target.kind.isCommand() && target.sizeBytes == 0) ++unknownSize;
+        if (target.sizeUnknown()) ++unknownSize;
         total += target.sizeBytes;
     }
 

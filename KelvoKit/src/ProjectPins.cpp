@@ -64,9 +64,8 @@ public:
             const auto type = entry.type ? entry.type : std::optional(platform::EntryType::other);
             if (names_.contains(entry.name) && type != platform::EntryType::directory) {
                 const auto text = platform::readRegularFile(path / entry.name, pinFileLimit);
-                if (text) result_.pins.push_back({path / entry.name, *text});
                 // A dangling link pins nothing; anything else unreadable may pin anything.
-                else if (platform::exists(path / entry.name)) result_.unreadable.push_back(path / entry.name);
+                if (text || platform::exists(path / entry.name)) result_.pins.push_back({path / entry.name, text});
                 continue;
             }
             if (depth >= ProjectPins::maxDepth || !isFolder(path / entry.name, entry.type)) continue;

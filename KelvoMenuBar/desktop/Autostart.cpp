@@ -10,13 +10,19 @@
 namespace kelvo::app {
 namespace {
 
-// Exec= quoting of the desktop entry format: quoted when it holds anything but plain characters.
+// The program as the one argument of an Exec= line of the desktop entry format: "%" is
+// doubled (a single one starts a field code); an argument holding a reserved character is
+// quoted, with ", `, $ and \ escaped by a backslash inside the quotes; and every backslash
+// of that is doubled again, because the whole value is a string whose own escape is "\\".
 std::string execArgument(const std::string& path) {
-    if (path.find_first_of(" \t\"'\\$`") == std::string::npos) return path;
+    std::string doubled;
+    for (char c : path) doubled += c == '%' ? std::string("%%") : std::string(1, c);
+    if (doubled.find_first_of(" \t\n\"'\\><~|&;$*?#()`") == std::string::npos) return doubled;
     std::string quoted = "\"";
-    for (char c : path) {
-        if (c == '"' || c == '`' || c == '$' || c == '\\') quoted += "\\\\";
-        quoted += c;
+    for (char c : doubled) {
+        if (c == '\\') quoted += "\\\\\\\\";
+        else if (c == '\n') quoted += "\\n";
+        else quoted += (c == '"' || c == '`' || c == '$' ? "\\\\" : "") + std::string(1, c);
     }
     return quoted + "\"";
 }

@@ -7,6 +7,7 @@
 
 #include "AppText.h"
 #include "kelvo/Format.h"
+#include "panel/SmallWidgets.h"
 
 namespace kelvo::app {
 
@@ -22,7 +23,7 @@ ConfirmBox::ConfirmBox(QWidget* parent)
     message_->setStyleSheet("color: palette(placeholder-text);");
     layout->addWidget(message_);
     auto* buttons = new QHBoxLayout;
-    delete_->setStyleSheet("background: rgb(255, 59, 48); color: white; padding: 6px;");
+    styleAsDestructive(delete_);
     cancel_->setStyleSheet("padding: 6px;");
     buttons->addWidget(cancel_, 1);
     buttons->addWidget(delete_, 1);
@@ -32,7 +33,7 @@ ConfirmBox::ConfirmBox(QWidget* parent)
 }
 
 void ConfirmBox::describe(std::int64_t count, std::int64_t bytes) {
-    message_->setText(AppText::t("panel.confirm.message", count, Format::bytes(bytes)));
+    message_->setText(AppText::plural("panel.confirm.message", count, {count, Format::bytes(bytes)}));
     delete_->setText(AppText::t("panel.confirm.delete", Format::bytes(bytes)));
 }
 

@@ -39,8 +39,7 @@ Footer::Footer(AppModel& model, Updater* updater, std::function<void()> quit, QW
     layout->addWidget(cleaningRow_);
     layout->addWidget(confirmBox_);
     action_->setMinimumHeight(34);
-    action_->setStyleSheet("QPushButton { background: rgb(255, 59, 48); color: white; border-radius: 6px; }"
-                           "QPushButton:disabled { background: rgba(255, 59, 48, 80); }");
+    styleAsDestructive(action_);
     layout->addWidget(action_);
 
     auto* bottom = new QHBoxLayout;

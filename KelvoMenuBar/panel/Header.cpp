@@ -56,7 +56,7 @@ Header::Header(AppModel& model, QWidget* parent)
     auto* right = new QVBoxLayout;
     right->addWidget(caption("panel.totalRecoverable", this), 0, Qt::AlignRight);
     right->addWidget(total_, 0, Qt::AlignRight);
-    total_->setStyleSheet("font-size: 16px; font-family: monospace;");
+    total_->setStyleSheet("font-size: 16px;");
     second->addLayout(left);
     second->addStretch(1);
     second->addLayout(right);

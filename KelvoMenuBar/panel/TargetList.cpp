@@ -26,8 +26,10 @@ class TargetDelegate : public QStyledItemDelegate {
 public:
     TargetDelegate(const TargetListModel& rows, QWidget* owner) : QStyledItemDelegate(owner), rows_(rows), owner_(*owner) {}
 
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return {option.rect.width(), rows_.target(index) ? rowHeight : sectionHeight};
+    // No width of its own: the view gives every row its viewport's width, so a scroll bar
+    // that appears (the list shortened by the confirmation) never makes the rows wider.
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
+        return {0, rows_.target(index) ? rowHeight : sectionHeight};
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
@@ -44,7 +46,8 @@ public:
             painter->setPen(Qt::NoPen);
             painter->setBrush(Palette::of(target->level));
             painter->drawEllipse(QRect(check.right() + 8, area.center().y() - 4, 8, 8));
-            const QString size = QString::fromStdString(Format::bytes(target->sizeBytes));
+            const QString size = target->sizeUnknown() ? AppText::t("panel.size.unknown")
+                                                       : QString::fromStdString(Format::bytes(target->sizeBytes));
             const int sizeWidth = option.fontMetrics.horizontalAdvance(size) + 4;
             const int left = check.right() + 24;
             const QRect name(left, area.top() + 3, area.right() - sizeWidth - left - 8, option.fontMetrics.height());
@@ -54,8 +57,9 @@ public:
             font.setPointSizeF(font.pointSizeF() * 0.85);
             painter->setFont(font);
             painter->setPen(secondary);
-            painter->drawText(QRect(left, name.bottom() + 1, name.width(), QFontMetrics(font).height()), Qt::AlignLeft,
-                              riskText(*target));
+            const QRect risk(left, name.bottom() + 1, name.width(), QFontMetrics(font).height());
+            painter->drawText(risk, Qt::AlignLeft,
+                              QFontMetrics(font).elidedText(riskText(*target), Qt::ElideRight, risk.width()));
             painter->setFont(option.font);
             painter->setPen(text);
             painter->drawText(area, Qt::AlignRight | Qt::AlignVCenter, size);
@@ -84,9 +88,12 @@ TargetList::TargetList(AppModel& model, QWidget* parent)
       emptyIcon_(new QLabel(this)), emptyText_(new QLabel(this)), stack_(new QStackedLayout(this)) {
     auto* empty = new QWidget(this);
     auto* emptyLayout = new QVBoxLayout(empty);
+    emptyLayout->setSpacing(8);
     emptyLayout->addStretch(1);
     emptyLayout->addWidget(emptyIcon_, 0, Qt::AlignHCenter);
-    emptyLayout->addWidget(emptyText_, 0, Qt::AlignHCenter);
+    // Full width, no alignment of its own in the layout: a wrapped label then gets the
+    // height its lines need instead of the height of one.
+    emptyLayout->addWidget(emptyText_);
     emptyLayout->addStretch(1);
     emptyText_->setWordWrap(true);
     emptyText_->setAlignment(Qt::AlignCenter);
@@ -96,6 +103,7 @@ TargetList::TargetList(AppModel& model, QWidget* parent)
     view_->setUniformItemSizes(false);
     view_->setSelectionMode(QAbstractItemView::NoSelection);
     view_->setFrameShape(QFrame::NoFrame);
+    view_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view_->setMouseTracking(true);
     connect(view_, &QListView::clicked, this, [this](const QModelIndex& index) {
         if (const CleanTarget* target = rows_->target(index)) model_.toggle(target->id);
@@ -106,7 +114,8 @@ TargetList::TargetList(AppModel& model, QWidget* parent)
 }
 
 const char* TargetList::emptySymbol() const {
-    return model_.phase() == AppModel::Phase::scanning ? "hourglass" : "sparkles";
+    if (model_.phase() == AppModel::Phase::scanning) return "hourglass";
+    return model_.scanned() ? "checkmark.circle.fill" : "sparkles";
 }
 
 void TargetList::targetsChanged() {
@@ -119,7 +128,7 @@ void TargetList::selectionChanged() { rows_->selectionChanged(); }
 void TargetList::phaseChanged() {
     const bool scanning = model_.phase() == AppModel::Phase::scanning;
     emptyIcon_->setPixmap(Icons::symbol(emptySymbol()).pixmap(30, 30));
-    emptyText_->setText(AppText::t(scanning ? "panel.scanning" : "panel.emptyHint"));
+    emptyText_->setText(AppText::t(scanning ? "panel.scanning" : model_.scanned() ? "panel.nothingFound" : "panel.emptyHint"));
     stack_->setCurrentIndex(model_.targets().empty() ? 0 : 1);
 }
 

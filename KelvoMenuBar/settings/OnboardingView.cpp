@@ -8,6 +8,7 @@
 
 #include "AppText.h"
 #include "Icons.h"
+#include "kelvo/Config.h"
 #include "panel/SmallWidgets.h"
 
 namespace kelvo::app {
@@ -46,15 +47,20 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> onOpenSett
     layout->addWidget(enableAll_);
     styleAsLink(chooseManually_, false);
     layout->addWidget(chooseManually_, 0, Qt::AlignHCenter);
+    saveError_ = new QLabel(this);
+    saveError_->setWordWrap(true);
+    saveError_->setTextFormat(Qt::PlainText);
+    saveError_->setStyleSheet("color: rgb(215, 38, 30); font-size: 11px;");
+    saveError_->hide();
+    layout->addWidget(saveError_);
     layout->addStretch(1);
 
     connect(detect_, &QPushButton::clicked, this, &OnboardingView::autodetect);
     connect(enableAll_, &QPushButton::clicked, this, [this] {
-        model_.completeOnboarding(std::nullopt);
-        onDone_();
+        if (complete(std::nullopt)) onDone_();
     });
     connect(chooseManually_, &QPushButton::clicked, this, [this] {
-        model_.completeOnboarding(std::nullopt);
+        if (!complete(std::nullopt)) return;
         onDone_();
         onOpenSettings_();
     });
@@ -76,10 +82,17 @@ void OnboardingView::autodetect() {
         std::set<Family> enabled;
         for (Family family : cleanDomainFamilies())
             if (detected.contains(family)) enabled.insert(family);
-        self->model_.completeOnboarding(enabled);
         self->setWorking(false);
-        self->onDone_();
+        if (self->complete(enabled)) self->onDone_();
     });
+}
+
+bool OnboardingView::complete(const std::optional<std::set<Family>>& enabledFamilies) {
+    const auto error = model_.completeOnboarding(enabledFamilies);
+    if (error)
+        saveError_->setText(QString::fromStdString(Config::saveFailureText(model_.cleanService().env.home, error)));
+    saveError_->setVisible(static_cast<bool>(error));
+    return !error;
 }
 
 }  // namespace kelvo::app

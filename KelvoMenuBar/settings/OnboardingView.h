@@ -7,6 +7,7 @@
 
 #include "kelvo/AppModel.h"
 
+class QLabel;
 class QPushButton;
 
 namespace kelvo::app {
@@ -22,10 +23,13 @@ public:
     QWidget* detectingRow() const { return detecting_; }
     QPushButton* enableAllButton() const { return enableAll_; }
     QPushButton* chooseManuallyButton() const { return chooseManually_; }
+    QLabel* saveError() const { return saveError_; }
 
 private:
     void autodetect();
     void setWorking(bool working);
+    // Stores the choice; true when it was saved, else the screen stays and says why.
+    bool complete(const std::optional<std::set<Family>>& enabledFamilies);
 
     AppModel& model_;
     std::function<void()> onOpenSettings_;
@@ -35,6 +39,7 @@ private:
     QWidget* detecting_;
     QPushButton* enableAll_;
     QPushButton* chooseManually_;
+    QLabel* saveError_;
 };
 
 }  // namespace kelvo::app

@@ -1,5 +1,6 @@
 #include "settings/PathListEditor.h"
 
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,8 +25,16 @@ QString trimmedOfSpacesAndTabs(const QString& text) {
 }  // namespace
 
 PathListEditor::PathListEditor(const QString& title, const char* icon, const QString& hint, const QString& placeholder,
-                               QWidget* parent)
-    : QWidget(parent), rows_(new QVBoxLayout), field_(new QLineEdit(this)), add_(new QPushButton(AppText::t("settings.add"), this)) {
+                               const QString& home, QWidget* parent, FolderChooser chooser)
+    : QWidget(parent), rows_(new QVBoxLayout), field_(new QLineEdit(this)), add_(new QPushButton(AppText::t("settings.add"), this)),
+      choose_(new QPushButton(Icons::symbol("folder"), AppText::t("settings.choose"), this)), home_(home),
+      chooser_(std::move(chooser)) {
+    if (!chooser_)
+        chooser_ = [home](QWidget* parent) {
+            // The dialog of Qt itself: a modal window of the panel, so the panel stays open under it.
+            return QFileDialog::getExistingDirectory(parent, AppText::t("settings.choose.title"), home,
+                                                     QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+        };
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     auto* heading = new QHBoxLayout;
@@ -45,8 +54,18 @@ PathListEditor::PathListEditor(const QString& title, const char* icon, const QSt
     field_->setPlaceholderText(placeholder);
     entry->addWidget(field_, 1);
     entry->addWidget(add_);
+    entry->addWidget(choose_);
     layout->addLayout(entry);
     connect(add_, &QPushButton::clicked, this, &PathListEditor::add);
+    connect(choose_, &QPushButton::clicked, this, [this] {
+        QString folder = chooser_(this);
+        if (folder.isEmpty()) return;
+        const QString homePrefix = home_.endsWith('/') ? home_ : home_ + '/';
+        if (folder == home_) folder = "~";
+        else if (folder.startsWith(homePrefix)) folder = "~/" + folder.mid(homePrefix.size());
+        field_->setText(folder);
+        add();
+    });
     connect(field_, &QLineEdit::returnPressed, this, &PathListEditor::add);
     rebuildRows();
 }

@@ -14,6 +14,7 @@
 
 #include "AppText.h"
 #include "Icons.h"
+#include "kelvo/CleanerRegistry.h"
 #include "kelvo/Config.h"
 #include "panel/SmallWidgets.h"
 #include "settings/PathListEditor.h"
@@ -71,6 +72,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     layout->addLayout(header);
     layout->addWidget(makeDivider(this));
 
+    const QString home = QString::fromStdString(model_.cleanService().env.home.string());
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
@@ -86,28 +88,36 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     configProblem_->hide();
     sections->addWidget(configProblem_);
     roots_ = new PathListEditor(AppText::t("settings.projectFolders"), "folder", AppText::t("settings.projectFolders.hint"),
-                                AppText::t("settings.projectFolders.placeholder"), column);
+                                AppText::t("settings.projectFolders.placeholder"), home, column);
     sections->addWidget(roots_);
     sections->addWidget(makeDivider(column));
     auto* keepRow = new QHBoxLayout;
     keepRecentLabel_ = new QLabel(column);
     keepRecentLabel_->setWordWrap(true);
     keepRecent_ = new QSpinBox(column);
-    keepRecent_->setRange(0, 60);
+    keepRecent_->setRange(Config::fewestKeepRecentDays, Config::mostKeepRecentDays);
     keepRecent_->setSingleStep(1);
     keepRow->addWidget(keepRecentLabel_, 1);
     keepRow->addWidget(keepRecent_);
     sections->addLayout(keepRow);
     sections->addWidget(makeDivider(column));
     exclusions_ = new PathListEditor(AppText::t("settings.exclusions"), "lock", AppText::t("settings.exclusions.hint"),
-                                     AppText::t("settings.exclusions.placeholder"), column);
+                                     AppText::t("settings.exclusions.placeholder"), home, column);
     sections->addWidget(exclusions_);
 
     auto* categories = new QVBoxLayout;
     categories->addWidget(sectionTitle("settings.categories", column));
     categories->addWidget(hint("settings.categories.hint", column));
-    for (Family family : cleanDomainFamilies()) {
-        auto* toggle = new QCheckBox(QString::fromStdString(displayName(family)), column);
+    // The families of this system's catalog only (no Xcode on Linux), named as it names them
+    // and in the order of those names, so no system's own tools come first.
+    const auto& env = model_.cleanService().env;
+    auto offered = CleanerRegistry::familiesWithDetectors(env);
+    std::ranges::sort(offered, [&env](Family a, Family b) {
+        return QString::localeAwareCompare(QString::fromStdString(displayName(a, env.catalog)),
+                                           QString::fromStdString(displayName(b, env.catalog))) < 0;
+    });
+    for (Family family : offered) {
+        auto* toggle = new QCheckBox(literalMnemonicText(QString::fromStdString(displayName(family, env.catalog))), column);
         toggle->setIcon(Icons::symbol(iconName(family)));
         families_.emplace(family, toggle);
         categories->addWidget(toggle);
@@ -149,6 +159,10 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     scroll->setWidget(column);
     layout->addWidget(scroll, 1);
 
+    checkVersion_ = new QCheckBox(AppText::t("settings.checkVersion"), column);
+    sections->insertWidget(sections->count() - 1, checkVersion_);
+    sections->insertWidget(sections->count() - 1, hint("settings.checkVersion.hint", column));
+
     launchAtLogin_ = new QCheckBox(AppText::t("settings.launchAtLogin"), this);
     layout->addWidget(launchAtLogin_);
     loginError_ = new QLabel(this);
@@ -157,6 +171,12 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     loginError_->hide();
     layout->addWidget(loginError_);
     layout->addWidget(makeDivider(this));
+    saveError_ = new QLabel(this);
+    saveError_->setWordWrap(true);
+    saveError_->setTextFormat(Qt::PlainText);
+    saveError_->setStyleSheet("color: rgb(215, 38, 30); font-size: 11px;");
+    saveError_->hide();
+    layout->addWidget(saveError_);
     auto* footer = new QHBoxLayout;
     cancel_ = new QPushButton(AppText::t("settings.cancel"), this);
     save_ = new QPushButton(AppText::t("settings.save"), this);
@@ -185,9 +205,11 @@ void SettingsView::loadIfNeeded() {
     configProblem_->setVisible(config.problem.has_value());
     roots_->setPaths(toList(config.projectRoots));
     exclusions_->setPaths(toList(config.extraExclusions));
-    keepRecent_->setValue(static_cast<int>(std::clamp<std::int64_t>(config.keepRecentDays, 0, 60)));
+    keepRecent_->setValue(static_cast<int>(
+        std::clamp<std::int64_t>(config.keepRecentDays, Config::fewestKeepRecentDays, Config::mostKeepRecentDays)));
     showKeepRecent(keepRecent_->value());
     defaultLevel_ = config.defaultLevel;
+    checkVersion_->setChecked(config.checkMinimumVersion);
     for (auto [family, toggle] : families_) {
         const bool enabled = !config.enabledFamilies ||
                              std::ranges::count(*config.enabledFamilies, std::string(rawValue(family))) > 0;
@@ -204,6 +226,7 @@ void SettingsView::save() {
     config.extraExclusions = fromList(exclusions_->paths());
     config.defaultLevel = defaultLevel_;
     config.keepRecentDays = keepRecent_->value();
+    config.checkMinimumVersion = checkVersion_->isChecked();
     std::vector<std::string> enabled;
     for (auto [family, toggle] : families_)
         if (toggle->isChecked()) enabled.emplace_back(rawValue(family));
@@ -211,7 +234,13 @@ void SettingsView::save() {
         std::ranges::sort(enabled);
         config.enabledFamilies = std::move(enabled);
     }
-    (void)config.save(model_.cleanService().env.home);  // a failure leaves what is on disk, which the reload shows
+    // A failed save keeps the screen open with the edits and says why; nothing is lost.
+    const auto& home = model_.cleanService().env.home;
+    if (const auto error = config.save(home)) {
+        saveError_->setText(QString::fromStdString(Config::saveFailureText(home, error)));
+        saveError_->show();
+        return;
+    }
     model_.reloadConfig();
     onClose_();
 }

@@ -1,7 +1,7 @@
 #pragma once
 // Edits the stored configuration: project folders, the keep-recent age, exclusions and
 // enabled families (nothing reaches the file before Save; Cancel and the close button
-// drop the edits), plus two switches that act at once: start at login and the link to
+// drop the edits; a save that fails keeps them on screen and says why), plus two switches that act at once: start at login and the link to
 // the command-line tool. A new screen is built each time the settings open. When the
 // configuration file is there but cannot be used, a notice above the settings says which
 // file and why, and that the defaults are shown instead.
@@ -37,8 +37,14 @@ public:
     PathListEditor* roots() const { return roots_; }
     PathListEditor* exclusions() const { return exclusions_; }
     QSpinBox* keepRecent() const { return keepRecent_; }
-    QCheckBox* familyToggle(Family family) const { return families_.at(family); }
+    // Only the families of the running catalog have one; null for the others.
+    QCheckBox* familyToggle(Family family) const {
+        const auto found = families_.find(family);
+        return found == families_.end() ? nullptr : found->second;
+    }
     QPushButton* scanCategoriesButton() const { return scanCategories_; }
+    QCheckBox* checkVersion() const { return checkVersion_; }
+    QLabel* saveError() const { return saveError_; }
     QCheckBox* launchAtLogin() const { return launchAtLogin_; }
     QLabel* loginError() const { return loginError_; }
     QPushButton* installCliButton() const { return installCli_; }
@@ -74,6 +80,8 @@ private:
     QPushButton* installCli_;
     QLabel* cliInstalled_;
     QLabel* cliMessage_;
+    QCheckBox* checkVersion_;
+    QLabel* saveError_;
     QCheckBox* launchAtLogin_;
     QLabel* loginError_;
     QPushButton* cancel_;

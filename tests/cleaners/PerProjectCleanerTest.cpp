@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -12,9 +13,11 @@
 
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/PerProjectCleaner.h"
+#include "kelvo/PlanSelection.h"
 #include "support/DeepTree.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -31,17 +34,18 @@ using testing::idSetOf;
 
 constexpr auto day = std::chrono::seconds(86400);
 
-// The specs exactly as the catalog builds them, so the rules are checked with its patterns.
-std::vector<Spec> catalogSpecs() {
+// The catalog's own cleaner, so the rules are checked with its patterns.
+PerProjectCleaner catalogCleaner(CatalogProfile profile = CatalogProfile::macos) {
     Environment env;
     env.home = "/nonexistent-home";
     env.tmpDir = "/nonexistent-tmp";
-    env.catalog = CatalogProfile::macos;
+    env.catalog = profile;
     const auto cleaners = CleanerRegistry::makeCleaners(env);
     const auto* perProject = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
     if (!perProject) throw std::logic_error("the catalog's last entry is not the per-project cleaner");
-    return perProject->specs();
+    return *perProject;
 }
+std::vector<Spec> catalogSpecs() { return catalogCleaner().specs(); }
 
 Spec simpleSpec(std::string dirName, std::vector<std::string> requiresSibling = {}) {
     return {std::move(dirName), Level::safe, Reversibility::regenerable, RegenCost::rebuild, std::move(requiresSibling)};
@@ -166,6 +170,136 @@ TEST(PerProjectCleaner, AStoppedScanFindsNothing) {
     stop.request_stop();
     const DirectorySizer sizer;
     EXPECT_TRUE(makeCleaner({temp / "root"}).scan(ScanContext{sizer, stop.get_token()}).empty());
+}
+
+// Runs a shell script in `folder` with git on a clean environment: no user or system
+// configuration, nothing of the machine's but the programs in /usr/bin and /bin. `f PATH`
+// writes a 4 KiB file.
+void shellIn(const fs::path& folder, const std::string& script) {
+    fs::create_directories(folder);
+    const std::string command = "cd '" + folder.string() + "' && env -i HOME='" + folder.string() +
+                                "' GIT_CONFIG_NOSYSTEM=1 PATH=/usr/bin:/bin sh -ec '" +
+                                "f() { mkdir -p \"$(dirname \"$1\")\"; head -c 4096 /dev/zero > \"$1\"; }; " +
+                                "git() { command git -c user.name=t -c user.email=t@t \"$@\"; }; " + script + "'";
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + script);
+}
+
+// Every folder offered by a scan, and the notes it left.
+std::pair<std::set<fs::path>, std::string> offeredAndNotes(const PerProjectCleaner& cleaner) {
+    const DirectorySizer sizer;
+    const auto notes = std::make_shared<ScanNotes>();
+    std::set<fs::path> offered;
+    for (const auto& target : cleaner.scan(ScanContext{sizer, {}, notes}))
+        offered.insert(target.kind.pathList().begin(), target.kind.pathList().end());
+    std::string text;
+    for (const auto& note : notes->take()) text += note + "\n";
+    return {offered, text};
+}
+
+constexpr const char* signature = "Signature: 8a477f597d28d172789f06886806bc55";
+
+TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered) {
+    // The script runs in the case's folder; the project root is its "work".
+    struct Case { std::string name, script, candidate; bool offered; };
+    const std::vector<Case> cases{
+        {"tracked", "cd work && git init -q && f app/build/ci/run.sh && f app/main.go && git add app", "app/build", false},
+        {"ignored", "cd work && git init -q && f app/build/o && echo build/ > app/.gitignore && git add app", "app/build", true},
+        {"untracked", "cd work && git init -q && f app/main.c && git add app && f app/build/o", "app/build", true},
+        {"above-root", "git init -q && f work/app/build/gen/keep && git add work", "app/build", false},
+        {"nested", "cd work && git init -q && f app/x && git add app/x && cd app && git init -q && f build/x && git add build",
+         "app/build", false},
+        {"git-file", "cd work && git init -q --separate-git-dir ../repo && f node_modules/p/x && git add -f node_modules",
+         "node_modules", false},
+        {"own-tree", "f work/app/build/index.html && cd work/app/build && git init -q && git add .", "app/build", false},
+        {"tagged-fixture", std::string("cd work && git init -q && f app/fixture/data && printf \"") + signature +
+                               "\" > app/fixture/CACHEDIR.TAG && git add app",
+         "app/fixture", false},
+        {"corrupt-index", "cd work && git init -q && f app/build/o && echo x > .git/index", "app/build", false},
+    };
+    TempDir temp;
+    std::vector<fs::path> roots;
+    for (const auto& test : cases) {
+        roots.push_back(makeDirectory(temp / test.name / "work"));
+        shellIn(temp / test.name, test.script);
+    }
+    const auto linux = catalogCleaner(CatalogProfile::gnuLinux);
+    const auto [offered, notes] = offeredAndNotes(
+        PerProjectCleaner(roots, linux.specs(), 0, Clock::now() + 1s, linux.cacheTagged()));
+    for (const auto& test : cases)
+        EXPECT_EQ(offered.contains(temp / test.name / "work" / test.candidate), test.offered) << test.name;
+    EXPECT_NE(notes.find((temp / "corrupt-index/work").string()), std::string::npos) << notes;
+}
+
+TEST(PerProjectCleaner, EnvironmentsNeedTheirConfigurationAndALockToBePreselected) {
+    struct Case { std::string name; std::vector<std::string> files; std::string targetId; /* "": not offered */ };
+    const std::vector<Case> cases{
+        {"uv", {"pyproject.toml", "uv.lock", ".venv/pyvenv.cfg"}, "per-project-.venv"},
+        {"pip", {"setup.py", "requirements-dev.txt", "venv/pyvenv.cfg"}, "per-project-venv"},
+        {"by-hand", {"pyproject.toml", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
+        {"pipfile", {"Pipfile", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
+        {"no-cfg", {"pyproject.toml", "poetry.lock", ".venv/bin/python"}, ""},
+    };
+    TempDir temp;
+    for (const auto& test : cases)
+        for (const auto& file : test.files) writeFile(temp / test.name / file, 4096);
+    const auto targets = PerProjectCleaner({temp.path()}, catalogCleaner(CatalogProfile::gnuLinux).specs(), 0,
+                                           Clock::now() + 1s).scan();
+    for (const auto& test : cases) {
+        std::string found;
+        for (const auto& target : targets)
+            for (const auto& folder : target.kind.pathList())
+                if (folder.parent_path() == temp / test.name) found = target.id;
+        EXPECT_EQ(found, test.targetId) << test.name;
+    }
+    for (const auto& target : targets) {
+        const bool unpinned = target.id.ends_with(PerProjectCleaner::unpinnedSuffix);
+        EXPECT_EQ(PlanSelection::isPreselected(target), !unpinned) << target.id;
+        EXPECT_EQ(target.notes.find("uv.lock") != std::string::npos, unpinned) << target.notes;
+    }
+}
+
+TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {
+    // The fresh entry is made a day before now; everything else a month.
+    struct Case { std::string name, freshEntry; bool offered; };
+    const std::vector<Case> cases{
+        {"fresh-source", "main.ts", false},
+        {"fresh-manifest", "package.json", false},
+        {"all-old", "", true},
+        {"fresh-inside-other-artefact", ".next/cache/x", true},
+    };
+    TempDir temp;
+    const auto now = Clock::now();
+    for (const auto& test : cases) {
+        const fs::path project = temp / test.name;
+        for (const char* file : {"node_modules/p/index.js", "main.ts", "package.json", ".next/cache/x"})
+            writeFile(project / file, 4096);
+        for (const auto& entry : fs::recursive_directory_iterator(project)) setModificationTime(entry.path(), now - 30 * day);
+        if (!test.freshEntry.empty()) setModificationTime(project / test.freshEntry, now - day);
+    }
+    const auto modules = pathsOf(makeCleaner({temp.path()}, catalogSpecs(), 7, now).scan(), "per-project-node_modules");
+    for (const auto& test : cases) EXPECT_EQ(modules.contains(temp / test.name / "node_modules"), test.offered) << test.name;
+}
+
+TEST(PerProjectCleaner, UnreadableProjectFoldersAndIndexesAreNamedAndWhatTheyHideIsNotOffered) {
+    TempDir temp;
+    const fs::path root = temp / "work";
+    writeFile(root / "open/node_modules/p/x", 4096);
+    writeFile(root / "locked/app/node_modules/p/x", 4096);
+    ::chmod((root / "locked").c_str(), 0);
+    shellIn(root / "repo", "git init -q && f main.c && git add main.c && f build/o && chmod 000 .git/index");
+    const auto run = testing::runAsUnprivileged([&] {
+        const auto [offered, notes] = offeredAndNotes(makeCleaner({root}));
+        std::string text = notes;
+        for (const auto& folder : offered) text += "offered " + folder.string() + "\n";
+        return text;
+    });
+    if (run.switchRefused) GTEST_SKIP() << run.failure;
+    ASSERT_TRUE(run.output) << run.failure;
+    const std::string& text = *run.output;
+    EXPECT_NE(text.find("offered " + (root / "open/node_modules").string() + "\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("offered " + (root / "repo/build").string()), std::string::npos) << text;
+    EXPECT_NE(text.find((root / "locked").string() + " ("), std::string::npos) << text;
+    EXPECT_NE(text.find((root / "repo").string() + " ("), std::string::npos) << text;
 }
 
 }  // namespace

@@ -1,7 +1,12 @@
 #include "PanelFixture.h"
 
 #include <QDir>
+#include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QImage>
+#include <QLabel>
+#include <QScrollBar>
+#include <QTextDocument>
 
 #include "kelvo/InMemoryStore.h"
 #include "support/StubServices.h"
@@ -55,6 +60,26 @@ void PanelFixture::click(QWidget* widget) {
 }
 
 void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
+    QCoreApplication::processEvents();  // layouts settle before anything is measured
+    // Every text shown has the room it needs: a label its lines, a button its hint.
+    for (const QLabel* label : widget.findChildren<QLabel*>()) {
+        if (!label->isVisibleTo(&widget) || label->text().isEmpty() || Qt::mightBeRichText(label->text())) continue;
+        const QRect room = label->contentsRect();
+        // Laid out from the top: a centred line in a tall rectangle would round to one pixel more.
+        const int flags = static_cast<int>(label->alignment() & Qt::AlignHorizontal_Mask) |
+                          (label->wordWrap() ? Qt::TextWordWrap : 0);
+        const QRect needed = label->fontMetrics().boundingRect(QRect(0, 0, room.width(), 100000), flags, label->text());
+        EXPECT_TRUE(needed.width() <= room.width() && needed.height() <= room.height())
+            << name << ": \"" << label->text().toStdString() << "\" needs " << needed.width() << "x" << needed.height()
+            << ", has " << room.width() << "x" << room.height();
+    }
+    for (const QAbstractButton* button : widget.findChildren<QAbstractButton*>())
+        if (button->isVisibleTo(&widget) && !button->text().isEmpty())
+            EXPECT_GE(button->width(), button->sizeHint().width()) << name << ": " << button->text().toStdString();
+    // Nothing is wider than its scroll area, the bar shown or not.
+    for (const QAbstractScrollArea* area : widget.findChildren<QAbstractScrollArea*>())
+        if (area->isVisibleTo(&widget)) EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << name;
+
     const QImage image = widget.grab().toImage();
     ASSERT_FALSE(image.isNull()) << name;
     QDir().mkpath(KELVO_SCREENSHOT_DIR);

@@ -4,6 +4,8 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QToolButton>
 #include <QToolTip>
 
@@ -126,7 +128,7 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     // Cancel first: nothing happens; then confirm.
     click(footer.actionButton());
     EXPECT_FALSE(footer.actionButton()->isVisible());
-    EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 items (" + bytes + ")? This cannot be undone.");
+    EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 target (" + bytes + ")? This cannot be undone.");
     click(footer.confirmBox()->cancelButton());
     EXPECT_FALSE(panel->confirming());
     EXPECT_TRUE(std::filesystem::exists(home / ".npm/_cacache"));
@@ -158,6 +160,9 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_TRUE(Config::exists(home) && !Config::load(home).enabledFamilies);
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
+    QScrollBar* down = panel->settingsView()->findChild<QScrollArea*>()->verticalScrollBar();
+    down->setValue(down->maximum());
+    screenshot(*panel, "settings-end");
     click(panel->settingsView()->closeButton());
     EXPECT_EQ(panel->currentScreen(), Screen::main);
     screenshot(*panel, "panel-empty");
@@ -175,6 +180,21 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(opened, std::vector<QUrl>{UpdateRequiredView::downloadPage()});
     click(panel->updateRequiredView()->quitButton());
     EXPECT_EQ(quits, 1);
+}
+
+TEST_F(PanelViewTest, AScanThatFindsNothingSaysSoUnlikeThePromptBeforeAnyScan) {
+    writeConfig();
+    makePanel();
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    const QString prompt = panel->targetList()->emptyText()->text();
+    screenshot(*panel, "panel-empty-prepare");
+    click(panel->scanRow()->scanButton());
+    settle();
+    ASSERT_TRUE(model->targets().empty());
+    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
+    screenshot(*panel, "panel-nothing-found");
+    click(panel->header()->domainButton(AppModel::Domain::clean));
+    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
 }
 
 TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {

@@ -6,9 +6,12 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QToolButton>
+#include <sys/stat.h>
+
 #include <fstream>
 
 #include "PanelFixture.h"
+#include "kelvo/CleanerRegistry.h"
 #include "panel/Header.h"
 #include "settings/PathListEditor.h"
 #include "settings/SettingsView.h"
@@ -28,6 +31,7 @@ protected:
         click(panel->header()->gearButton());
         return *panel->settingsView();
     }
+    std::vector<Family> offered() const { return CleanerRegistry::familiesWithDetectors(model->cleanService().env); }
 };
 
 TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCancelStoresNothing) {
@@ -44,17 +48,19 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_EQ(Config::load(home), loaded);
 
     settings = &openSettings();
-    for (Family family : cleanDomainFamilies()) settings->familyToggle(family)->setChecked(family != Family::python);
+    for (Family family : offered()) settings->familyToggle(family)->setChecked(family != Family::python);
     settings->keepRecent()->setValue(12);
+    settings->checkVersion()->setChecked(false);
     click(settings->saveButton());
     EXPECT_EQ(panel->currentScreen(), Screen::main);
     std::vector<std::string> allButPython;
-    for (Family family : cleanDomainFamilies())
+    for (Family family : offered())
         if (family != Family::python) allButPython.emplace_back(rawValue(family));
     std::ranges::sort(allButPython);
     Config expected = loaded;  // the default level kept, though no control shows it
     expected.enabledFamilies = allButPython;
     expected.keepRecentDays = 12;
+    expected.checkMinimumVersion = false;
     EXPECT_EQ(Config::load(home), expected);
 
     settings = &openSettings();
@@ -76,7 +82,8 @@ TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults)
 }
 
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
-    PathListEditor editor("Folders", "folder", "hint", "placeholder");
+    QString chosen;
+    PathListEditor editor("Folders", "folder", "hint", "placeholder", "/home/u", nullptr, [&](QWidget*) { return chosen; });
     const struct {
         const char* typed;
         QStringList expected;
@@ -89,6 +96,11 @@ TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
         EXPECT_EQ(editor.paths(), step.expected) << step.typed;
         EXPECT_TRUE(editor.field()->text().isEmpty());
     }
+    for (const auto& folder : {"/home/u/src", "", "/home/u"}) {  // a folder in the home, none chosen, the home
+        chosen = folder;
+        QTest::mouseClick(editor.chooseButton(), Qt::LeftButton);
+    }
+    EXPECT_EQ(editor.paths(), (QStringList{"~/code", "/srv/x", "~/src", "~"}));
     editor.setPaths({"~/a", "~/b", "~/a"});
     QTest::mouseClick(editor.removeButton(2), Qt::LeftButton);
     QCoreApplication::processEvents();
@@ -113,6 +125,39 @@ TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntry) {
     EXPECT_TRUE(shell.autostart.enabled());
     settings->launchAtLogin()->click();
     EXPECT_FALSE(std::filesystem::exists(entry));
+}
+
+TEST_F(SettingsViewTest, ASaveThatFailsKeepsTheScreenAndItsEditsAndSaysWhy) {
+    SettingsView& settings = openSettings();
+    std::filesystem::remove(Config::filePath(home));
+    ASSERT_EQ(::mkfifo(Config::filePath(home).c_str(), 0600), 0);
+    settings.keepRecent()->setValue(9);
+    click(settings.saveButton());  // returns: a FIFO is never opened
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
+    EXPECT_EQ(settings.keepRecent()->value(), 9);
+    EXPECT_NE(settings.saveError()->isVisible() ? settings.saveError()->text().indexOf("other than a regular file") : -1, -1);
+    EXPECT_TRUE(std::filesystem::is_fifo(Config::filePath(home)));
+    screenshot(*panel, "settings-save-failed");
+}
+
+TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
+    kelvo::testing::TempDir root;
+    const struct {
+        const char* program;
+        const char* exec;
+    } rows[] = {
+        {"/opt/kelvo/kelvo-menubar", "Exec=/opt/kelvo/kelvo-menubar"},
+        {"/opt/100%/kelvo", "Exec=/opt/100%%/kelvo"},
+        {"/opt/my apps/kelvo", R"(Exec="/opt/my apps/kelvo")"},
+        {"/opt/a$b\\c/kelvo", R"(Exec="/opt/a\\$b\\\\c/kelvo")"},
+    };
+    for (const auto& row : rows) {
+        const Autostart autostart{root / "kelvo.desktop", row.program};
+        ASSERT_FALSE(autostart.setEnabled(true));
+        std::ifstream file(autostart.entry);
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        EXPECT_NE(text.find(std::string("\n") + row.exec + "\n"), std::string::npos) << text;
+    }
 }
 
 TEST_F(SettingsViewTest, StartAtLoginFailureShowsTheReasonAndTheRealState) {

@@ -30,6 +30,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "kelvo/CleanService.h"
@@ -113,6 +114,9 @@ public:
     const std::optional<ExecutionReport>& lastReport() const { return lastReport_; }
     const std::optional<DiskSpace>& disk() const { return disk_; }
     bool updateRequired() const { return updateRequired_; }
+    // Whether targets holds what a finished scan found (empty: it found nothing), as
+    // opposed to nothing scanned yet; cleared with the results. Published with targets.
+    bool scanned() const { return scanned_; }
 
     ScanSummary summary() const { return Reporter::summarize(targets_); }
     // True while no configuration file exists in the user's home, whatever a file's content.
@@ -128,9 +132,9 @@ public:
     void reloadConfig();
     // Writes the configuration (the file's current values, or the defaults when it cannot
     // be read) with the given families as raw values in ascending text order, or with no
-    // family list (every family) for nothing, then reloads. A failed save leaves a note
-    // saying why (notes()); nothing else changes.
-    void completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies);
+    // family list (every family) for nothing, then reloads. Returns why the save failed
+    // (Config::saveFailureText tells the user); nothing is reloaded then.
+    [[nodiscard]] std::error_code completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies);
     // The families the clean service finds on this machine, passed to done.
     void detectCategories(std::function<void(std::set<Family>)> done);
 
@@ -181,6 +185,7 @@ private:
     std::optional<ExecutionReport> lastReport_;
     std::optional<DiskSpace> disk_;
     bool updateRequired_ = false;
+    bool scanned_ = false;
 
     CleanService clean_;
     PrepareService prepare_;

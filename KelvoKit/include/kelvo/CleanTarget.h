@@ -28,8 +28,13 @@ struct CleanTarget {
     // data while they run: the executor leaves it alone while one runs, unless forced.
     std::vector<std::string> guardedProcesses;
 
+    // A command whose tool tells nothing of the space it frees before it runs.
+    bool sizeUnknown() const { return kind.isCommand() && sizeBytes == 0; }
+
     // The text used as notes when a size could be measured only in part (looked up each call).
     static std::string partialSizeNote();
+    // What the front ends say of a size that is unknown (sizeUnknown) instead of "0 B".
+    static std::string unknownSizeNote();
 };
 
 }  // namespace kelvo

@@ -30,6 +30,9 @@ struct Config {
     bool checkMinimumVersion = true;
 
     static constexpr std::size_t maximumFileBytes = 1 << 20;
+    // The ages the front ends offer for keepRecentDays (a file may hold any whole number).
+    static constexpr std::int64_t fewestKeepRecentDays = 0;
+    static constexpr std::int64_t mostKeepRecentDays = 60;
 
     static const Config& defaults();
     static std::filesystem::path filePath(const std::filesystem::path& home);
@@ -37,8 +40,11 @@ struct Config {
     // A missing file gives the defaults and no problem.
     struct Loaded;
     static Loaded load(const std::filesystem::path& home);
-    // Creates ~/.config/kelvo as needed and overwrites the file in place; the error, if any.
+    // Creates ~/.config/kelvo as needed and replaces the file whole or not at all (a crash or
+    // a full disk leaves the old file); refuses anything but a regular file in its place.
     [[nodiscard]] std::error_code save(const std::filesystem::path& home) const;
+    // Why a save failed, localised, naming the file: for the front ends to show.
+    static std::string saveFailureText(const std::filesystem::path& home, std::error_code error);
 
     std::string encoded() const;
     // The text of a file; a problem's file is left empty (the caller knows it).

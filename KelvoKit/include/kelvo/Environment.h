@@ -34,6 +34,10 @@ struct Environment {
     // The location variables (names in locationVariableNames()) as the process had them;
     // unset and empty ones are absent.
     std::map<std::string, std::string, std::less<>> locationVariables;
+    // The variables through which a shell picks a version manager's version (PYENV_VERSION,
+    // RUSTUP_TOOLCHAIN: the managers' rows name them), as the process had them; unset and
+    // empty ones are absent.
+    std::map<std::string, std::string, std::less<>> versionVariables;
 
     // The running user's environment: home from liveHome, temporary directory from $TMPDIR
     // (else /tmp), the configuration file under home, the Flutter cache found through

@@ -33,6 +33,8 @@ std::optional<Family> familyFromAlias(std::string_view name);
 std::optional<Family> familyFromUserName(std::string_view name);
 // Every word familyFromUserName accepts, aliases first, for a usage message.
 std::vector<std::string> acceptedFamilyNames();
+// The same words, only those that name one of the families given (a catalog's own).
+std::vector<std::string> acceptedFamilyNames(const std::vector<Family>& among);
 
 std::string displayName(Family family);
 // The name under a catalog profile: "family.<profile>.<raw>" where the texts have one

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kelvo/AppMetadata.h"
+#include "kelvo/CatalogProfile.h"
 #include "kelvo/Cleaner.h"
 #include "kelvo/ProcessProbe.h"
 #include "kelvo/SimRuntime.h"
@@ -39,6 +40,8 @@ std::vector<std::filesystem::path> prepareProtectedPaths(const Environment& env)
 // FLATPAK_CONFIG_DIR and FLATPAK_USER_DIR win where set), then the old-runtime detector of
 // the version managers in place of simulator runtimes. Linux has no record of when an
 // application was last used, so unused applications are not looked for there.
+// The families the profile's detectors report, in declaration order.
+std::vector<Family> families(CatalogProfile profile);
 CleanerList makePreparers(const Environment& env, int olderThanMonths, std::chrono::system_clock::time_point now,
                           MetadataDependency metadata, RuntimeLister simLister,
                           const std::optional<std::vector<std::filesystem::path>>& appIndexDirs,

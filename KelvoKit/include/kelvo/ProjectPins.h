@@ -6,8 +6,10 @@
 // never follows a link, and passes over folders that hold no pins of a project's own:
 // node_modules, version-control folders, build output, and hidden folders other than a
 // ".venv"; it does not enter a virtual environment once its pyvenv.cfg is read. A folder or
-// pin file that cannot be read is listed in `unreadable`, since a pin may hide there.
+// that cannot be read is listed in `unreadable`, since a pin may hide there; a pin file that
+// cannot be read is a pin without text, which only the tools reading that name weigh.
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <stop_token>
 #include <string>
@@ -18,12 +20,12 @@ namespace kelvo {
 struct ProjectPins {
     struct Pin {
         std::filesystem::path file;
-        std::string text;
+        std::optional<std::string> text;  // nothing: the file cannot be read, so it may pin anything
     };
 
     std::vector<Pin> pins;
     std::vector<std::filesystem::path> venvHomes;   // as written, standardised
-    std::vector<std::filesystem::path> unreadable;  // folders and pin files
+    std::vector<std::filesystem::path> unreadable;  // folders and virtual environments: they may hold any pin
 
     static constexpr int maxDepth = 8;
     static ProjectPins read(const std::vector<std::filesystem::path>& roots, const std::set<std::string>& pinNames,

@@ -2,8 +2,11 @@
 // The version managers whose installed versions the old-runtime detector weighs: one row
 // per tool, facts only, read by the one detector (OldRuntimeDetector). A row says where the
 // tool keeps its versions and which variable moves them, which program inside a version
-// runs when it is used, where the tool writes its default and how that file reads, which
-// files pin a version in a project and how they read, and the tool's own removal command.
+// runs when it is used, where the tool writes its default and how that file reads, the
+// variable that picks a version for a shell, which files pin a version in a project and how
+// they read, and the tool's own removal command. A tool that manages several languages
+// (asdf, SDKMAN!) groups its versions per language: <versions>/<language>/<version>; each
+// language is weighed on its own, its default and pins read from the lines that name it.
 #include <string>
 #include <vector>
 
@@ -17,6 +20,9 @@ enum class VersionSyntax {
     rustToolchain,  // rust-toolchain.toml's [toolchain] channel, or the legacy one-line file
     rustupSettings, // settings.toml: default_toolchain and the directory overrides
     aliasLink,      // a symbolic link into the version it names
+    toolLines,      // "<language> <version> [<version> ...]" lines; "#" starts a comment
+    toolAssignments, // "<language>=<version>" lines; "#" starts a comment line
+    wrapperUrl,     // a properties file whose distributionUrl's file, less ".zip", names the version
 };
 
 // How a version folder's name relates to the names users write.
@@ -34,14 +40,22 @@ struct VersionManager {
     // or under the XDG data folder when it begins with "$data/".
     std::vector<std::string> defaultRoots;
     std::string versionsFolder;  // relative to the root; empty: the root itself
-    std::string mainProgram;     // relative to a version folder
-    std::string defaultFile;     // relative to the root; empty: the tool has no default
+    bool perLanguage = false;    // versions are grouped per language (see above)
+    // The tool keeps no default and reads no pins: the version last installed or updated (its
+    // folder's modification time) is the one in use.
+    bool newestInUse = false;
+    std::string mainProgram;     // relative to a version folder; empty: the folder's own time tells
+    // Relative to the root, or to the home when it begins with "~/"; per language relative to
+    // the language's folder; empty: the tool has no default.
+    std::string defaultFile;
     VersionSyntax defaultSyntax = VersionSyntax::words;
     std::string aliasFolder;     // relative to the root: named aliases a pin may use (nvm)
+    std::string versionVariable; // names the versions a shell uses, like a default; ":" separates several
     std::vector<std::string> pinFiles;
     VersionSyntax pinSyntax = VersionSyntax::words;
     VersionNaming naming = VersionNaming::plain;
-    std::string removal;  // the version's folder name is appended; empty: no command (a shell function)
+    // The language's and version's folder names are appended; empty: no command (a shell function).
+    std::string removal;
     RegenCost regenCost = RegenCost::redownload;
 };
 

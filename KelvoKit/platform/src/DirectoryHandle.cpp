@@ -124,6 +124,16 @@ std::optional<DirectoryHandle> DirectoryHandle::openChild(std::string_view name,
     return DirectoryHandle(std::move(child));
 }
 
+std::optional<DirectoryHandle> DirectoryHandle::openParent(std::error_code& error) const {
+    Descriptor parent(::openat(fd(), "..", openFlags::directory));
+    if (!parent.valid()) {
+        error = lastError();
+        return std::nullopt;
+    }
+    error.clear();
+    return DirectoryHandle(std::move(parent));
+}
+
 DirectoryHandle::DirectoryHandle(DirectoryHandle&& other) noexcept = default;
 DirectoryHandle& DirectoryHandle::operator=(DirectoryHandle&& other) noexcept = default;
 DirectoryHandle::~DirectoryHandle() = default;
@@ -133,6 +143,24 @@ std::error_code DirectoryHandle::forEachNameThrough(void* target, NameVisitor vi
     return DirectoryReader()
         .read(fd(), [&](const DirectoryRecord& record) { return visitor(target, record.name, record.type); })
         .error;
+}
+
+std::optional<std::chrono::system_clock::time_point> DirectoryHandle::newestChildModificationTime() const {
+    std::optional<std::chrono::system_clock::time_point> newest;
+    forEachName([&](std::string_view name, EntryType) {
+        const auto modified = childModificationTime(name);
+        if (modified && (!newest || *modified > *newest)) newest = modified;
+        return true;
+    });
+    return newest;
+}
+
+std::optional<EntryType> DirectoryHandle::childType(std::string_view name) const {
+    char childName[NAME_MAX + 1];
+    if (copyName(name, childName)) return std::nullopt;
+    struct stat status {};
+    if (::fstatat(fd(), childName, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    return entryTypeFromMode(status.st_mode);
 }
 
 std::optional<std::chrono::system_clock::time_point> DirectoryHandle::childModificationTime(

@@ -268,11 +268,26 @@ std::error_code writeFile(const std::filesystem::path& path, const std::string& 
     return {};
 }
 
-std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content) {
+std::error_code notRegularFileError() {
+    static const struct : std::error_category {
+        const char* name() const noexcept override { return "kelvo.file"; }
+        std::string message(int) const override { return "not a regular file"; }
+    } category;
+    return {1, category};
+}
+
+std::error_code writeFileAtomically(const std::filesystem::path& target, const std::string& content) {
+    // A file kept elsewhere and linked here (a dotfiles checkout) is replaced where it lives.
+    const auto path = isSymbolicLink(target).value_or(false) ? resolveSymlinks(target) : target;
+    std::error_code statusError;
+    const auto existing = statOf(path, true, statusError);
+    if (existing && !S_ISREG(existing->st_mode)) return notRegularFileError();
+    if (!existing && statusError != std::errc::no_such_file_or_directory) return statusError;
     std::string temporary = path.string() + ".XXXXXX";
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0) return lastError();
     std::error_code error = writeAll(fd, content);
+    if (!error && existing && ::fchmod(fd, existing->st_mode & 07777) != 0) error = lastError();
     if (!error && ::fsync(fd) != 0) error = lastError();
     if (::close(fd) != 0 && !error) error = lastError();
     if (!error && ::rename(temporary.c_str(), path.c_str()) != 0) error = lastError();

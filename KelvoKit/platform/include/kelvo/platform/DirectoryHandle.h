@@ -27,6 +27,9 @@ public:
                                                std::error_code& error);
     // Opens a subdirectory by name, never through a link.
     std::optional<DirectoryHandle> openChild(std::string_view name, std::error_code& error) const;
+    // Opens the directory that holds this one through its own "..", which no link can
+    // redirect (the root's is the root itself).
+    std::optional<DirectoryHandle> openParent(std::error_code& error) const;
     // Opens a directory below this one by a relative path of any length, one component at
     // a time, never through a link: a link anywhere on the way, the last component
     // included, fails with ELOOP. Empty and "." components are passed over (an empty path
@@ -44,6 +47,12 @@ public:
     // nothing when it cannot be read. Kept apart from the listing so a walk reads dates
     // only for the few entries it cares about.
     std::optional<std::chrono::system_clock::time_point> childModificationTime(std::string_view name) const;
+    // The newest content modification time among the entries themselves (links not
+    // followed, one status read each on this descriptor); entries whose time cannot be read
+    // are passed over. Nothing when none can be read.
+    std::optional<std::chrono::system_clock::time_point> newestChildModificationTime() const;
+    // The type of a child entry itself (a link is not followed); nothing when it cannot be read.
+    std::optional<EntryType> childType(std::string_view name) const;
     // Up to maxBytes from the start of a child that is a regular file (never through a
     // link); nothing when it is not one or cannot be read.
     std::optional<std::string> childFileStart(std::string_view name, std::size_t maxBytes) const;

@@ -67,9 +67,14 @@ std::optional<std::string> readRegularFile(const std::filesystem::path& path, st
 // Writes in place (no temporary file), replacing earlier content.
 std::error_code writeFile(const std::filesystem::path& path, const std::string& content);
 // Replaces the file whole or not at all, even across a crash: the content goes to a new
-// file beside it (mode 0600), is flushed to the disk, renamed over the old name, and the
-// directory is flushed too. Readers see the old content or the new one, never a mix.
+// file beside it (mode 0600, or the mode of the file it replaces), is flushed to the disk,
+// renamed over the old name, and the directory is flushed too. Readers see the old content
+// or the new one, never a mix. A symbolic link to a file stays a link: the file it points
+// to is replaced. Anything but a regular file at the path (a FIFO, a device, a folder) is
+// left alone and never opened: the answer is notRegularFileError().
 std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content);
+// The error of a write refused because something other than a regular file stands there.
+std::error_code notRegularFileError();
 std::error_code createDirectories(const std::filesystem::path& path);
 
 }  // namespace kelvo::platform

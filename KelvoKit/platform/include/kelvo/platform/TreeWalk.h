@@ -11,10 +11,13 @@
 // with entries left to visit stay open, each with its listing: memory and descriptors grow
 // with the number of such directories on the current path (a chain of folders keeps one
 // open), the path text with the depth. A subdirectory that cannot be opened is passed
-// over; a listing that failed part-way says so. Nothing here throws.
+// over; a listing that failed part-way says so. Both are told to an optional reporter,
+// except a subdirectory that vanished or was replaced by a link or a file before it could
+// be opened (nothing was there to read). Nothing here throws.
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 
 #include "kelvo/platform/DirectoryHandle.h"
@@ -36,7 +39,7 @@ public:
     // 0 for the walk's top.
     std::size_t depth() const { return depth_; }
     // False when reading the directory failed part-way: names may be missing.
-    bool listedCompletely() const { return listedCompletely_; }
+    bool listedCompletely() const { return !listingError_; }
 
     // Whether some entry's name (the visited one's included) satisfies the predicate.
     template <class Predicate>
@@ -59,29 +62,41 @@ private:
     const std::string* path_;
     std::size_t pathLength_;
     std::size_t depth_;
-    bool listedCompletely_ = true;
+    std::error_code listingError_;
     std::string entries_;
     std::size_t next_ = 0;
 };
 
 class TreeWalk {
 public:
+    struct IgnoreUnread {
+        void operator()(const std::string&, std::error_code) const {}
+    };
+
     // Calls visit(const WalkedDirectory&, std::string_view name, EntryType type) for the
-    // entries below `top`, whose path is `topPath` (used only to build paths for visitors).
-    // True when a visit stopped the walk.
-    template <class Visit>
-    static bool run(DirectoryHandle top, std::string topPath, Visit&& visit) {
+    // entries below `top`, whose path is `topPath` (used only to build paths for visitors),
+    // and report(const std::string& path, std::error_code) for each directory the walk
+    // could not read whole (the top included). True when a visit stopped the walk.
+    template <class Visit, class Report = IgnoreUnread>
+    static bool run(DirectoryHandle top, std::string topPath, Visit&& visit, Report&& report = Report()) {
         using Target = std::remove_reference_t<Visit>;
+        using Reporter = std::remove_reference_t<Report>;
         return runThrough(std::move(top), std::move(topPath), const_cast<void*>(static_cast<const void*>(&visit)),
                           [](void* target, const WalkedDirectory& directory, std::string_view name, EntryType type) {
                               return (*static_cast<Target*>(target))(directory, name, type);
+                          },
+                          const_cast<void*>(static_cast<const void*>(&report)),
+                          [](void* target, const std::string& path, std::error_code error) {
+                              (*static_cast<Reporter*>(target))(path, error);
                           });
     }
 
 private:
     using Visitor = WalkStep (*)(void* target, const WalkedDirectory& directory, std::string_view name,
                                  EntryType type);
-    static bool runThrough(DirectoryHandle top, std::string topPath, void* target, Visitor visitor);
+    using UnreadVisitor = void (*)(void* target, const std::string& path, std::error_code error);
+    static bool runThrough(DirectoryHandle top, std::string topPath, void* target, Visitor visitor,
+                           void* unreadTarget, UnreadVisitor unread);
 };
 
 }  // namespace kelvo::platform
