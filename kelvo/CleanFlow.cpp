@@ -40,7 +40,7 @@ void addCleanOptions(CLI::App& command, CleanRequest& request) {
 
 bool printRefusal(const Environment& env) {
     const auto reason = SafetyGuard::refusalFor(env);
-    if (reason) fmt::print(stderr, "{}\n", *reason);
+    if (reason) fmt::print(stderr, "{}\n", reason->text());
     return reason.has_value();
 }
 

@@ -120,7 +120,7 @@ void printReport(const ExecutionReport& report, bool dryRun) {
     const auto entries = [](const std::string& key, const std::vector<ReportEntry>& items) {
         if (items.empty()) return;
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(items.size())));
-        for (const auto& item : items) fmt::print("  {}: {}\n", item.id, item.text);
+        for (const auto& item : items) fmt::print("  {}: {}\n", item.id, item.reason.text());
     };
     list(would + "deleted", report.deleted);
     list(would + "partial", report.partial);

@@ -1,7 +1,9 @@
 #include "kelvo/AppModel.h"
 
 #include <algorithm>
-#include <chrono>
+#include <atomic>
+#include <list>
+#include <mutex>
 #include <thread>
 
 #include "kelvo/Config.h"
@@ -15,12 +17,41 @@ AppServices AppServices::live(const Environment& env) {
     const auto probe = std::make_shared<LiveProcessProbe>();
     return AppServices{
         CleanService{env, probe, &Executor::shell},
-        PrepareService{env, probe, &Executor::shell, 6, std::chrono::system_clock::now(),
-                       std::make_shared<LiveAppMetadata>(), &SimRuntimeLister::live, std::nullopt},
+        PrepareService{.env = env, .probe = probe, .runCommand = &Executor::shell,
+                       .metadata = std::make_shared<LiveAppMetadata>(), .simLister = &SimRuntimeLister::live},
     };
 }
 
-void AppModelDependencies::onNewThread(Closure work) { std::thread(std::move(work)).detach(); }
+namespace {
+
+// One thread per piece of work; those that have ended are joined when the next starts, the
+// rest when the owner goes.
+class OwnThreads {
+public:
+    void start(Closure work) {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(threads_, [](const Worker& worker) { return worker.ended->load(); });
+        auto ended = std::make_shared<std::atomic<bool>>(false);
+        threads_.push_back({ended, std::jthread([work = std::move(work), ended] {
+                                work();
+                                ended->store(true);
+                            })});
+    }
+
+private:
+    struct Worker {
+        std::shared_ptr<std::atomic<bool>> ended;
+        std::jthread thread;
+    };
+    std::mutex mutex_;
+    std::list<Worker> threads_;
+};
+
+}  // namespace
+
+Dispatcher AppModelDependencies::ownThreads() {
+    return [threads = std::make_shared<OwnThreads>()](Closure work) { threads->start(std::move(work)); };
+}
 
 AppModel::AppModel(Dispatcher toUserInterface, CleanService clean, PrepareService prepare,
                    std::optional<VersionGate> versionGate, AppModelDependencies dependencies)

@@ -1,7 +1,7 @@
 #include "kelvo/CleanService.h"
 
-#include "DomainClean.h"
 #include "kelvo/CleanerRegistry.h"
+#include "kelvo/DomainService.h"
 #include "kelvo/ProjectDiscovery.h"
 
 namespace kelvo {
@@ -52,5 +52,7 @@ SafetyGuard CleanService::guard() const {
 ExecutionReport CleanService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash) const {
     return cleanThrough(*this, targets, dryRun, force, toTrash);
 }
+
+static_assert(DomainService<CleanService>);
 
 }  // namespace kelvo

@@ -9,7 +9,7 @@ namespace {
 
 nlohmann::json entries(const std::vector<ReportEntry>& items, const char* textKey) {
     nlohmann::json list = nlohmann::json::array();
-    for (const auto& item : items) list.push_back({{"id", item.id}, {textKey, item.text}});
+    for (const auto& item : items) list.push_back({{"id", item.id}, {textKey, item.reason.text()}});
     return list;
 }
 

@@ -6,7 +6,6 @@
 
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/InstalledApps.h"
-#include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/ProtectedApps.h"
 #include "kelvo/RemovalChecks.h"
@@ -31,7 +30,7 @@ std::optional<std::string> bundleIDAfter(const std::string& id, const std::strin
     return id.substr(prefix.size());
 }
 
-void skip(ExecutionReport& report, const CleanTarget& target, std::string reason) {
+void skip(ExecutionReport& report, const CleanTarget& target, Reason reason) {
     report.skipped.push_back({target.id, std::move(reason)});
 }
 
@@ -113,7 +112,7 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
             const std::string item = standard.string(), trash = Paths::standardized(*executor.homeTrash).string();
             if (Paths::same(item, trash) || Paths::isInside(item, trash) || Paths::isInside(trash, item)) {
                 skippedSome = true;
-                skip(report, target, L10n::t("exec.skip.trashItself", Paths::lastComponent(standard)));
+                skip(report, target, {Reason::Code::trashItself, Paths::lastComponent(standard)});
                 continue;
             }
             // A rename: the item goes whole or not at all, so no remnant is left to report.
@@ -128,8 +127,9 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
             skippedSome = true;
             const std::string name = Paths::lastComponent(standard);
             skip(report, target,
-                 error == std::errc::cross_device_link ? L10n::t("exec.skip.trashOtherVolume", name)
-                                                       : L10n::t("exec.skip.trashFailed", name, error.message()));
+                 error == std::errc::cross_device_link
+                     ? Reason{Reason::Code::trashOtherVolume, name}
+                     : Reason{Reason::Code::trashFailed, name + " (" + error.message() + ")"});
             continue;
         }
         const RemovalOutcome outcome = Executor::removeResiliently(standard, &pool);
@@ -141,9 +141,9 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
         skippedSome = true;
         const std::string name = Paths::lastComponent(standard);
         if (outcome.freed < 1) {
-            skip(report, target, L10n::t("exec.skip.noPermission", name));
+            skip(report, target, {Reason::Code::noPermission, name});
         } else {
-            skip(report, target, L10n::t("exec.skip.systemRemnant", name));
+            skip(report, target, {Reason::Code::systemRemnant, name});
             removedSome = true;
         }
     }
@@ -170,12 +170,12 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
             const auto running = std::find_if(names.begin(), names.end(),
                                               [&](const std::string& name) { return processes.isRunning(name); });
             if (running != names.end()) {
-                skip(report, target, L10n::t("exec.skip.processRunning", *running));
+                skip(report, target, {Reason::Code::processRunning, *running});
                 continue;
             }
         }
         if (auto bundle = runningBundle(target)) {
-            skip(report, target, L10n::t("exec.skip.appRunning", *bundle));
+            skip(report, target, {Reason::Code::appRunning, *bundle});
             continue;
         }
         if (auto reason = protectedAppReason(target)) {
@@ -196,9 +196,9 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
             removals.waitForAll();
             const int status = runCommand(target.kind.commandLine(), shellVariables);
             if (status == 127) {
-                report.errors.push_back({target.id, L10n::t("exec.error.toolNotFound")});
+                report.errors.push_back({target.id, {Reason::Code::toolNotFound, {}}});
             } else if (status != 0) {
-                report.errors.push_back({target.id, L10n::t("exec.error.exitCode", static_cast<std::int64_t>(status))});
+                report.errors.push_back({target.id, {Reason::Code::exitStatus, std::to_string(status)}});
             } else {
                 report.deleted.push_back(target.id);
                 report.freedUnknown.push_back(target.id);
@@ -236,7 +236,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
 
 CommandFunction liveCommandRunner() { return &Executor::shell; }
 
-ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason) {
+ExecutionReport Executor::refusingAll(const std::vector<CleanTarget>& targets, const Reason& reason) {
     ExecutionReport report;
     for (const auto& target : targets) skip(report, target, reason);
     return report;
@@ -275,44 +275,44 @@ std::optional<std::string> Executor::runningBundle(const CleanTarget& target) co
     return std::nullopt;
 }
 
-std::optional<std::string> Executor::protectedAppReason(const CleanTarget& target) const {
+std::optional<Reason> Executor::protectedAppReason(const CleanTarget& target) const {
     if (target.family != Family::appLeftovers && target.family != Family::unusedApps) return std::nullopt;
     const ProtectedApps& apps = ProtectedApps::standard();
     for (const char* prefix : {"app:", "leftover:"}) {
         const auto bundleID = bundleIDAfter(target.id, prefix);
         if (bundleID && apps.coversBundleID(*bundleID))
-            return L10n::t("exec.skip.protectedApp.id", *bundleID);
+            return Reason{Reason::Code::protectedAppID, *bundleID};
     }
     if (target.kind.isCommand()) return std::nullopt;
     for (const auto& bundle : target.kind.pathList()) {
         const auto name = InstalledApps::appName(bundle);
         if (!name) continue;
         const auto bundleID = InstalledApps::infoPlistString(bundle, "CFBundleIdentifier");
-        if (bundleID && apps.coversBundleID(*bundleID)) return L10n::t("exec.skip.protectedApp.id", *bundleID);
-        if (apps.coversName(*name)) return L10n::t("exec.skip.protectedApp.name", *name);
+        if (bundleID && apps.coversBundleID(*bundleID)) return Reason{Reason::Code::protectedAppID, *bundleID};
+        if (apps.coversName(*name)) return Reason{Reason::Code::protectedAppName, *name};
     }
     return std::nullopt;
 }
 
-std::optional<std::string> Executor::unsafeToDeleteReason(const path& location) const {
+std::optional<Reason> Executor::unsafeToDeleteReason(const path& location) const {
     if (auto reason = RemovalChecks::linkReason(location)) return reason;
     const path standard = Paths::standardized(location);
     const path candidate = Paths::standardized(platform::resolveSymlinks(standard.parent_path())) / standard.filename();
-    if (!safety.isDeletable(candidate)) return L10n::t("exec.skip.resolvedUnsafe", candidate.string());
+    if (!safety.isDeletable(candidate)) return Reason{Reason::Code::resolvedUnsafe, candidate.string()};
     return RemovalChecks::ownerReason(standard);
 }
 
-std::optional<std::string> Executor::pathRefusal(const path& location) const {
-    if (!safety.isDeletable(location)) return L10n::t("exec.skip.protectedPath", location.string());
+std::optional<Reason> Executor::pathRefusal(const path& location) const {
+    if (!safety.isDeletable(location)) return Reason{Reason::Code::protectedPath, location.string()};
     return unsafeToDeleteReason(location);
 }
 
-std::optional<std::string> Executor::commandRefusal(const std::string& commandLine) const {
+std::optional<Reason> Executor::commandRefusal(const std::string& commandLine) const {
     const ShellCommand command = ShellCommand::read(commandLine, shellVariables);
     if (command.refusal) return command.refusal;
     for (const auto& place : command.places) {
         // A pattern's folder must be a place to remove in, whatever it matches now.
-        if (!safety.isDeletable(place.path)) return L10n::t("exec.skip.protectedPath", place.path.string());
+        if (!safety.isDeletable(place.path)) return Reason{Reason::Code::protectedPath, place.path.string()};
         for (const auto& match : ShellCommand::matches(place))
             if (auto reason = pathRefusal(match)) return reason;
     }

@@ -1,6 +1,6 @@
 #include "kelvo/PrepareService.h"
 
-#include "DomainClean.h"
+#include "kelvo/DomainService.h"
 #include "kelvo/PrepareRegistry.h"
 #include "kelvo/ProjectDiscovery.h"
 
@@ -25,5 +25,7 @@ SafetyGuard PrepareService::guard() const {
 ExecutionReport PrepareService::clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash) const {
     return cleanThrough(*this, targets, dryRun, force, toTrash);
 }
+
+static_assert(DomainService<PrepareService>);
 
 }  // namespace kelvo

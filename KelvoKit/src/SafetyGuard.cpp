@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "kelvo/L10n.h"
 #include "kelvo/Paths.h"
 #include "kelvo/platform/FileSystem.h"
 
@@ -17,9 +16,9 @@ bool SafetyGuard::anchorsRemoval(const std::filesystem::path& folder) {
     return folder.is_absolute() && normalForm(folder) != "/";
 }
 
-std::optional<std::string> SafetyGuard::refusalFor(const Environment& env) {
-    if (!anchorsRemoval(env.home)) return L10n::t("exec.refuse.home", env.home.string());
-    if (!anchorsRemoval(env.tmpDir)) return L10n::t("exec.refuse.tmpDir", env.tmpDir.string());
+std::optional<Reason> SafetyGuard::refusalFor(const Environment& env) {
+    if (!anchorsRemoval(env.home)) return Reason{Reason::Code::homeUnanchored, env.home.string()};
+    if (!anchorsRemoval(env.tmpDir)) return Reason{Reason::Code::tmpDirUnanchored, env.tmpDir.string()};
     return std::nullopt;
 }
 

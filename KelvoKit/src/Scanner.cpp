@@ -135,7 +135,7 @@ std::vector<CleanTarget> Scanner::markLinks(std::vector<CleanTarget> targets) {
             const auto reason = RemovalChecks::linkReason(url);
             if (!reason) continue;
             target.blockedByLink = true;
-            const std::string note = L10n::t("cleaner.note.link", *reason);
+            const std::string note = L10n::t("cleaner.note.link", reason->text());
             target.notes = target.notes.empty() ? note : note + " " + target.notes;
             break;
         }

@@ -6,7 +6,6 @@
 #include <cctype>
 #include <string_view>
 
-#include "kelvo/L10n.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
@@ -56,8 +55,8 @@ public:
     }
 
 private:
-    void refuse(std::string_view key, const std::string& detail) {
-        if (!result_.refusal) result_.refusal = L10n::t(key, detail);
+    void refuse(Reason::Code code, const std::string& detail) {
+        if (!result_.refusal) result_.refusal = Reason{code, detail};
     }
 
     void step() {
@@ -70,7 +69,7 @@ private:
             ++at_;
         } else if (c == '\'') {
             const auto close = line_.find('\'', at_ + 1);
-            if (close == std::string::npos) return refuse("exec.skip.command.syntax", "'");
+            if (close == std::string::npos) return refuse(Reason::Code::commandSyntax, "'");
             word_.begun = true;
             for (std::size_t i = at_ + 1; i < close; ++i) word_.add(line_[i], true);
             at_ = close + 1;
@@ -87,7 +86,7 @@ private:
             word_.add(c, false);
             ++at_;
         } else {
-            refuse("exec.skip.command.syntax", std::string(1, c));
+            refuse(Reason::Code::commandSyntax, std::string(1, c));
         }
     }
 
@@ -99,13 +98,13 @@ private:
             if (c == '$') {
                 readVariable(true);
             } else if (c == '`' || c == '\\') {
-                return refuse("exec.skip.command.syntax", std::string(1, c));
+                return refuse(Reason::Code::commandSyntax, std::string(1, c));
             } else {
                 word_.add(c, true);
                 ++at_;
             }
         }
-        if (at_ >= line_.size()) return refuse("exec.skip.command.syntax", "\"");
+        if (at_ >= line_.size()) return refuse(Reason::Code::commandSyntax, "\"");
         ++at_;
     }
 
@@ -116,13 +115,13 @@ private:
         if (end < line_.size() && isNameStart(line_[end]))
             while (end < line_.size() && isNameChar(line_[end])) ++end;
         if (end == start || (braced && (end >= line_.size() || line_[end] != '}')))
-            return refuse("exec.skip.command.syntax", line_.substr(at_, end - at_ + 1));
+            return refuse(Reason::Code::commandSyntax, line_.substr(at_, end - at_ + 1));
         const std::string name = line_.substr(start, end - start);
         const auto value = variables_.find(name);
         // Unquoted, a value is split at blanks and matched as a pattern: no single place any more.
         if (value == variables_.end() ||
             (!quoted && value->second.find_first_of(" \t\n*?[") != std::string::npos))
-            return refuse("exec.skip.command.variable", name);
+            return refuse(Reason::Code::commandVariable, name);
         for (const char c : value->second) word_.add(c, true);
         word_.expanded = true;
         at_ = end + (braced ? 1 : 0);
@@ -132,9 +131,9 @@ private:
     void readTilde() {
         const std::size_t next = at_ + 1;
         if (next < line_.size() && line_[next] != '/' && line_[next] != ' ' && line_[next] != '\t' && line_[next] != ';')
-            return refuse("exec.skip.command.syntax", "~");
+            return refuse(Reason::Code::commandSyntax, "~");
         const auto home = variables_.find("HOME");
-        if (home == variables_.end()) return refuse("exec.skip.command.variable", "HOME");
+        if (home == variables_.end()) return refuse(Reason::Code::commandVariable, "HOME");
         for (const char c : home->second) word_.add(c, true);
         word_.expanded = true;
         at_ = next;
@@ -149,13 +148,13 @@ private:
         endWord();
         if (words_.empty()) {
             // "a;" ends the line; a ";" with no command before it is a syntax error.
-            if (!atEnd) refuse("exec.skip.command.syntax", ";");
+            if (!atEnd) refuse(Reason::Code::commandSyntax, ";");
             return;
         }
         const std::string& program = words_.front().text;
-        if (program.find('=') != std::string::npos) return refuse("exec.skip.command.syntax", program);
+        if (program.find('=') != std::string::npos) return refuse(Reason::Code::commandSyntax, program);
         for (const auto builtin : stateChangingBuiltins)
-            if (program == builtin) return refuse("exec.skip.command.syntax", program);
+            if (program == builtin) return refuse(Reason::Code::commandSyntax, program);
         bool afterRm = false;
         for (std::size_t index = 0; index < words_.size() && !result_.refusal; ++index) {
             const Word& word = words_[index];
@@ -181,7 +180,7 @@ private:
         const bool patternSafe =
             word.firstWildcard == std::string::npos || (!last.empty() && !last.starts_with("."));
         if (!plainComponents || !wildcardInLast || !patternSafe)
-            return refuse("exec.skip.command.place", word.text);
+            return refuse(Reason::Code::commandPlace, word.text);
         ShellCommand::Place place{path, {}};
         if (word.firstWildcard != std::string::npos) place.pattern = word.pattern.substr(word.pattern.rfind('/') + 1);
         result_.places.push_back(std::move(place));

@@ -5,7 +5,6 @@
 #include <QPointer>
 #include <QPushButton>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "AppText.h"
 
@@ -37,13 +36,14 @@ Updater::Answer Updater::answer(const std::string& currentVersion, const std::op
 void Updater::checkForUpdates() {
     if (!canCheck_) return;
     setCanCheck(false);
-    // The thread may outlive the updater; the answer is dropped then.
-    std::thread([fetch = fetch_, self = QPointer<Updater>(this)] {
+    // The previous download has ended (its answer made the check possible again): replacing
+    // it joins at once. An answer that arrives after the updater is gone is dropped.
+    download_ = std::jthread([fetch = fetch_, self = QPointer<Updater>(this)] {
         auto body = fetch();
         QMetaObject::invokeMethod(qApp, [self, body = std::move(body)] {
             if (self) self->finish(body);
         }, Qt::QueuedConnection);
-    }).detach();
+    });
 }
 
 void Updater::finish(const std::optional<std::string>& body) {

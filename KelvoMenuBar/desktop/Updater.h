@@ -2,15 +2,16 @@
 // A small updater of our own: it downloads a JSON feed naming the newest release,
 // {"version": "1.2.0", "url": "https://..."}, compares that version with the running one
 // by the version gate's rule, and shows a small dialog: up to date, or a newer version
-// with a button that opens its download page. The download runs on a thread of its own;
-// the answer comes back through the event loop. One check at a time: canCheckForUpdates
-// is false while one runs.
+// with a button that opens its download page. The download runs on a thread the updater
+// owns and joins when it goes; the answer comes back through the event loop. One check at
+// a time: canCheckForUpdates is false while one runs.
 #include <QObject>
 #include <QUrl>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "kelvo/VersionGate.h"
 
@@ -54,6 +55,7 @@ private:
     UrlOpener openUrl_;
     bool canCheck_ = true;
     QMessageBox* dialog_ = nullptr;
+    std::jthread download_;  // last: joined before the rest goes
 };
 
 }  // namespace kelvo::app

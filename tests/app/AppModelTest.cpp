@@ -3,6 +3,10 @@
 // by hand, so every interleaving below is chosen, not raced; one test uses real threads.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "kelvo/AppModel.h"
 #include "kelvo/Config.h"
 #include "kelvo/InMemoryStore.h"
@@ -192,7 +196,7 @@ TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
 TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
     auto model = makeModel();
     EXPECT_TRUE(model->needsOnboarding());
-    model->completeOnboarding(std::set<Family>{Family::xcodeCore, Family::docker});
+    ASSERT_FALSE(model->completeOnboarding(std::set<Family>{Family::xcodeCore, Family::docker}));
     EXPECT_FALSE(model->needsOnboarding());
     EXPECT_EQ(Config::load(home.path()).enabledFamilies, (Ids{"docker", "xcodeCore"}));
     EXPECT_EQ(model->cleanService().env.enabledFamilies, (std::set<Family>{Family::xcodeCore, Family::docker}));
@@ -201,7 +205,7 @@ TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
     Config edited = Config::load(home.path());
     edited.projectRoots = {"~/code"};
     ASSERT_FALSE(edited.save(home.path()));
-    model->completeOnboarding(std::nullopt);
+    ASSERT_FALSE(model->completeOnboarding(std::nullopt));
     EXPECT_EQ(Config::load(home.path()).projectRoots, Ids{"~/code"});
     EXPECT_FALSE(Config::load(home.path()).enabledFamilies);
     EXPECT_FALSE(model->prepareService().env.enabledFamilies);
@@ -247,6 +251,14 @@ TEST_F(AppModelTest, WorkOnRealThreadsComesBackThroughTheDispatcher) {
     model->detectCategories([&](std::set<Family> families) { detected = std::move(families); });
     ui.runNextWhenPosted();
     EXPECT_TRUE(detected.contains(Family::androidGradle));
+
+    // The live dispatcher's threads are joined when it goes: no work outlives its owner.
+    auto ended = std::make_shared<std::atomic<bool>>(false);
+    AppModelDependencies{}.inBackground([ended] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ended->store(true);
+    });
+    EXPECT_TRUE(*ended);
 }
 
 }  // namespace

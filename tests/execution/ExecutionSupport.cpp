@@ -48,14 +48,18 @@ std::string summary(const ExecutionReport& report) {
     for (const auto& id : report.deleted) out.push_back("deleted " + id);
     for (const auto& id : report.partial) out.push_back("partial " + id);
     for (const auto& id : report.freedUnknown) out.push_back("unknown " + id);
-    for (const auto& entry : report.skipped) out.push_back("skipped " + entry.id + ": " + entry.text);
-    for (const auto& entry : report.errors) out.push_back("error " + entry.id + ": " + entry.text);
+    for (const auto& entry : report.skipped) out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject));
+    for (const auto& entry : report.errors) out.push_back(failed(entry.id, entry.reason.code, entry.reason.subject));
     out.push_back("freed " + std::to_string(report.freedBytes));
     return lines(out);
 }
 
-std::string skipped(const std::string& id, const std::string& key, const std::string& detail) {
-    return "skipped " + id + ": " + L10n::t(key, detail);
+std::string skipped(const std::string& id, Reason::Code code, const std::string& subject) {
+    return "skipped " + id + ": " + std::string(Reason::key(code)) + " " + subject;
+}
+
+std::string failed(const std::string& id, Reason::Code code, const std::string& subject) {
+    return "error " + id + ": " + std::string(Reason::key(code)) + " " + subject;
 }
 
 std::string lines(const std::vector<std::string>& expected) {

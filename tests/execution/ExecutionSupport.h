@@ -47,10 +47,12 @@ void writeAppBundle(const std::filesystem::path& bundle, const std::string& bund
 bool present(const std::filesystem::path& location);
 
 // The whole report, one line per entry in its order: "deleted id", "partial id",
-// "unknown id", "skipped id: text", "error id: text", then "freed N".
+// "unknown id", "skipped id: why", "error id: why", then "freed N"; why is the reason's
+// key and subject, so that a comparison never depends on a sentence.
 std::string summary(const ExecutionReport& report);
-// The line of a target skipped for the reason `key` names.
-std::string skipped(const std::string& id, const std::string& key, const std::string& detail);
+// The line of a target skipped, or failed, for the reason.
+std::string skipped(const std::string& id, Reason::Code code, const std::string& subject);
+std::string failed(const std::string& id, Reason::Code code, const std::string& subject = {});
 // The lines a test expects, joined the same way.
 std::string lines(const std::vector<std::string>& expected);
 

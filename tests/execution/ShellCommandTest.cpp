@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "kelvo/L10n.h"
 #include "kelvo/ShellCommand.h"
 #include "support/TempDir.h"
 
@@ -39,44 +38,46 @@ TEST(ShellCommand, ReadsThePlacesALineNamesWithTheRunsVariables) {
     };
     for (const auto& c : cases) {
         const auto command = ShellCommand::read(c.line, variables);
-        EXPECT_FALSE(command.refusal) << c.line << ": " << command.refusal.value_or("");
+        EXPECT_FALSE(command.refusal) << c.line << ": " << command.refusal.value_or(Reason{}).subject;
         EXPECT_EQ(placesOf(command), c.places) << c.line;
     }
 }
 
 TEST(ShellCommand, RefusesWhatItCannotReadToTheEnd) {
     struct Case {
-        std::string line, key, detail;
+        std::string line;
+        Reason::Code code;
+        std::string subject;
     };
     const Case cases[] = {
-        {"rm -rf \"$TMPDIR\"/x", "exec.skip.command.variable", "TMPDIR"},  // not given: see below
-        {"rm -rf $PATH/x", "exec.skip.command.variable", "PATH"},
-        {"rm -rf build", "exec.skip.command.place", "build"},
-        {"rm -rf *", "exec.skip.command.place", "*"},
-        {"tool --into=/t/x", "exec.skip.command.place", "--into=/t/x"},
-        {"rm -rf /t/*/cache", "exec.skip.command.place", "/t/*/cache"},
-        {"rm -rf /t/.*", "exec.skip.command.place", "/t/.*"},
-        {"rm -rf /t/x/../..", "exec.skip.command.place", "/t/x/../.."},
-        {"echo x > /etc/passwd", "exec.skip.command.syntax", ">"},
-        {"tool | rm -rf /t/x", "exec.skip.command.syntax", "|"},
-        {"rm -rf $(pwd)", "exec.skip.command.syntax", "$("},
-        {"rm -rf \"`pwd`\"", "exec.skip.command.syntax", "`"},
-        {"rm -rf ${TMPDIR:-/}", "exec.skip.command.syntax", "${TMPDIR:"},
-        {"rm -rf /t/x\\ y", "exec.skip.command.syntax", "\\"},
-        {"rm -rf '/t/x", "exec.skip.command.syntax", "'"},
-        {"rm -rf ~root/x", "exec.skip.command.syntax", "~"},
-        {"cd /; rm -rf x", "exec.skip.command.syntax", "cd"},
-        {"TMPDIR=/ tool", "exec.skip.command.syntax", "TMPDIR=/"},
-        {"tool;; tool", "exec.skip.command.syntax", ";"},
+        {"rm -rf \"$TMPDIR\"/x", Reason::Code::commandVariable, "TMPDIR"},  // not given: see below
+        {"rm -rf $PATH/x", Reason::Code::commandVariable, "PATH"},
+        {"rm -rf build", Reason::Code::commandPlace, "build"},
+        {"rm -rf *", Reason::Code::commandPlace, "*"},
+        {"tool --into=/t/x", Reason::Code::commandPlace, "--into=/t/x"},
+        {"rm -rf /t/*/cache", Reason::Code::commandPlace, "/t/*/cache"},
+        {"rm -rf /t/.*", Reason::Code::commandPlace, "/t/.*"},
+        {"rm -rf /t/x/../..", Reason::Code::commandPlace, "/t/x/../.."},
+        {"echo x > /etc/passwd", Reason::Code::commandSyntax, ">"},
+        {"tool | rm -rf /t/x", Reason::Code::commandSyntax, "|"},
+        {"rm -rf $(pwd)", Reason::Code::commandSyntax, "$("},
+        {"rm -rf \"`pwd`\"", Reason::Code::commandSyntax, "`"},
+        {"rm -rf ${TMPDIR:-/}", Reason::Code::commandSyntax, "${TMPDIR:"},
+        {"rm -rf /t/x\\ y", Reason::Code::commandSyntax, "\\"},
+        {"rm -rf '/t/x", Reason::Code::commandSyntax, "'"},
+        {"rm -rf ~root/x", Reason::Code::commandSyntax, "~"},
+        {"cd /; rm -rf x", Reason::Code::commandSyntax, "cd"},
+        {"TMPDIR=/ tool", Reason::Code::commandSyntax, "TMPDIR=/"},
+        {"tool;; tool", Reason::Code::commandSyntax, ";"},
     };
     for (const auto& c : cases) {
         ShellVariables given = variables;
         if (&c == &cases[0]) given.erase("TMPDIR");
-        EXPECT_EQ(ShellCommand::read(c.line, given).refusal, L10n::t(c.key, c.detail)) << c.line;
+        EXPECT_EQ(ShellCommand::read(c.line, given).refusal, (Reason{c.code, c.subject})) << c.line;
     }
     // Unquoted, a value the shell would split or match as a pattern is no single place.
     EXPECT_EQ(ShellCommand::read("rm -rf $TMPDIR/x", {{"TMPDIR", "/t t"}}).refusal,
-              L10n::t("exec.skip.command.variable", "TMPDIR"));
+              (Reason{Reason::Code::commandVariable, "TMPDIR"}));
     EXPECT_FALSE(ShellCommand::read("rm -rf \"$TMPDIR\"/x", {{"TMPDIR", "/t t"}}).refusal);
 }
 

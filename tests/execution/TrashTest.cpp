@@ -58,7 +58,7 @@ TEST(Trash, NeverFollowsALinkNorMovesTheTrash) {
     EXPECT_TRUE(present(home / "swapped"));
     writeFile(trash / "files/old", 1);  // the trash cannot go into itself
     EXPECT_EQ(summary(executor.execute({pathTarget("t", {trash / "files"})})),
-              lines({skipped("t", "exec.skip.trashItself", "files"), "freed 0"}));
+              lines({skipped("t", Reason::Code::trashItself, "files"), "freed 0"}));
 }
 
 // On another file system the volume's own trash takes the item; where it has none the item

@@ -73,9 +73,9 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     });
     ASSERT_TRUE(run.output) << run.failure;
     EXPECT_EQ(*run.output, lines({"partial two-paths", "partial mixed",
-                                  skipped("two-paths", "exec.skip.noPermission", "second"),
-                                  skipped("mixed", "exec.skip.systemRemnant", "mixed"),
-                                  skipped("locked-only", "exec.skip.noPermission", "second"),
+                                  skipped("two-paths", Reason::Code::noPermission, "second"),
+                                  skipped("mixed", Reason::Code::systemRemnant, "mixed"),
+                                  skipped("locked-only", Reason::Code::noPermission, "second"),
                                   "freed " + std::to_string(firstBytes + ownBytes)}));
 
     EXPECT_FALSE(present(first));
@@ -125,9 +125,9 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpButNeverTheParentOfATarg
     fs::permissions(home / "cache/closed", fs::perms(0755));
     ASSERT_TRUE(run.output) << run.failure;
     // The folder's content could go (the folder is ours), the folder itself could not.
-    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", "exec.skip.noPermission", "item.log"),
-                                  skipped("folder", "exec.skip.systemRemnant", "folder"),
-                                  skipped("closed", "exec.skip.ownerUnknown", closedItem.string()),
+    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", Reason::Code::noPermission, "item.log"),
+                                  skipped("folder", Reason::Code::systemRemnant, "folder"),
+                                  skipped("closed", Reason::Code::ownerUnknown, closedItem.string()),
                                   "freed " + std::to_string(expected)}));
     EXPECT_FALSE(present(tree));
     // Only the removed tree had its bits changed.

@@ -39,11 +39,11 @@ TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
     ExecutionReport report;
     report.freedBytes = 2048;
     report.deleted = {"a"};
-    report.errors = {{"e", "failed"}};
+    report.errors = {{"e", {Reason::Code::exitStatus, "1"}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB");
     report.partial = {"b", "c"};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");
-    report.skipped = {{"d", "running"}};
+    report.skipped = {{"d", {Reason::Code::processRunning, "d"}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part · 1 skipped");
 }
 

@@ -128,27 +128,27 @@ TEST_F(SafetyGuardTest, AHomeOrTemporaryFolderAtTheRootAnchorsNothing) {
     fs::create_directory_symlink("/", root / "root-link");
     struct Case {
         path home, tmp;
-        const char* key;  // nullptr: accepted
+        std::optional<Reason::Code> code;  // nothing: accepted
     };
     const Case cases[] = {
-        {home, tmp, nullptr},
-        {"/", tmp, "exec.refuse.home"},
-        {root / "root-link", tmp, "exec.refuse.home"},
-        {"", tmp, "exec.refuse.home"},
-        {"home", tmp, "exec.refuse.home"},
-        {home, "/", "exec.refuse.tmpDir"},
-        {home, "//", "exec.refuse.tmpDir"},
-        {home, root / "root-link/.", "exec.refuse.tmpDir"},
+        {home, tmp, std::nullopt},
+        {"/", tmp, Reason::Code::homeUnanchored},
+        {root / "root-link", tmp, Reason::Code::homeUnanchored},
+        {"", tmp, Reason::Code::homeUnanchored},
+        {"home", tmp, Reason::Code::homeUnanchored},
+        {home, "/", Reason::Code::tmpDirUnanchored},
+        {home, "//", Reason::Code::tmpDirUnanchored},
+        {home, root / "root-link/.", Reason::Code::tmpDirUnanchored},
     };
     for (const auto& c : cases) {
         const auto env = environmentAt(c.home, c.tmp);
         const auto reason = SafetyGuard::refusalFor(env);
-        if (!c.key) {
+        if (!c.code) {
             EXPECT_FALSE(reason) << c.home << " " << c.tmp;
             continue;
         }
-        const bool homeRefused = std::string(c.key) == "exec.refuse.home";
-        EXPECT_EQ(reason, L10n::t(c.key, (homeRefused ? c.home : c.tmp).string())) << c.home << " " << c.tmp;
+        const bool homeRefused = c.code == Reason::Code::homeUnanchored;
+        EXPECT_EQ(reason, (Reason{*c.code, (homeRefused ? c.home : c.tmp).string()})) << c.home << " " << c.tmp;
         // A home that anchors nothing makes the guard refuse everything, even inside another root.
         if (homeRefused) {
             EXPECT_FALSE(cleanGuard(env).isDeletable(cache)) << c.home;

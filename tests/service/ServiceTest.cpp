@@ -225,7 +225,7 @@ TEST(PrepareService, CleanRemovesInsideHomeAndRefusesTheTemporaryDirectory) {
     const auto report = service.clean({inHome, outside}, false, false);
     EXPECT_EQ(report.deleted, (std::vector<std::string>{"leftover:com.gone.Editor"}));
     ASSERT_EQ(report.skipped.size(), 1u);
-    EXPECT_EQ(report.skipped[0], (ReportEntry{"leftover:com.tmp.Thing", L10n::t("exec.skip.protectedPath", inTmp.string())}));
+    EXPECT_EQ(report.skipped[0], (ReportEntry{"leftover:com.tmp.Thing", {Reason::Code::protectedPath, inTmp.string()}}));
     EXPECT_FALSE(std::filesystem::exists(leftover));
     EXPECT_TRUE(std::filesystem::exists(kept));
     EXPECT_TRUE(std::filesystem::exists(inTmp / "db"));
@@ -239,7 +239,7 @@ TEST(PrepareService, CleanUsesTheServicesProbeAndCommandRunner) {
         testing::targetOf("sim-runtime:R1", CleanKind::command("xcrun simctl runtime delete R1"), 5000, Family::simulators);
 
     const auto guarded = service.clean({runtime}, false, false);
-    EXPECT_EQ(guarded.skipped, (std::vector<ReportEntry>{{"sim-runtime:R1", L10n::t("exec.skip.processRunning", std::string("Simulator"))}}));
+    EXPECT_EQ(guarded.skipped, (std::vector<ReportEntry>{{"sim-runtime:R1", {Reason::Code::processRunning, "Simulator"}}}));
     EXPECT_TRUE(log->lines.empty());
 
     const auto forced = service.clean({runtime}, false, true);

@@ -14,9 +14,9 @@ inline AppServices stubServices(const Environment& env, std::function<std::vecto
     const auto probe = std::make_shared<StubProcessProbe>();
     const CommandRunner runner = [](const std::string& line, const ShellVariables&) { return line.ends_with(" fail") ? 1 : 0; };
     return {CleanService{env, probe, runner},
-            PrepareService{env, probe, runner, 6, utc(2025, 7, 1),
-                           std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}), std::move(runtimes),
-                           std::vector<std::filesystem::path>{}}};
+            PrepareService{.env = env, .probe = probe, .runCommand = runner, .now = utc(2025, 7, 1),
+                           .metadata = std::make_shared<StubAppMetadata>(std::map<std::string, TimePoint>{}),
+                           .simLister = std::move(runtimes), .appIndexDirs = std::vector<std::filesystem::path>{}}};
 }
 
 }  // namespace kelvo::testing

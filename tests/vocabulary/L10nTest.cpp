@@ -45,7 +45,7 @@ TEST(L10nLookup, PluralChoosesTheSingularForOneOnlyAndAMissingKeyShowsTheKey) {
     EXPECT_EQ(L10n::plural("cli.report.deleted", 1, std::int64_t{1}), L10n::t("cli.report.deleted", std::int64_t{1}));
     EXPECT_EQ(L10n::t("no.such.key"), "no.such.key");
     EXPECT_EQ(L10n::t("no.such.key", std::string("argument")), "no.such.key");
-    const std::string filled = L10n::t("exec.error.exitCode", std::int64_t{127});
+    const std::string filled = L10n::t("scan.note.andMore", std::string("x"), std::int64_t{127});
     EXPECT_NE(filled.find("127"), std::string::npos) << filled;
     EXPECT_EQ(filled.find('%'), std::string::npos) << filled;
 }

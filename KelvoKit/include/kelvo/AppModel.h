@@ -12,7 +12,8 @@
 // of the services; its result comes back as a closure posted through the dispatcher the
 // model was given, and only that closure changes published fields. A completion passed
 // to an asynchronous operation runs on the user-interface thread after the model has
-// published. A model destroyed before its work returns drops the results.
+// published. A model destroyed before its work returns drops the results: it asks a running
+// scan to stop and waits for its work to end (a clean runs to its end).
 //
 // At most one scan task is kept: startScan cancels the previous one first. A cancelled
 // scan publishes nothing but the phase (idle, unless a newer scan has taken over) and its
@@ -62,14 +63,15 @@ struct AppServices {
 // What the model takes from its surroundings besides its services. Each member left out
 // is the live one.
 struct AppModelDependencies {
-    // Runs work off the user-interface thread: live, a new thread for each operation.
-    Dispatcher inBackground = &AppModelDependencies::onNewThread;
+    // Runs work off the user-interface thread: live, a new thread for each operation, owned
+    // by the dispatcher and joined when its last copy (the model's) goes.
+    Dispatcher inBackground = ownThreads();
     // The environment a reload reads: live, Environment::live().
     std::function<Environment()> loadEnvironment = [] { return Environment::live(); };
     std::function<AppServices(const Environment&)> makeServices = &AppServices::live;
     std::function<std::optional<DiskSpace>(const std::filesystem::path&)> measureDisk = &DiskSpace::current;
 
-    static void onNewThread(Closure work);
+    static Dispatcher ownThreads();
 };
 
 class AppModel {
@@ -133,8 +135,8 @@ public:
     // family list (every family) for nothing, then reloads. Project folders, when given and
     // not empty, are stored as typed, replacing the file's. Returns why the save failed
     // (Config::saveFailureText tells the user); nothing is reloaded then.
-    std::error_code completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies,
-                                       const std::vector<std::string>& projectRoots = {});
+    [[nodiscard]] std::error_code completeOnboarding(const std::optional<std::set<Family>>& enabledFamilies,
+                                                     const std::vector<std::string>& projectRoots = {});
     // The families the clean service finds on this machine, passed to done. With project
     // folders given (as typed) the scan walks them instead of the configured or found ones;
     // on the Linux profile, whenever the scan has a project folder that exists, the project

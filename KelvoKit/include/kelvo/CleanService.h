@@ -31,18 +31,18 @@ struct CleanService {
     CleanerList enabledCleaners() const;
     // Unsorted targets, none that guard() refuses, and the notes: the catalog's (what it
     // left out and why), then the scan's. Nothing when the scan was stopped.
-    std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
+    [[nodiscard]] std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
     // The families that have targets guard() allows in a scan of the whole catalog,
     // enabled or not.
-    std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
+    [[nodiscard]] std::optional<std::set<Family>> detectFamilies(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
     // The same service with its scan narrowed to the families (an empty set changes
     // nothing). A clean that names ids is not narrowed: an id may name a target of any family.
     CleanService narrowedTo(const std::set<Family>& families, const std::vector<std::string>& ids = {}) const;
-    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
-    // environment gives a reason, every target is skipped with it and nothing is looked at.
-    // With toTrash, path targets go into the desktop trash of the environment's data home.
-    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash = false) const;
+    // cleanThrough this service (kelvo/DomainService.h); with toTrash, path targets go into
+    // the desktop trash of the environment's data home.
+    [[nodiscard]] ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force,
+                                        bool toTrash = false) const;
 };
 
 }  // namespace kelvo

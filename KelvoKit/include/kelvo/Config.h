@@ -42,7 +42,7 @@ struct Config {
     static Loaded load(const std::filesystem::path& home);
     // Creates ~/.config/kelvo as needed and replaces the file whole or not at all (a crash or
     // a full disk leaves the old file); refuses anything but a regular file in its place.
-    std::error_code save(const std::filesystem::path& home) const;
+    [[nodiscard]] std::error_code save(const std::filesystem::path& home) const;
     // Why a save failed, localised, naming the file: for the front ends to show.
     static std::string saveFailureText(const std::filesystem::path& home, std::error_code error);
 

@@ -1,16 +1,19 @@
 #pragma once
-// The result of one clean run. Reasons and messages are final localised text.
+// The result of one clean run. Why a target was skipped or failed is a Reason, made into
+// text by whoever shows the report.
 // An id is at most once in deleted, partial and freedUnknown; never in both deleted and
 // partial; in freedUnknown only together with deleted; possibly several times in skipped.
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "kelvo/Reason.h"
+
 namespace kelvo {
 
 struct ReportEntry {
     std::string id;
-    std::string text;
+    Reason reason;
     friend bool operator==(const ReportEntry&, const ReportEntry&) = default;
 };
 
@@ -21,8 +24,8 @@ struct ExecutionReport {
     std::vector<std::string> deleted;       // done completely
     std::vector<std::string> partial;       // path targets of which some but not all went
     std::vector<std::string> freedUnknown;  // done, freed size unknown (successful commands)
-    std::vector<ReportEntry> skipped;       // left untouched, with the reason
-    std::vector<ReportEntry> errors;        // failed, with the message
+    std::vector<ReportEntry> skipped;       // left untouched, with why
+    std::vector<ReportEntry> errors;        // failed, with why
 };
 
 }  // namespace kelvo

@@ -70,9 +70,9 @@ struct Executor {
     // Set: path targets go into the desktop trash; this is the home trash ($XDG_DATA_HOME/Trash).
     std::optional<std::filesystem::path> homeTrash;
 
-    ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
+    [[nodiscard]] ExecutionReport execute(const std::vector<CleanTarget>& targets) const;
     // Every target skipped with the same reason, nothing looked at: a run that must not start.
-    static ExecutionReport refusingAll(const std::vector<CleanTarget>& targets, const std::string& reason);
+    [[nodiscard]] static ExecutionReport refusingAll(const std::vector<CleanTarget>& targets, const Reason& reason);
 
     // Runs the line through /bin/sh -c with this process's streams and environment, the
     // variables set over it, and waits for it; -1 when it cannot start.
@@ -80,24 +80,24 @@ struct Executor {
     // Removes what it can of a file, link or tree, adding the owner's permission bits where
     // they block and going on past what cannot be removed. With a pool, the measuring and
     // the removal are spread over it; without, both run on the calling thread.
-    static RemovalOutcome removeResiliently(const std::filesystem::path& path, WorkerPool* pool = nullptr);
+    [[nodiscard]] static RemovalOutcome removeResiliently(const std::filesystem::path& path, WorkerPool* pool = nullptr);
     // Removes a file, link (as a link) or whole tree; when a permission error blocks, adds
     // the owner's bits to the directories involved and tries once more. Nothing when the
     // item is gone, else the first error met (ENOENT when nothing was there).
-    static std::error_code removeItemMakingWritable(const std::filesystem::path& path, WorkerPool* pool = nullptr);
+    [[nodiscard]] static std::error_code removeItemMakingWritable(const std::filesystem::path& path, WorkerPool* pool = nullptr);
 
-    // The checks behind execute; each gives the localised reason for refusing, or nothing.
+    // The checks behind execute; each gives the reason for refusing, or nothing.
     // The path of a running ".app" bundle among the target's paths (none for commands).
-    std::optional<std::string> runningBundle(const CleanTarget& target) const;
+    [[nodiscard]] std::optional<std::string> runningBundle(const CleanTarget& target) const;
     // Why a target of appLeftovers or unusedApps touches a protected application.
-    std::optional<std::string> protectedAppReason(const CleanTarget& target) const;
+    [[nodiscard]] std::optional<Reason> protectedAppReason(const CleanTarget& target) const;
     // The path is itself a link, its parent chain holds a link, the resolved path is refused
     // by the guard, or the item belongs to another user (kelvo/RemovalChecks.h).
-    std::optional<std::string> unsafeToDeleteReason(const std::filesystem::path& path) const;
+    [[nodiscard]] std::optional<Reason> unsafeToDeleteReason(const std::filesystem::path& path) const;
     // The guard's decision, then unsafeToDeleteReason: what every path of a target passes.
-    std::optional<std::string> pathRefusal(const std::filesystem::path& path) const;
+    [[nodiscard]] std::optional<Reason> pathRefusal(const std::filesystem::path& path) const;
     // A place the command names is refused, or the line cannot be read (kelvo/ShellCommand.h).
-    std::optional<std::string> commandRefusal(const std::string& commandLine) const;
+    [[nodiscard]] std::optional<Reason> commandRefusal(const std::string& commandLine) const;
 };
 
 }  // namespace kelvo

@@ -43,12 +43,12 @@ struct PrepareService {
     CleanerList preparers() const;
     // Unsorted, unselected targets, none that guard() refuses, with the scan's notes;
     // nothing when the scan was stopped.
-    std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
+    [[nodiscard]] std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
-    // Commands run with the environment's HOME and TMPDIR. When SafetyGuard::refusalFor the
-    // environment gives a reason, every target is skipped with it and nothing is looked at.
-    // With toTrash, path targets go into the desktop trash of the environment's data home.
-    ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force, bool toTrash = false) const;
+    // cleanThrough this service (kelvo/DomainService.h); with toTrash, path targets go into
+    // the desktop trash of the environment's data home.
+    [[nodiscard]] ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force,
+                                        bool toTrash = false) const;
 };
 
 }  // namespace kelvo

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "kelvo/Environment.h"
+#include "kelvo/Reason.h"
 
 namespace kelvo {
 
@@ -41,7 +42,7 @@ struct SafetyGuard {
     // removed in between. A removal asks the guard itself, which normalises afresh.
     class Settled {
     public:
-        std::optional<Refusal> refusal(const std::filesystem::path& path) const;
+        [[nodiscard]] std::optional<Refusal> refusal(const std::filesystem::path& path) const;
 
     private:
         friend struct SafetyGuard;
@@ -57,9 +58,9 @@ struct SafetyGuard {
     std::vector<std::filesystem::path> protectedPaths;
     std::vector<std::filesystem::path> extraExclusions;  // treated exactly like protectedPaths
 
-    bool isDeletable(const std::filesystem::path& path) const { return !refusal(path); }
+    [[nodiscard]] bool isDeletable(const std::filesystem::path& path) const { return !refusal(path); }
     // Nothing when the path is deletable.
-    std::optional<Refusal> refusal(const std::filesystem::path& path) const { return settled().refusal(path); }
+    [[nodiscard]] std::optional<Refusal> refusal(const std::filesystem::path& path) const { return settled().refusal(path); }
     Settled settled() const;
     // The normal form every comparison uses: links resolved as far as the path exists (the
     // rest kept as written), then standardised; a relative path is taken from the current
@@ -67,10 +68,10 @@ struct SafetyGuard {
     static std::string normalForm(const std::filesystem::path& path);
     // Whether removals may be anchored at the folder: it is absolute and does not resolve to "/".
     static bool anchorsRemoval(const std::filesystem::path& folder);
-    // Why nothing may be removed in this environment (localised): its home or temporary folder
+    // Why nothing may be removed in this environment: its home or temporary folder
     // anchors no removal (an unresolvable home is taken as "/", see Environment::liveHome).
     // Nothing when both can.
-    static std::optional<std::string> refusalFor(const Environment& env);
+    [[nodiscard]] static std::optional<Reason> refusalFor(const Environment& env);
 };
 
 }  // namespace kelvo

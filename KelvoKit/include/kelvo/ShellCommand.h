@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "kelvo/Environment.h"
+#include "kelvo/Reason.h"
 
 namespace kelvo {
 
@@ -31,9 +32,9 @@ struct ShellCommand {
     };
 
     std::vector<Place> places;  // in the order the line names them
-    std::optional<std::string> refusal;  // localised: why the line cannot be read; places are then incomplete
+    std::optional<Reason> refusal;  // why the line cannot be read; places are then incomplete
 
-    static ShellCommand read(const std::string& line, const ShellVariables& variables);
+    [[nodiscard]] static ShellCommand read(const std::string& line, const ShellVariables& variables);
     // The text as one shell word: as it is when it holds only letters, digits, ".", "_" and
     // "-", else single-quoted, so that no text taken from outside can add a second
     // command to a line.
