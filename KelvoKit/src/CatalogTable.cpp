@@ -37,6 +37,12 @@ constexpr Entry path(std::string_view id, Family family, Level level, RegenCost 
 constexpr Entry path(std::string_view id, Family family, Level level, RegenCost cost, Placement both) {
     return path(id, family, level, cost, both, both);
 }
+constexpr Entry pathUnlessFound(std::string_view program, std::string_view id, Family family, Level level,
+                                RegenCost cost, Placement macos, Placement gnuLinux, Runs guards) {
+    Entry entry = path(id, family, level, cost, macos, gnuLinux, guards);
+    entry.unlessFound = program;
+    return entry;
+}
 constexpr Entry versioned(std::string_view id, Family family, Level level, RegenCost cost, std::string_view prefixes,
                           Placement macos, Placement gnuLinux) {
     return {id, Kind::versioned, family, level, cost, prefixes, {}, macos, gnuLinux};
@@ -87,7 +93,8 @@ constexpr std::array table{
 
     path("gradle-caches", F::androidGradle, moderate, redownload, {"~/.gradle/caches"},
          {"$GRADLE_USER_HOME/caches > ~/.gradle/caches", "modules-2|journal-1"}),
-    // On Linux the wrapper's distributions are weighed one by one with the old runtimes (prepare).
+    // On Linux the wrapper's distributions, Gradle's and Maven's, are weighed one by one with
+    // the old runtimes (prepare).
     path("gradle-wrapper", F::androidGradle, moderate, redownload, {"~/.gradle/wrapper/dists"}, nowhere),
     path("gradle-daemon", F::androidGradle, safe, rebuild, {"~/.gradle/daemon"},
          {"$GRADLE_USER_HOME/daemon > ~/.gradle/daemon"}),
@@ -95,7 +102,6 @@ constexpr std::array table{
     path("android-cache", F::androidGradle, safe, rebuild, {"~/.android/cache"}),
     path("android-build-cache", F::androidGradle, safe, rebuild, {"~/.android/build-cache"}),
     path("maven-repo", F::androidGradle, moderate, redownload, {"~/.m2/repository"}),
-    path("maven-wrapper", F::androidGradle, moderate, redownload, nowhere, {"~/.m2/wrapper/dists"}),
     path("konan", F::androidGradle, aggressive, redownload, {"~/.konan"}, {"$KONAN_DATA_DIR > ~/.konan"}),
     versioned("android-ndk", F::androidGradle, aggressive, redownload, {}, {"~/Library/Android/sdk/ndk"},
               {"$ANDROID_HOME/ndk > ~/Android/Sdk/ndk", "source.properties"}),
@@ -111,9 +117,13 @@ constexpr std::array table{
     path("yarn-berry-cache", F::jsPackages, safe, redownload, nowhere,
          {"$YARN_GLOBAL_FOLDER/cache > ~/.yarn/berry/cache"}, yarnRuns),
     command("bun-cache", F::jsPackages, safe, redownload, "bun pm cache rm"),
-    // The store is hard-linked into every project's node_modules: only pnpm may prune it.
+    // The store is hard-linked into every project's node_modules: while pnpm is there, only
+    // it may prune it. Without pnpm nothing will link from the store again, and removing it
+    // frees what no project links to (the sizer counts only that): it goes by path.
     command("pnpm-store-prune", F::jsPackages, moderate, redownload, "pnpm store prune", On::both,
             Reversibility::regenerable, pnpmRuns),
+    pathUnlessFound("pnpm", "pnpm-store", F::jsPackages, moderate, redownload, nowhere,
+                    {"$PNPM_HOME/store > @data/pnpm/store", "v3|v10"}, pnpmRuns),
     path("pnpm-metadata-cache", F::jsPackages, safe, redownload, nowhere, {"@cache/pnpm"}, pnpmRuns),
 
     path("homebrew-cache", F::devMisc, safe, redownload, {"~/Library/Caches/Homebrew"},
@@ -158,7 +168,10 @@ constexpr std::array table{
     path("huggingface-cache", F::devMisc, aggressive, redownload, {"~/.cache/huggingface/hub"},
          {"$HF_HOME/hub > @cache/huggingface/hub"}),
 
-    versioned("jetbrains-caches", F::general, safe, rebuild, {}, {"~/Library/Caches/JetBrains"}, {"@cache/JetBrains"}),
+    // On Linux the caches and logs of each IDE version are weighed with the old runtimes
+    // (prepare), which offers every version but the newest of each product; the newest is the
+    // IDE in use, whose indexes only the IDE itself may drop (File | Invalidate Caches).
+    versioned("jetbrains-caches", F::general, safe, rebuild, {}, {"~/Library/Caches/JetBrains"}, nowhere),
     versioned("androidstudio-caches", F::general, safe, rebuild, "AndroidStudio", {"~/Library/Caches/Google"},
               {"@cache/Google"}),
     path("vscode-caches", F::general, safe, rebuild,

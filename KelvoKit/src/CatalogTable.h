@@ -58,6 +58,9 @@ struct Entry {
     std::string_view guards = {};
     Placement macos;
     Placement gnuLinux;
+    // A path entry offered only while this program is not found: found, its own command
+    // entry covers the same places.
+    std::string_view unlessFound = {};
 
     constexpr const Placement& on(CatalogProfile profile) const {
         return profile == CatalogProfile::macos ? macos : gnuLinux;

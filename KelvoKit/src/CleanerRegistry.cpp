@@ -183,7 +183,7 @@ public:
         cleaners_.push_back(std::make_shared<PathCleaner>(id, std::move(name), entry.family, "/",
                                                           std::move(relativePaths), entry.level,
                                                           placement.reversibility, entry.cost, std::move(marks),
-                                                          std::move(guards)));
+                                                          std::move(guards), std::string(entry.unlessFound)));
     }
     void add(std::shared_ptr<const Cleaner> cleaner) { cleaners_.push_back(std::move(cleaner)); }
 

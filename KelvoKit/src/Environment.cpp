@@ -151,7 +151,7 @@ const std::vector<std::string>& Environment::locationVariableNames() {
     static const std::vector<std::string> names{
         "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME",
         // JavaScript
-        "npm_config_cache", "NPM_CONFIG_CACHE", "YARN_CACHE_FOLDER", "YARN_GLOBAL_FOLDER", "DENO_DIR",
+        "npm_config_cache", "NPM_CONFIG_CACHE", "YARN_CACHE_FOLDER", "YARN_GLOBAL_FOLDER", "DENO_DIR", "PNPM_HOME",
         "CYPRESS_CACHE_FOLDER", "ELECTRON_CACHE", "ELECTRON_BUILDER_CACHE", "COREPACK_HOME",
         // Python
         "PIP_CACHE_DIR", "PIPX_HOME", "UV_CACHE_DIR", "POETRY_CACHE_DIR", "PIPENV_CACHE_DIR",
@@ -161,10 +161,10 @@ const std::vector<std::string>& Environment::locationVariableNames() {
         "HELM_CACHE_HOME", "TF_PLUGIN_CACHE_DIR", "VAGRANT_HOME", "GEM_HOME", "BUNDLE_USER_CACHE", "COMPOSER_CACHE_DIR",
         "COMPOSER_HOME", "STACK_ROOT", "ZIG_GLOBAL_CACHE_DIR", "PUB_CACHE",
         // JVM, Android, .NET, game engines
-        "GRADLE_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
+        "GRADLE_USER_HOME", "MAVEN_USER_HOME", "ANDROID_HOME", "KONAN_DATA_DIR", "COURSIER_CACHE", "NUGET_PACKAGES", "UPM_CACHE_ROOT",
         // Version managers
         "PYENV_ROOT", "RBENV_ROOT", "GOENV_ROOT", "NVM_DIR", "FNM_DIR", "UV_PYTHON_INSTALL_DIR", "ASDF_DATA_DIR",
-        "SDKMAN_DIR",
+        "SDKMAN_DIR", "MISE_DATA_DIR", "MISE_CONFIG_DIR", "MISE_GLOBAL_CONFIG_FILE",
         // Flatpak installations
         "FLATPAK_USER_DIR", "FLATPAK_SYSTEM_DIR", "FLATPAK_CONFIG_DIR",
     };

@@ -7,14 +7,18 @@ namespace kelvo {
 
 PathCleaner::PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                          std::vector<std::string> relativePaths, Level level, Reversibility reversibility,
-                         RegenCost regenCost, PlaceMarks::Marks marks, std::vector<std::string> guardedProcesses)
+                         RegenCost regenCost, PlaceMarks::Marks marks, std::vector<std::string> guardedProcesses,
+                         std::string unlessFound, CommandCleaner::ToolCheck toolAvailable)
     : CatalogCleaner(std::move(id), std::move(name), family, level, reversibility, regenCost,
                      std::move(guardedProcesses)),
       home_(std::move(home)),
       relativePaths_(std::move(relativePaths)),
-      marks_(std::move(marks)) {}
+      marks_(std::move(marks)),
+      unlessFound_(std::move(unlessFound)),
+      toolAvailable_(toolAvailable ? std::move(toolAvailable) : CommandCleaner::ToolCheck(&CommandCleaner::which)) {}
 
 std::vector<CleanTarget> PathCleaner::scan(const ScanContext& context) const {
+    if (!unlessFound_.empty() && toolAvailable_(unlessFound_)) return {};
     std::vector<std::filesystem::path> present;
     for (const auto& relative : relativePaths_) {
         auto candidate = Paths::appending(home_, relative);

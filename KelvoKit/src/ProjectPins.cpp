@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
 #include <string_view>
 
@@ -40,7 +41,12 @@ std::string venvHome(const std::string& config) {
 
 class Walk {
 public:
-    Walk(const std::set<std::string>& names, std::stop_token stop) : names_(names), stop_(std::move(stop)) {}
+    Walk(const std::set<std::string>& names, std::stop_token stop, int maxDepth)
+        : names_(names), stop_(std::move(stop)), maxDepth_(maxDepth) {
+        for (const auto& name : names_)
+            if (const auto slash = name.find('/'); slash != std::string::npos)
+                nested_.emplace(name.substr(0, slash), name);
+    }
 
     void folder(const std::filesystem::path& path, int depth) {
         if (stop_.stop_requested()) return;
@@ -63,12 +69,16 @@ public:
         for (const auto& entry : *entries) {
             const auto type = entry.type ? entry.type : std::optional(platform::EntryType::other);
             if (names_.contains(entry.name) && type != platform::EntryType::directory) {
-                const auto text = platform::readRegularFile(path / entry.name, pinFileLimit);
-                // A dangling link pins nothing; anything else unreadable may pin anything.
-                if (text || platform::exists(path / entry.name)) result_.pins.push_back({path / entry.name, text});
+                pin(path, entry.name);
                 continue;
             }
-            if (depth >= ProjectPins::maxDepth || !isFolder(path / entry.name, entry.type)) continue;
+            // Below a folder that cannot be searched, the pin may or may not be there.
+            for (auto [nested, end] = nested_.equal_range(entry.name); nested != end; ++nested) {
+                const auto present = platform::isPresent(path / nested->second);
+                if (present == true) pin(path, nested->second);
+                else if (!present) result_.pins.push_back({path / nested->second, nested->second, std::nullopt});
+            }
+            if (depth >= maxDepth_ || !isFolder(path / entry.name, entry.type)) continue;
             if (entry.name.starts_with('.') && entry.name != ".venv") continue;
             if (std::find(passedOver.begin(), passedOver.end(), entry.name) != passedOver.end()) continue;
             folder(path / entry.name, depth + 1);
@@ -78,6 +88,12 @@ public:
     ProjectPins take() { return std::move(result_); }
 
 private:
+    void pin(const std::filesystem::path& folder, const std::string& name) {
+        const auto text = platform::readRegularFile(folder / name, pinFileLimit);
+        // A dangling link pins nothing; anything else unreadable may pin anything.
+        if (text || platform::exists(folder / name)) result_.pins.push_back({folder / name, name, text});
+    }
+
     static bool isFolder(const std::filesystem::path& path, std::optional<platform::EntryType> type) {
         if (type) return *type == platform::EntryType::directory;
         // Unknown type (some file systems record none): ask the item itself, links not followed.
@@ -85,15 +101,17 @@ private:
     }
 
     const std::set<std::string>& names_;
+    std::multimap<std::string, std::string> nested_;  // first folder -> the pin names below it
     std::stop_token stop_;
+    int maxDepth_;
     ProjectPins result_;
 };
 
 }  // namespace
 
 ProjectPins ProjectPins::read(const std::vector<std::filesystem::path>& roots, const std::set<std::string>& pinNames,
-                              std::stop_token stop) {
-    Walk walk(pinNames, std::move(stop));
+                              std::stop_token stop, int maxDepth) {
+    Walk walk(pinNames, std::move(stop), maxDepth);
     for (const auto& root : roots) {
         // A root that does not exist holds no project; one that exists but cannot be read may.
         if (platform::isPresent(root) == false) continue;

@@ -248,12 +248,12 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
         }
     }
     EXPECT_FALSE(ids.contains("pip-cache"));
-    EXPECT_FALSE(ids.contains("jetbrains-caches"));
+    EXPECT_FALSE(ids.contains("ccache"));
     // Entries with places elsewhere keep those: thumbnails also looks in ~/.thumbnails.
     EXPECT_EQ(placesById(env).at("thumbnails"), std::vector<fs::path>{"/home/dev/.thumbnails"});
     ASSERT_EQ(built.notes.size(), 3u);
     const std::vector<std::pair<std::string, std::string>> mentioned{
-        {"GEM_HOME", "rubygems"}, {"PIP_CACHE_DIR", "pip-cache"}, {"XDG_CACHE_HOME", "jetbrains-caches"}};
+        {"GEM_HOME", "rubygems"}, {"PIP_CACHE_DIR", "pip-cache"}, {"XDG_CACHE_HOME", "ccache"}};
     for (std::size_t index = 0; index < mentioned.size(); ++index) {
         EXPECT_NE(built.notes[index].find(mentioned[index].first), std::string::npos) << built.notes[index];
         EXPECT_NE(built.notes[index].find(mentioned[index].second), std::string::npos) << built.notes[index];

@@ -10,11 +10,14 @@
 // left out too: a folder of the user's is never offered for its name alone.
 // Unreadable parts make the size a lower bound and the target carries the partial-size
 // note. A scan whose stop was requested yields nothing, since its sizes are incomplete.
+// Given unlessFound, a program, there is no target while that program is found (the check
+// is CommandCleaner's, made on every scan): the tool's own command then takes the places' turn.
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "kelvo/CatalogCleaner.h"
+#include "kelvo/CommandCleaner.h"
 #include "kelvo/PlaceMarks.h"
 
 namespace kelvo {
@@ -23,7 +26,8 @@ class PathCleaner final : public CatalogCleaner {
 public:
     PathCleaner(std::string id, std::string name, Family family, std::filesystem::path home,
                 std::vector<std::string> relativePaths, Level level, Reversibility reversibility, RegenCost regenCost,
-                PlaceMarks::Marks marks = {}, std::vector<std::string> guardedProcesses = {});
+                PlaceMarks::Marks marks = {}, std::vector<std::string> guardedProcesses = {},
+                std::string unlessFound = {}, CommandCleaner::ToolCheck toolAvailable = {});
 
     std::vector<CleanTarget> scan(const ScanContext& context) const override;
     using Cleaner::scan;
@@ -38,6 +42,8 @@ private:
     std::filesystem::path home_;
     std::vector<std::string> relativePaths_;
     PlaceMarks::Marks marks_;
+    std::string unlessFound_;
+    CommandCleaner::ToolCheck toolAvailable_;
 };
 
 }  // namespace kelvo

@@ -20,6 +20,7 @@ namespace kelvo {
 struct ProjectPins {
     struct Pin {
         std::filesystem::path file;
+        std::string name;                 // the pin name it was found by: a file name, or a path below a folder
         std::optional<std::string> text;  // nothing: the file cannot be read, so it may pin anything
     };
 
@@ -28,8 +29,11 @@ struct ProjectPins {
     std::vector<std::filesystem::path> unreadable;  // folders and virtual environments: they may hold any pin
 
     static constexpr int maxDepth = 8;
+    // A pin name holding "/" (".mise/config.toml") is a path below a folder of the walk: it is
+    // read even where it lies in a folder the walk passes over. maxDepth 0 reads the roots' own
+    // pins only.
     static ProjectPins read(const std::vector<std::filesystem::path>& roots, const std::set<std::string>& pinNames,
-                            std::stop_token stop = {});
+                            std::stop_token stop = {}, int maxDepth = ProjectPins::maxDepth);
 };
 
 }  // namespace kelvo
