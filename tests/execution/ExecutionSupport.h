@@ -3,29 +3,19 @@
 // home and temporary folder of the test's own, target builders, a command runner that
 // records what it was asked, the whole report as text for one comparison, and a run as the
 // unprivileged user 65534 (root ignores permission bits) with that text passed back.
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
+#include <gtest/gtest.h>
 
-#include "kelvo/CleanTarget.h"
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
+#include "kelvo/L10n.h"
+#include "support/AppBundle.h"
+#include "support/ServiceGuards.h"
+#include "support/TempDir.h"
 #include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 
 constexpr unsigned nobodyId = 65534;
-
-// No process runs unless named; commands answer 0 unless a runner is given.
-Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
-                     std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
-                     CommandFunction runner = {});
-
-CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths, Family family = Family::devMisc,
-                       std::int64_t sizeBytes = 0);
-CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes = 0);
 
 // Answers with a fixed status and remembers every command line it was given, with the
 // variables it was to run with.
@@ -40,23 +30,80 @@ struct RecordingRunner {
     }
 };
 
+// No process runs unless named; commands answer 0 unless a runner is given.
+inline Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
+                            std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
+                            CommandFunction runner = {}) {
+    return {.safety = cleanGuard(environmentAt(home, tmp)),
+            .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
+            .runCommand = runner ? std::move(runner) : CommandFunction(RecordingRunner{})};
+}
+
+inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths,
+                              Family family = Family::devMisc, std::int64_t sizeBytes = 0) {
+    return {.id = id, .name = id, .family = family, .kind = CleanKind::paths(std::move(paths)), .sizeBytes = sizeBytes};
+}
+
+inline CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes = 0) {
+    return {.id = id, .name = id, .kind = CleanKind::command(commandLine), .sizeBytes = sizeBytes};
+}
+
 // Writes a bundle's Contents/Info.plist with the given identifier and executable name.
-void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable);
+inline void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable) {
+    writeInfoPlist(bundle, {{"CFBundleIdentifier", bundleID}, {"CFBundleExecutable", executable}});
+    writeFile(bundle / "Contents/MacOS" / executable, 4096);
+}
 
 // Whether anything, a dangling link included, is at the location.
-bool present(const std::filesystem::path& location);
+inline bool present(const std::filesystem::path& location) {
+    std::error_code error;
+    return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
+}
 
-// The whole report, one line per entry in its order: "deleted id", "partial id",
-// "unknown id", "skipped id: why", "error id: why", then "freed N"; why is the reason's
-// key and subject, so that a comparison never depends on a sentence.
-std::string summary(const ExecutionReport& report);
-// The line of a target skipped, or failed, for the reason.
-std::string skipped(const std::string& id, Reason::Code code, const std::string& subject);
-std::string failed(const std::string& id, Reason::Code code, const std::string& subject = {});
-// The lines a test expects, joined the same way.
-std::string lines(const std::vector<std::string>& expected);
+// The line of a target skipped, or failed, for the reason: the reason's key and subject, so
+// that a comparison never depends on a sentence.
+inline std::string skipped(const std::string& id, Reason::Code code, const std::string& subject, const char* as = "skipped ") {
+    return as + id + ": " + std::string(Reason::key(code)) + " " + subject;
+}
+inline std::string failed(const std::string& id, Reason::Code code, const std::string& subject = {}) {
+    return skipped(id, code, subject, "error ");
+}
+
+// The lines a test expects, joined one per line.
+inline std::string lines(const std::vector<std::string>& expected) {
+    std::string text;
+    for (const auto& line : expected) text += line + "\n";
+    return text;
+}
+
+// The whole report in its order: "deleted id", "partial id", "unknown id", the skipped and
+// failed lines, then "freed N".
+inline std::string summary(const ExecutionReport& report) {
+    std::vector<std::string> out;
+    for (const auto& [prefix, ids] : {std::pair{"deleted ", &report.deleted}, {"partial ", &report.partial},
+                                      {"unknown ", &report.freedUnknown}})
+        for (const auto& id : *ids) out.push_back(prefix + id);
+    for (const auto& entry : report.skipped) out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject));
+    for (const auto& entry : report.errors) out.push_back(failed(entry.id, entry.reason.code, entry.reason.subject));
+    out.push_back("freed " + std::to_string(report.freedBytes));
+    return lines(out);
+}
 
 // Runs `work` as uid/gid 65534 (runAsUnprivileged) and hands back the summary of its report.
-UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work);
+inline UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work) {
+    L10n::bundle();  // loaded before the fork: the child may not be allowed to read the texts
+    return runAsUnprivileged([&] { return summary(work()); }, nobodyId);
+}
+
+// A home and a temporary folder as allowed roots, and a folder outside both.
+struct ExecutionTest : ::testing::Test {
+    Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
+                      CommandFunction runner = {}) const {
+        return executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
+    }
+    TempDir root;
+    std::filesystem::path home = makeDirectory(root / "home"), tmp = makeDirectory(root / "tmp"),
+                          outside = makeDirectory(root / "outside");
+};
 
 }  // namespace kelvo::testing

@@ -1,79 +1,37 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <map>
 
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
-#include "kelvo/Executor.h"
-#include "kelvo/L10n.h"
 #include "support/DeepTree.h"
-#include "support/TempDir.h"
 
-namespace kelvo {
+namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using testing::commandTarget;
-using testing::failed;
-using testing::lines;
-using testing::makeDirectory;
-using testing::pathTarget;
-using testing::skipped;
-using testing::present;
-using testing::RecordingRunner;
-using testing::summary;
-using testing::writeFile;
-
-// A home and a temporary folder as allowed roots, and a folder outside both.
-class ExecutorTest : public ::testing::Test {
-protected:
-    ExecutorTest()
-        : home(makeDirectory(root / "home")), tmp(makeDirectory(root / "tmp")), outside(makeDirectory(root / "outside")) {}
-
-    Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
-                      CommandFunction runner = {}) const {
-        return testing::executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
-    }
-
-    testing::TempDir root;
-    path home;
-    path tmp;
-    path outside;
-};
+using enum Reason::Code;
+using ExecutorTest = ExecutionTest;
 
 TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedNames) {
     const path docker = writeFile(home / "docker-data/vms/disk.img", 8192).parent_path();
     const path gradle = writeFile(home / ".gradle/caches/modules/a.jar", 100).parent_path().parent_path();
-    const path bundle = home / "Applications/Foo.app";
-    testing::writeAppBundle(bundle, "com.acme.foo", "FooBin");
-    const path macOS = bundle / "Contents/MacOS";
+    const path bundle = home / "Applications/Foo.app", macOS = bundle / "Contents/MacOS";
+    writeAppBundle(bundle, "com.acme.foo", "FooBin");
     const auto dockerTarget = pathTarget("docker-vms", {docker}, Family::docker);
     const auto gradleTarget = pathTarget("gradle", {gradle}, Family::androidGradle);
     const auto app = pathTarget("app:foo", {home / "Library/Caches/none", bundle}, Family::unusedApps);
-    struct Case {
-        std::vector<std::string> running, fragments;
-        bool force;
-        CleanTarget target;
-        std::string outcome;  // the report's first line
-    };
-    const std::string appRunning = skipped("app:foo", Reason::Code::appRunning, bundle.string());
-    const Case cases[] = {
-        {{"Docker"}, {}, false, dockerTarget, skipped("docker-vms", Reason::Code::processRunning, "Docker")},
+    const std::string busy = skipped("app:foo", appRunning, bundle.string());
+    const struct { std::vector<std::string> running, fragments; bool force; CleanTarget target; std::string first; } cases[] = {
+        {{"Docker"}, {}, false, dockerTarget, skipped("docker-vms", processRunning, "Docker")},
         // Guarded names are asked in their list's order.
-        {{"java"}, {}, false, gradleTarget, skipped("gradle", Reason::Code::processRunning, "java")},
-        {{"java", "qemu-system-aarch64"}, {}, false, gradleTarget,
-         skipped("gradle", Reason::Code::processRunning, "qemu-system-aarch64")},
-        {{"java", "studio", "qemu-system-x86_64"}, {}, false, gradleTarget,
-         skipped("gradle", Reason::Code::processRunning, "studio")},
-        // A running bundle is found by its name, its executable or a command line inside it; force
-        // does not override it.
-        {{"Foo"}, {}, false, app, appRunning},
-        {{"FooBin"}, {}, false, app, appRunning},
-        {{}, {macOS.string()}, false, app, appRunning},
-        {{}, {(macOS / "FooBin").string() + " --flag"}, true, app, appRunning},
-        {{"Foo"}, {}, true, app, appRunning},
+        {{"java"}, {}, false, gradleTarget, skipped("gradle", processRunning, "java")},
+        {{"java", "qemu-system-aarch64"}, {}, false, gradleTarget, skipped("gradle", processRunning, "qemu-system-aarch64")},
+        {{"java", "studio", "qemu-system-x86_64"}, {}, false, gradleTarget, skipped("gradle", processRunning, "studio")},
+        // A running bundle is found by its name, its executable or a command line inside it;
+        // force does not override it.
+        {{"Foo"}, {}, false, app, busy}, {{"FooBin"}, {}, false, app, busy},
+        {{}, {macOS.string()}, false, app, busy}, {{}, {(macOS / "FooBin").string() + " --flag"}, true, app, busy},
+        {{"Foo"}, {}, true, app, busy},
         // What goes: another bundle of the same name, a family that guards no program, a forced guard.
         {{"Bar", "Foo.app"}, {"/elsewhere/Foo.app/Contents/MacOS"}, false, app, "deleted app:foo"},
         {{"java", "Xcode"}, {}, false, pathTarget("npm", {gradle}, Family::jsPackages), "deleted npm"},
@@ -83,12 +41,10 @@ TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedN
         auto run = executor(c.running, c.fragments);
         run.force = c.force;
         const std::string report = summary(run.execute({c.target}));
-        EXPECT_EQ(report.substr(0, report.find('\n')), c.outcome) << c.target.id << " " << c.running.size();
+        EXPECT_EQ(report.substr(0, report.find('\n')), c.first) << c.target.id << " " << c.running.size();
     }
     EXPECT_FALSE(present(bundle) || present(gradle) || present(docker));
-    EXPECT_TRUE(fs::is_directory(home / "docker-data"));
-    EXPECT_TRUE(fs::is_directory(home / "Applications"));
-    EXPECT_TRUE(fs::is_directory(home / ".gradle"));
+    for (const char* kept : {"docker-data", "Applications", ".gradle"}) EXPECT_TRUE(fs::is_directory(home / kept)) << kept;
     EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", "Foo.app")), std::nullopt);
 }
 
@@ -98,17 +54,12 @@ TEST_F(ExecutorTest, DryRunCountsEstimatesAndTouchesNothing) {
     RecordingRunner runner;
     auto dry = executor({}, {}, runner);
     dry.dryRun = true;
-    const auto report = dry.execute({
-        pathTarget("cache", {cache}, Family::devMisc, 1000),
-        commandTarget("brew", "brew cleanup", 500),
-        pathTarget("foreign", {foreign}, Family::devMisc, 7),
-        pathTarget("empty", {}, Family::devMisc, 3),
-    });
+    const auto report = dry.execute({pathTarget("cache", {cache}, Family::devMisc, 1000), commandTarget("brew", "brew cleanup", 500),
+                                     pathTarget("foreign", {foreign}, Family::devMisc, 7), pathTarget("empty", {}, Family::devMisc, 3)});
     EXPECT_EQ(summary(report), lines({"deleted cache", "deleted brew", "deleted empty",
-                                      skipped("foreign", Reason::Code::protectedPath, foreign.string()), "freed 1503"}));
+                                      skipped("foreign", protectedPath, foreign.string()), "freed 1503"}));
     EXPECT_TRUE(runner.calls->empty());
-    EXPECT_TRUE(fs::exists(cache / "blob"));
-    EXPECT_TRUE(fs::exists(foreign));
+    EXPECT_TRUE(fs::exists(cache / "blob") && fs::exists(foreign));
 }
 
 TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
@@ -120,14 +71,9 @@ TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
                         }).execute({commandTarget("missing", "missing-tool", 100), commandTarget("failing", "tool fail", 100),
                                     commandTarget("crashing", "tool crash", 100), commandTarget("working", "tool", 100)});
     EXPECT_EQ(calls, (std::vector<std::string>{"missing-tool", "tool fail", "tool crash", "tool"}));
-    EXPECT_EQ(summary(report), lines({"deleted working", "unknown working",
-                                      failed("missing", Reason::Code::toolNotFound),
-                                      failed("failing", Reason::Code::exitStatus, "2"),
-                                      failed("crashing", Reason::Code::exitStatus, "-1"), "freed 0"}));
-}
-
-TEST_F(ExecutorTest, ShellRunsTheLineWithTheGivenVariablesAndReportsItsStatus) {
-    // Set over whatever this process has: the test's own TMPDIR is not the one given.
+    EXPECT_EQ(summary(report), lines({"deleted working", "unknown working", failed("missing", toolNotFound),
+                                      failed("failing", exitStatus, "2"), failed("crashing", exitStatus, "-1"), "freed 0"}));
+    // The shell runs the line with the given variables, over whatever this process has.
     EXPECT_EQ(Executor::shell("touch \"$TMPDIR/ran\" && exit 3", {{"TMPDIR", tmp.string()}}), 3);
     EXPECT_TRUE(fs::exists(tmp / "ran"));
     EXPECT_EQ(Executor::shell("no-such-tool-for-kelvo-tests 2>/dev/null", {}), 127);
@@ -136,35 +82,29 @@ TEST_F(ExecutorTest, ShellRunsTheLineWithTheGivenVariablesAndReportsItsStatus) {
 TEST_F(ExecutorTest, ARefusedPathOrLinkLeavesEveryPathOfItsTargetAndVanishedPathsFreeNothing) {
     const path first = writeFile(home / "Library/Caches/first/a", 100).parent_path();
     const path second = writeFile(outside / "second/b", 100).parent_path();
-    const path flutter = writeFile(home / ".flutter/settings", 10);
-    const path real = writeFile(home / "cache/real", 100);
-    fs::create_symlink(real, home / "cache/link");
-    fs::create_directory_symlink(outside, home / "cache/outside-link");
-    fs::create_symlink(home / "nowhere", home / "cache/dangling");
+    const path flutter = writeFile(home / ".flutter/settings", 10), real = writeFile(home / "cache/real", 100);
+    const path link = home / "cache/link", escape = home / "cache/outside-link", dangling = home / "cache/dangling";
+    fs::create_symlink(real, link);
+    fs::create_directory_symlink(outside, escape);
+    fs::create_symlink(home / "nowhere", dangling);
     const auto report = executor().execute({
-        pathTarget("outside", {first, second}),
-        pathTarget("flutter", {first, flutter}, Family::flutterDart),
-        pathTarget("final", {home / "cache/link"}),
-        pathTarget("escape", {home / "cache/outside-link"}),
-        pathTarget("dangling", {home / "cache/./dangling"}),
+        pathTarget("outside", {first, second}), pathTarget("flutter", {first, flutter}, Family::flutterDart),
+        pathTarget("final", {link}), pathTarget("escape", {escape}), pathTarget("dangling", {home / "cache/./dangling"}),
         pathTarget("gone", {home / "Library/Caches/gone", home / "no/such/file"}, Family::devMisc, 5000),
     });
-    EXPECT_EQ(summary(report),
-              lines({"deleted gone", skipped("outside", Reason::Code::protectedPath, second.string()),
-                     skipped("flutter", Reason::Code::protectedPath, flutter.string()),
-                     skipped("final", Reason::Code::symlinkFinal, (home / "cache/link").string()),
-                     skipped("escape", Reason::Code::protectedPath, (home / "cache/outside-link").string()),
-                     skipped("dangling", Reason::Code::symlinkFinal, (home / "cache/dangling").string()), "freed 0"}));
-    for (const path& kept : {first / "a", second / "b", flutter, real, home / "cache/link", home / "cache/dangling"})
-        EXPECT_TRUE(present(kept)) << kept;
+    EXPECT_EQ(summary(report), lines({"deleted gone", skipped("outside", protectedPath, second.string()),
+                                      skipped("flutter", protectedPath, flutter.string()),
+                                      skipped("final", symlinkFinal, link.string()),
+                                      skipped("escape", protectedPath, escape.string()),
+                                      skipped("dangling", symlinkFinal, dangling.string()), "freed 0"}));
+    for (const path& kept : {first / "a", second / "b", flutter, real, link, dangling}) EXPECT_TRUE(present(kept)) << kept;
 }
 
 TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythingAround) {
     // Large trees, so that the small one after them finishes first; a target inside the
     // first, which must wait for it and then finds nothing left; links out of a tree,
     // dangling and looping ones.
-    const path large = home / ".cache/large";
-    const path bulk = home / ".cache/bulk";
+    const path large = home / ".cache/large", bulk = home / ".cache/bulk";
     for (int folder = 0; folder < 40; ++folder) {
         writeFile(large / "inner" / ("d" + std::to_string(folder)) / "blob", 8000);
         writeFile(bulk / ("d" + std::to_string(folder)) / "blob", 8000);
@@ -175,54 +115,44 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythin
     fs::create_symlink(home / "nowhere", bulk / "dangling");
     fs::create_directory_symlink(bulk, bulk / "d0/loop");
     const path small = writeFile(home / "Library/Caches/small/file", 100).parent_path();
-    const path log = writeFile(home / "logs/build.log", 12000);
-    const path foreign = writeFile(outside / "foreign", 10);
+    const path log = writeFile(home / "logs/build.log", 12000), foreign = writeFile(outside / "foreign", 10);
     const path neighbour = writeFile(home / ".cache/keep", 10);
     const DirectorySizer sizer;
-    const std::int64_t expected =
-        sizer.size(large) + sizer.size(small) + sizer.size(bulk) + testing::allocatedBytes(log);
+    const std::int64_t expected = sizer.size(large) + sizer.size(small) + sizer.size(bulk) + allocatedBytes(log);
     // The command stands for a tool working on what the targets before it left.
     const auto runner = [&](const std::string&, const ShellVariables&) {
         return present(large) || present(small) || present(bulk) ? 9 : 0;
     };
-
     const auto report = executor({}, {}, runner).execute({
-        pathTarget("large", {large}),
-        pathTarget("inner", {large / "inner"}),
-        pathTarget("small", {small, log}),
-        pathTarget("foreign", {foreign}),
-        pathTarget("bulk", {bulk}),
-        commandTarget("tool", "tool clean"),
+        pathTarget("large", {large}), pathTarget("inner", {large / "inner"}), pathTarget("small", {small, log}),
+        pathTarget("foreign", {foreign}), pathTarget("bulk", {bulk}), commandTarget("tool", "tool clean"),
     });
     EXPECT_EQ(summary(report), lines({"deleted large", "deleted inner", "deleted small", "deleted bulk", "deleted tool",
-                                      "unknown tool", skipped("foreign", Reason::Code::protectedPath, foreign.string()),
+                                      "unknown tool", skipped("foreign", protectedPath, foreign.string()),
                                       "freed " + std::to_string(expected)}));
     EXPECT_FALSE(present(large) || present(bulk) || present(small) || present(log));
-    EXPECT_TRUE(fs::is_directory(home / "logs"));
-    EXPECT_TRUE(fs::exists(neighbour));
-    EXPECT_TRUE(fs::exists(foreign));
+    EXPECT_TRUE(fs::is_directory(home / "logs") && fs::exists(neighbour) && fs::exists(foreign));
     EXPECT_EQ(fs::file_size(canary), 4096u);
 }
 
 TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTargetAndALongPathDoesNot) {
     // Below a short path, and below one longer than PATH_MAX that the system cannot resolve.
-    for (const path& base : {home, testing::makeFolderChain(home / "deep", 22, std::string(200, 'n'))}) {
-        const path file = testing::writeDeepFile(base / "real/sub/target/file", 100);
-        testing::makeDeepSymlink("real", base / "via");
+    for (const path& base : {home, makeFolderChain(home / "deep", 22, std::string(200, 'n'))}) {
+        SCOPED_TRACE(std::to_string(base.native().size()) + " bytes of path");
+        const path file = writeDeepFile(base / "real/sub/target/file", 100);
+        makeDeepSymlink("real", base / "via");
         for (const bool dryRun : {true, false}) {
             Executor run = executor();
             run.dryRun = dryRun;
-            const auto report = run.execute({pathTarget("chain", {base / "via/sub/target"})});
-            EXPECT_EQ(summary(report),
-                      lines({skipped("chain", Reason::Code::symlinkAncestor, (base / "real/sub").string()), "freed 0"}))
-                << base.native().size() << " bytes of path";
+            EXPECT_EQ(summary(run.execute({pathTarget("chain", {base / "via/sub/target"})})),
+                      lines({skipped("chain", symlinkAncestor, (base / "real/sub").string()), "freed 0"}));
         }
-        EXPECT_TRUE(testing::deepExists(file));
+        EXPECT_TRUE(deepExists(file));
         // Named without the link, the same target goes, however long its path.
-        const auto report = executor().execute({pathTarget("direct", {base / "real/sub/target"})});
-        EXPECT_EQ(summary(report).substr(0, 15), "deleted direct\n") << summary(report);
-        EXPECT_FALSE(testing::deepExists(base / "real/sub/target"));
-        EXPECT_TRUE(testing::deepExists(base / "real/sub") && testing::deepExists(base / "via"));
+        const std::string report = summary(executor().execute({pathTarget("direct", {base / "real/sub/target"})}));
+        EXPECT_EQ(report.substr(0, 15), "deleted direct\n") << report;
+        EXPECT_FALSE(deepExists(base / "real/sub/target"));
+        EXPECT_TRUE(deepExists(base / "real/sub") && deepExists(base / "via"));
     }
 }
 
@@ -235,21 +165,19 @@ TEST_F(ExecutorTest, CommandsRunWithTheRunsVariablesOnlyWhenEveryPlaceTheyNamePa
     checked.shellVariables = {{"HOME", home.string()}, {"TMPDIR", tmp.string()}};
     const std::string metro = "rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/haste-map-*";
     const std::vector<CleanTarget> targets{
-        commandTarget("metro", metro),
-        commandTarget("outside", "rm -rf " + (outside / "x").string()),
-        commandTarget("home", "rm -rf ~"),
-        commandTarget("linked", "rm -rf \"$TMPDIR\"/link-*"),
+        commandTarget("metro", metro), commandTarget("outside", "rm -rf " + (outside / "x").string()),
+        commandTarget("home", "rm -rf ~"), commandTarget("linked", "rm -rf \"$TMPDIR\"/link-*"),
         commandTarget("unread", "rm -rf build"),
     };
     // A dry run refuses the same commands as a real run.
     for (const bool dryRun : {true, false}) {
         checked.dryRun = dryRun;
-        EXPECT_EQ(summary(checked.execute(targets)), std::string("deleted metro\n") +
-                  (dryRun ? "" : "unknown metro\n") +
-                      lines({skipped("outside", Reason::Code::protectedPath, (outside / "x").string()),
-                             skipped("home", Reason::Code::protectedPath, home.string()),
-                             skipped("linked", Reason::Code::symlinkFinal, (tmp / "link-1").string()),
-                             skipped("unread", Reason::Code::commandPlace, "build"), "freed 0"}))
+        EXPECT_EQ(summary(checked.execute(targets)),
+                  std::string("deleted metro\n") + (dryRun ? "" : "unknown metro\n") +
+                      lines({skipped("outside", protectedPath, (outside / "x").string()),
+                             skipped("home", protectedPath, home.string()),
+                             skipped("linked", symlinkFinal, (tmp / "link-1").string()),
+                             skipped("unread", commandPlace, "build"), "freed 0"}))
             << dryRun;
     }
     EXPECT_EQ(*runner.calls, std::vector<std::string>{metro});
@@ -257,35 +185,29 @@ TEST_F(ExecutorTest, CommandsRunWithTheRunsVariablesOnlyWhenEveryPlaceTheyNamePa
 }
 
 TEST_F(ExecutorTest, PathsOfAnotherUserAreNeverRemoved) {
-    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    if (!runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
     const path theirs = writeFile(tmp / "metro-theirs/cache", 100).parent_path();
-    testing::chownTree(theirs, testing::nobodyId, testing::nobodyId);
+    chownTree(theirs, nobodyId, nobodyId);
     const path mine = writeFile(tmp / "metro-mine/cache", 100).parent_path();
     RecordingRunner runner;
     auto checked = executor({}, {}, runner);
     checked.shellVariables = {{"TMPDIR", tmp.string()}};
-    const auto report = checked.execute({
-        pathTarget("theirs", {theirs}),
-        pathTarget("both", {mine, theirs}),
-        commandTarget("pattern", "rm -rf \"$TMPDIR\"/metro-*"),
-    });
-    EXPECT_EQ(summary(report), lines({skipped("theirs", Reason::Code::otherOwner, theirs.string()),
-                                      skipped("both", Reason::Code::otherOwner, theirs.string()),
-                                      skipped("pattern", Reason::Code::otherOwner, theirs.string()), "freed 0"}));
+    const auto report = checked.execute({pathTarget("theirs", {theirs}), pathTarget("both", {mine, theirs}),
+                                         commandTarget("pattern", "rm -rf \"$TMPDIR\"/metro-*")});
+    EXPECT_EQ(summary(report), lines({skipped("theirs", otherOwner, theirs.string()), skipped("both", otherOwner, theirs.string()),
+                                      skipped("pattern", otherOwner, theirs.string()), "freed 0"}));
     EXPECT_TRUE(runner.calls->empty());
-    EXPECT_TRUE(fs::exists(theirs / "cache"));
-    EXPECT_TRUE(fs::exists(mine / "cache"));
+    EXPECT_TRUE(fs::exists(theirs / "cache") && fs::exists(mine / "cache"));
 }
 
 TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
     const path apps = home / "Applications";
-    testing::writeAppBundle(apps / "Safari.app", "com.apple.Safari", "Safari");
-    testing::writeAppBundle(apps / "Browser Copy.app", "com.apple.Safari", "Browser");
-    testing::writeAppBundle(apps / "Editor.app", "com.microsoft.VSCode", "Electron");
-    testing::writeAppBundle(apps / "Cursor.app", "com.acme.editor", "Cursor");
-    testing::writeAppBundle(apps / "Tool.app", "com.acme.tool", "Tool");
+    for (const auto& [name, id, executable] : {std::tuple{"Safari", "com.apple.Safari", "Safari"},
+                                               {"Browser Copy", "com.apple.Safari", "Browser"},
+                                               {"Editor", "com.microsoft.VSCode", "Electron"},
+                                               {"Cursor", "com.acme.editor", "Cursor"}, {"Tool", "com.acme.tool", "Tool"}})
+        writeAppBundle(apps / (std::string(name) + ".app"), id, executable);
     const path leftover = writeFile(home / "Library/Application Support/com.google.Keep/data", 100).parent_path();
-
     const std::int64_t freed = DirectorySizer().size(apps / "Tool.app") + DirectorySizer().size(apps / "Browser Copy.app");
     const auto report = executor().execute({
         pathTarget("app:com.apple.Safari", {apps / "Safari.app"}, Family::unusedApps),
@@ -296,11 +218,10 @@ TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
         pathTarget("app:com.apple.Safari", {apps / "Browser Copy.app"}, Family::xcodeCore),
     });
     EXPECT_EQ(summary(report), lines({"deleted app:com.acme.tool", "deleted app:com.apple.Safari",
-                                      skipped("app:com.apple.Safari", Reason::Code::protectedAppID, "com.apple.Safari"),
-                                      skipped("leftover:com.google.Keep", Reason::Code::protectedAppID, "com.google.Keep"),
-                                      skipped("app-path:editor", Reason::Code::protectedAppID, "com.microsoft.VSCode"),
-                                      skipped("app-path:cursor", Reason::Code::protectedAppName, "Cursor"),
-                                      "freed " + std::to_string(freed)}));
+                                      skipped("app:com.apple.Safari", protectedAppID, "com.apple.Safari"),
+                                      skipped("leftover:com.google.Keep", protectedAppID, "com.google.Keep"),
+                                      skipped("app-path:editor", protectedAppID, "com.microsoft.VSCode"),
+                                      skipped("app-path:cursor", protectedAppName, "Cursor"), "freed " + std::to_string(freed)}));
     for (const char* kept : {"Safari.app", "Editor.app", "Cursor.app"})
         EXPECT_TRUE(fs::exists(apps / kept / "Contents/Info.plist")) << kept;
     EXPECT_TRUE(fs::exists(leftover / "data"));
@@ -308,4 +229,4 @@ TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
 }
 
 }  // namespace
-}  // namespace kelvo
+}  // namespace kelvo::testing

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "kelvo/L10n.h"
 #include "kelvo/SafetyGuard.h"
 #include "support/ServiceGuards.h"
 #include "support/TempDir.h"
@@ -12,47 +9,29 @@ namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using testing::cleanGuard;
-using testing::environmentAt;
-using testing::makeDirectory;
-using testing::prepareGuard;
-using testing::writeFile;
+using namespace testing;
 
 // "é" as one character, and as e + U+0301 the way some file systems store it.
-const std::string composed = "caf\xC3\xA9";
-const std::string decomposed = "cafe\xCC\x81";
+const std::string composed = "caf\xC3\xA9", decomposed = "cafe\xCC\x81";
 
-class SafetyGuardTest : public ::testing::Test {
-protected:
-    SafetyGuardTest() : home(makeDirectory(root / "home")), tmp(makeDirectory(root / "tmp")) {}
-
-    testing::TempDir root;
-    path home;
-    path tmp;
+struct SafetyGuardTest : ::testing::Test {
+    TempDir root;
+    path home = makeDirectory(root / "home"), tmp = makeDirectory(root / "tmp");
 };
 
 TEST_F(SafetyGuardTest, TheServicesGuardsAllowOnlyWhatLiesInsideTheirRootsAndHoldsNothingProtected) {
     writeFile(home / "Library/Caches/x");
-    makeDirectory(home / "Library/Developer/CoreSimulator/Devices");
-    makeDirectory(home / "Library/Developer/CoreSimulator/Caches");
-    makeDirectory(home / "Library/Developer/Xcode/Archives");
-    makeDirectory(home / "Projects/other/build");
+    for (const std::string folder : {"Library/Developer/CoreSimulator/Devices", "Library/Developer/CoreSimulator/Caches",
+                                     "Library/Developer/Xcode/Archives", "Projects/other/build", "../home2"})
+        makeDirectory(home / folder);
     makeDirectory(home / "Projects" / decomposed / "node_modules");
-    makeDirectory(root / "home2");
     fs::create_directory_symlink("/usr", home / "system-link");
     fs::create_directory_symlink(home / "Library/Developer/Xcode/Archives", home / "archives-link");
     fs::create_directory_symlink(makeDirectory(home / "Library/Caches/tool"), root / "outside-link");
-    const auto env = environmentAt(home, tmp);
-    const SafetyGuard clean = cleanGuard(env);
-    const SafetyGuard prepare = prepareGuard(env);
+    const SafetyGuard clean = cleanGuard(environmentAt(home, tmp)), prepare = prepareGuard(environmentAt(home, tmp));
     const SafetyGuard excluding = cleanGuard(environmentAt(home, tmp, {"~/Projects/keep", "~/Projects/" + composed}));
 
-    struct Case {
-        const SafetyGuard& guard;
-        path candidate;
-        bool deletable;
-    };
-    const Case cases[] = {
+    const struct { const SafetyGuard& guard; path candidate; bool deletable; } cases[] = {
         // The roots and the home themselves, however spelt.
         {clean, home, false}, {clean, home / ".", false}, {clean, path(home.string() + "/"), false},
         {clean, tmp, false}, {clean, "", false}, {clean, tmp / "build.log", true},
@@ -126,34 +105,24 @@ TEST_F(SafetyGuardTest, HomeAndFlutterRootsAreComparedAsTheyResolve) {
 TEST_F(SafetyGuardTest, AHomeOrTemporaryFolderAtTheRootAnchorsNothing) {
     const path cache = writeFile(home / "Library/Caches/x");
     fs::create_directory_symlink("/", root / "root-link");
-    struct Case {
-        path home, tmp;
-        std::optional<Reason::Code> code;  // nothing: accepted
-    };
-    const Case cases[] = {
-        {home, tmp, std::nullopt},
-        {"/", tmp, Reason::Code::homeUnanchored},
-        {root / "root-link", tmp, Reason::Code::homeUnanchored},
-        {"", tmp, Reason::Code::homeUnanchored},
-        {"home", tmp, Reason::Code::homeUnanchored},
-        {home, "/", Reason::Code::tmpDirUnanchored},
-        {home, "//", Reason::Code::tmpDirUnanchored},
-        {home, root / "root-link/.", Reason::Code::tmpDirUnanchored},
+    using enum Reason::Code;
+    const struct { path home, tmp; std::optional<Reason::Code> code; } cases[] = {  // no code: accepted
+        {home, tmp, std::nullopt}, {"/", tmp, homeUnanchored}, {root / "root-link", tmp, homeUnanchored},
+        {"", tmp, homeUnanchored}, {"home", tmp, homeUnanchored}, {home, "/", tmpDirUnanchored},
+        {home, "//", tmpDirUnanchored}, {home, root / "root-link/.", tmpDirUnanchored},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.home.string() + " " + c.tmp.string());
         const auto env = environmentAt(c.home, c.tmp);
         const auto reason = SafetyGuard::refusalFor(env);
         if (!c.code) {
-            EXPECT_FALSE(reason) << c.home << " " << c.tmp;
+            EXPECT_FALSE(reason);
             continue;
         }
-        const bool homeRefused = c.code == Reason::Code::homeUnanchored;
-        EXPECT_EQ(reason, (Reason{*c.code, (homeRefused ? c.home : c.tmp).string()})) << c.home << " " << c.tmp;
+        const bool homeRefused = c.code == homeUnanchored;
+        EXPECT_EQ(reason, (Reason{*c.code, (homeRefused ? c.home : c.tmp).string()}));
         // A home that anchors nothing makes the guard refuse everything, even inside another root.
-        if (homeRefused) {
-            EXPECT_FALSE(cleanGuard(env).isDeletable(cache)) << c.home;
-            EXPECT_FALSE(cleanGuard(env).isDeletable(tmp / "y")) << c.home;
-        }
+        if (homeRefused) EXPECT_FALSE(cleanGuard(env).isDeletable(cache) || cleanGuard(env).isDeletable(tmp / "y")) << c.home;
     }
     // "/" is never a root, even when the temporary folder says so.
     EXPECT_FALSE(cleanGuard(environmentAt(home, "/")).isDeletable("/etc/passwd"));
