@@ -76,7 +76,7 @@ TEST_F(SafetyGuardTest, HomeAndFlutterRootsAreComparedAsTheyResolve) {
     EXPECT_TRUE(cleanGuard(env).isDeletable(home / "flutter/bin"));
     env.flutterBinCache = makeDirectory(root / "sdk/bin/cache");
     EXPECT_FALSE(cleanGuard(env).isDeletable(root / "sdk/bin"));
-    EXPECT_TRUE(cleanGuard(env).isDeletable(root / "sdk/bin/cache"));
+    EXPECT_TRUE(cleanGuard(env).isDeletable(root / "sdk/bin/cache") && prepareGuard(env).isDeletable(root / "sdk/bin/cache"));
     // A home inside another root is still refused on its own account.
     auto nested = environmentAt(makeDirectory(root / "sdk/bin/me"), tmp);
     nested.flutterBinCache = env.flutterBinCache;
