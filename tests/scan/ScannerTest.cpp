@@ -1,12 +1,8 @@
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <future>
-#include <mutex>
-#include <thread>
 
 #include "kelvo/Format.h"
 #include "kelvo/L10n.h"
@@ -18,25 +14,17 @@
 #include "support/Targets.h"
 #include "support/TempDir.h"
 
-namespace kelvo {
+namespace kelvo::testing {
 namespace {
 
-using testing::idsOf;
-using testing::TempDir;
-using testing::targetOf;
-
 CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100) {
-    return testing::targetOf(std::move(id), CleanKind::paths(std::move(paths)), size);
+    return targetOf(std::move(id), CleanKind::paths(std::move(paths)), size);
 }
 
 TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
     const std::string composed = "/x/caf\xC3\xA9";
     const std::string decomposed = "/x/cafe\xCC\x81";
-    struct Case {
-        std::vector<CleanTarget> targets;
-        std::vector<std::string> kept;
-    };
-    const std::vector<Case> cases{
+    const struct { std::vector<CleanTarget> targets; std::vector<std::string> kept; } cases[] = {
         {{pathTarget("b", {"/x"}), pathTarget("a", {"/x"})}, {"a"}},
         {{pathTarget("a", {"/x"}), pathTarget("b", {"/x/y"})}, {"a"}},
         {{pathTarget("z", {"/x"}), pathTarget("a", {"/x/y/z"})}, {"z"}},  // the ancestor wins whatever its id
@@ -46,8 +34,8 @@ TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
         {{pathTarget("a", {composed}), pathTarget("b", {decomposed + "/y"})}, {"a"}},
         {{pathTarget("b", {decomposed}), pathTarget("a", {composed})}, {"a"}},
         {{pathTarget("a", {"/"}), pathTarget("b", {"/x"})}, {"a", "b"}},  // nothing lies inside the root
-        {{pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}), testing::targetOf("c", CleanKind::command("rm -rf /x")),
-          testing::targetOf("d", CleanKind::command("rm -rf /x"))},
+        {{pathTarget("a", {"/x"}), pathTarget("a", {"/x/y"}), targetOf("c", CleanKind::command("rm -rf /x")),
+          targetOf("d", CleanKind::command("rm -rf /x"))},
          {"a", "a", "c", "d"}},  // equal ids never cover each other; commands pass through
     };
     for (const auto& [targets, kept] : cases) EXPECT_EQ(idsOf(Scanner::dedup(targets)), kept) << idsOf(targets).front();
@@ -55,23 +43,22 @@ TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
 
 TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
     TempDir home;
-    testing::writeFile(home / "x/y/file", 10000);
-    testing::writeFile(home / "z/file", 5000);
-    testing::makeDirectory(home / "empty");
-    std::filesystem::create_hard_link(home / "x/y/file", testing::writeFile(home / "w/own", 3000).parent_path() / "also");
+    writeFile(home / "x/y/file", 10000);
+    writeFile(home / "z/file", 5000);
+    makeDirectory(home / "empty");
+    std::filesystem::create_hard_link(home / "x/y/file", writeFile(home / "w/own", 3000).parent_path() / "also");
     auto partial = pathTarget("b", {home / "x/y", home / "z"}, 99999);
     partial.notes = "kept note";
     const auto result = Scanner::dedup({pathTarget("a", {home / "x"}, 1), partial, pathTarget("c", {home / "x/y", home / "empty"}),
                                         pathTarget("d", {home / "x/y", home / "w"})});
     ASSERT_EQ(idsOf(result), (std::vector<std::string>{"a", "b", "d"}));
     // Left with a second name of a file that goes with another target: that frees nothing.
-    const std::int64_t shared = testing::allocatedBytes(home / "w/also");
+    const std::int64_t shared = allocatedBytes(home / "w/also");
     EXPECT_EQ(std::pair(result[2].sizeBytes, result[2].notes),
-              std::pair(testing::allocatedBytesBelow(home / "w") - shared, L10n::t("cleaner.note.sharedSize", {Format::bytes(shared)})));
+              std::pair(allocatedBytesBelow(home / "w") - shared, L10n::t("cleaner.note.sharedSize", {Format::bytes(shared)})));
     EXPECT_EQ(result[0].sizeBytes, 1);  // the winner as its cleaner measured it
-    EXPECT_EQ(result[1].kind.pathList(), std::vector<std::filesystem::path>{home / "z"});
-    EXPECT_EQ(result[1].sizeBytes, testing::allocatedBytesBelow(home / "z"));
-    EXPECT_EQ(result[1].notes, "kept note");
+    EXPECT_EQ(std::tuple(result[1].kind.pathList(), result[1].sizeBytes, result[1].notes),
+              std::tuple(std::vector<std::filesystem::path>{home / "z"}, allocatedBytesBelow(home / "z"), "kept note"));
 }
 
 // Tells the test when a cleaner has started, and counts the stop requests it saw.
@@ -82,8 +69,7 @@ struct StopHandshake {
 
 // A cleaner with a fixed answer, for scans. With a handshake it behaves like a long walk
 // that checks for a stop request: it says it has started and runs until the scan is stopped.
-class FixedCleaner final : public Cleaner {
-public:
+struct FixedCleaner final : Cleaner {
     FixedCleaner(std::string id, std::vector<CleanTarget> targets, StopHandshake* handshake = nullptr)
         : id_(std::move(id)), targets_(std::move(targets)), handshake_(handshake) {}
     const std::string& id() const override { return id_; }
@@ -100,8 +86,6 @@ public:
         }
         return targets_;
     }
-
-private:
     std::string id_;
     std::vector<CleanTarget> targets_;
     StopHandshake* handshake_;
@@ -125,9 +109,8 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
     for (int i = 0; i < 40; ++i) expected.push_back("t" + std::to_string(i));
     EXPECT_EQ(idsOf(result->targets), expected);
     ASSERT_EQ(reports.size(), 41u);
-    EXPECT_EQ(reports.back().cleanersFinished, 41u);
-    EXPECT_EQ(reports.back().cleanersTotal, 41u);
-    EXPECT_EQ(reports.back().bytesFound, 4100);
+    EXPECT_EQ(std::tuple(reports.back().cleanersFinished, reports.back().cleanersTotal, reports.back().bytesFound),
+              std::tuple(41u, 41u, 4100));
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
@@ -152,10 +135,9 @@ CleanTarget withNote(CleanTarget target, std::string notes) {
 }
 
 TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
-    if (!testing::runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
+    if (!runningAsRoot()) GTEST_SKIP() << "giving a folder to uid 65534 needs root";
     TempDir home;
-    const auto mine = testing::writeFile(home / "mine/file", 5000).parent_path();
-    const auto theirs = testing::writeFile(home / "theirs/file", 9000).parent_path();
+    const auto mine = writeFile(home / "mine/file", 5000).parent_path(), theirs = writeFile(home / "theirs/file", 9000).parent_path();
     ASSERT_EQ(::lchown(theirs.c_str(), 65534, 65534), 0);
     std::filesystem::create_directory_symlink(mine, home / "link");
     std::filesystem::create_directory_symlink(mine, home / "other-link");
@@ -164,18 +146,14 @@ TEST(Scanner, OffersNoPathOfAnotherUserAndMarksTargetsReachedThroughALink) {
                                       withNote(pathTarget("linked", {home / "link"}, 0), "partial"),
                                       pathTarget("below-link", {home / "other-link/file"})})};
 
-    const auto scanned = Scanner(cleaners).scan();
-    ASSERT_TRUE(scanned);
-    const auto* result = &scanned->targets;
-    ASSERT_EQ(idsOf(*result), (std::vector<std::string>{"both", "linked", "below-link"}));
-    EXPECT_EQ((*result)[0].kind.pathList(), std::vector<std::filesystem::path>{mine});
-    EXPECT_EQ((*result)[0].sizeBytes, testing::allocatedBytesBelow(mine));
-    EXPECT_FALSE((*result)[0].blockedByLink);
+    const auto result = Scanner(cleaners).scan().value().targets;
+    ASSERT_EQ(idsOf(result), (std::vector<std::string>{"both", "linked", "below-link"}));
+    EXPECT_EQ(std::tuple(result[0].kind.pathList(), result[0].sizeBytes, result[0].blockedByLink),
+              std::tuple(std::vector<std::filesystem::path>{mine}, allocatedBytesBelow(mine), false));
     const std::string linkNote = L10n::t("cleaner.note.link", L10n::t("exec.skip.symlinkFinal", (home / "link").string()));
-    EXPECT_TRUE((*result)[1].blockedByLink);
-    EXPECT_EQ((*result)[1].notes, linkNote + " partial");
-    EXPECT_TRUE((*result)[2].blockedByLink);
-    EXPECT_NE((*result)[2].notes.find(mine.string()), std::string::npos) << (*result)[2].notes;
+    EXPECT_TRUE(result[1].blockedByLink && result[2].blockedByLink);
+    EXPECT_EQ(result[1].notes, linkNote + " partial");
+    EXPECT_NE(result[2].notes.find(mine.string()), std::string::npos) << result[2].notes;
     EXPECT_TRUE(std::filesystem::exists(theirs / "file"));
 }
 
@@ -186,18 +164,13 @@ CleanTarget target(std::string id, Level level, std::int64_t size = 10, Family f
 }
 
 TEST(PlanSelection, PreselectsRegenerableNonAggressiveEstimableTargetsNotBehindALink) {
-    const auto with = [](CleanTarget made, auto change) {
-        change(made);
-        return made;
-    };
     const std::vector<std::pair<CleanTarget, bool>> cases{
-        {target("safe-path-0", Level::safe, 0), true},
-        {target("moderate", Level::moderate), true},
-        {target("aggressive", Level::aggressive), false},
-        {with(target("command-0", Level::safe, 0), [](auto& t) { t.kind = CleanKind::command("x"); }), false},
-        {with(target("command-1", Level::safe, 1), [](auto& t) { t.kind = CleanKind::command("x"); }), true},
-        {with(target("user", Level::safe), [](auto& t) { t.reversibility = Reversibility::userData; }), false},
-        {with(target("linked", Level::safe), [](auto& t) { t.blockedByLink = true; }), false},
+        {{.id = "safe-path-0"}, true}, {{.id = "moderate", .level = Level::moderate}, true},
+        {{.id = "aggressive", .level = Level::aggressive}, false},
+        {{.id = "command-0", .kind = CleanKind::command("x")}, false},
+        {{.id = "command-1", .kind = CleanKind::command("x"), .sizeBytes = 1}, true},
+        {{.id = "user", .sizeBytes = 10, .reversibility = Reversibility::userData}, false},
+        {{.id = "linked", .sizeBytes = 10, .blockedByLink = true}, false},
     };
     for (const auto& [made, preselected] : cases) EXPECT_EQ(PlanSelection::isPreselected(made), preselected) << made.id;
 }
@@ -219,7 +192,7 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
     auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
     slashed.name = "Derived/Data";
     ScanPlanJSON plan({slashed, targetOf("brew", CleanKind::command("brew cleanup -s"), 0, Family::xcodeCore)});
-    plan.notes = {"X points to /srv/x"};
+    plan.notes = {"X points to /srv/x\n\"quoted\""};
     EXPECT_EQ(plan.encoded(), R"({
   "byFamily" : {
     "xcodeCore" : 4096
@@ -228,7 +201,7 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
     "safe" : 4096
   },
   "notes" : [
-    "X points to \/srv\/x"
+    "X points to \/srv\/x\n\"quoted\""
   ],
   "targets" : [
     {
@@ -262,32 +235,5 @@ TEST(ScanPlanJSON, ASmallPlanInTheExactLayoutWithThePathsOrTheCommand) {
 })");
 }
 
-TEST(ScanPlanJSON, TheDocumentDecodesToThePlan) {
-    auto noted = target("noted", Level::moderate, 12, Family::docker);
-    noted.notes = "partial \"size\"\n";
-    noted.regenCost = RegenCost::redownload;
-    const ScanPlanJSON plan({noted, target("a/b", Level::aggressive, 0), target("", Level::safe, 3)});
-    const auto decoded = nlohmann::json::parse(plan.encoded());
-    EXPECT_EQ(decoded.at("totalBytes").get<std::int64_t>(), plan.totalBytes);
-    using Totals = std::map<std::string, std::int64_t>;
-    EXPECT_EQ(decoded.at("byFamily").get<Totals>(), plan.byFamily);
-    EXPECT_EQ(decoded.at("byLevel").get<Totals>(), plan.byLevel);
-    EXPECT_FALSE(decoded.contains("notes"));
-    ASSERT_EQ(decoded.at("targets").size(), plan.targets.size());
-    for (std::size_t index = 0; index < plan.targets.size(); ++index) {
-        const auto& json = decoded["targets"][index];
-        const auto& expected = plan.targets[index];
-        const ScanPlanJSON::Target read{json.at("id"), json.at("name"), json.at("family"), json.at("sizeBytes"),
-                                        json.at("level"), json.at("reversibility"), json.at("regenCost"),
-                                        json.at("preselected"), json.at("notes"), json.at("paths"), std::nullopt};
-        EXPECT_EQ(std::tie(read.id, read.name, read.family, read.sizeBytes, read.level, read.reversibility,
-                           read.regenCost, read.preselected, read.notes),
-                  std::tie(expected.id, expected.name, expected.family, expected.sizeBytes, expected.level,
-                           expected.reversibility, expected.regenCost, expected.preselected, expected.notes));
-    }
-    EXPECT_EQ(plan.totalBytes, 15);
-    EXPECT_EQ(plan.byFamily.at("docker"), 12);
-}
-
 }  // namespace
-}  // namespace kelvo
+}  // namespace kelvo::testing
