@@ -4,6 +4,9 @@
 // records what it was asked, the whole report as text for one comparison, and a run as the
 // unprivileged user 65534 (root ignores permission bits) with that text passed back.
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
 
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
@@ -93,6 +96,21 @@ inline std::string summary(const ExecutionReport& report) {
 inline UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work) {
     L10n::bundle();  // loaded before the fork: the child may not be allowed to read the texts
     return runAsUnprivileged([&] { return summary(work()); }, nobodyId);
+}
+
+// Runs `work` in a child with a mount namespace of its own and a small tmpfs at the mount
+// point, so the mount goes with the child whatever happens: the child's exit status, 0 when
+// the work held, 77 when no private mount namespace can be made here (it needs root).
+inline int inPrivateMount(const std::filesystem::path& mountPoint, const std::function<bool()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=4m") != 0)
+            ::_exit(77);
+        ::_exit(work() ? 0 : 1);
+    }
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 // A home and a temporary folder as allowed roots, and a folder outside both.

@@ -2,30 +2,20 @@
 // side on a pool, another thread keeps swapping parts of it (or of its parent chain) for
 // symbolic links into a folder outside the allowed roots. Whatever the interleaving,
 // nothing in that folder may go.
-#include <gtest/gtest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <filesystem>
-#include <functional>
 #include <thread>
-#include <vector>
 
 #include "ExecutionSupport.h"
 #include "kelvo/WorkerPool.h"
 #include "kelvo/platform/TreeRemoval.h"
-#include "support/TempDir.h"
 
-namespace kelvo {
+namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using testing::makeDirectory;
-using testing::pathTarget;
-using testing::writeFile;
 
 constexpr int rounds = 20;
 
@@ -47,19 +37,14 @@ void buildTree(const path& tree, int folders, int subfolders) {
     ::close(treeFd);
 }
 
-class RemovalRaceTest : public ::testing::Test {
-protected:
+struct RemovalRaceTest : ::testing::Test {
     // Outside every allowed root, shaped like the trees below so that a removal that
     // followed a link would find the same names there.
-    RemovalRaceTest() : home(makeDirectory(root / "home")), outside(root / "outside") {
-        canary = writeFile(outside / "canary", 64);
-        for (int sub = 0; sub < 5; ++sub) writeFile(outside / ("s" + std::to_string(sub)) / "f", 16);
-        writeFile(outside / "b/tree/canary", 64);
-        writeFile(outside / "b/tree/d0/s0/f", 16);
-        before = testing::listing(outside);
+    RemovalRaceTest() {
+        for (const char* name : {"s0/f", "s1/f", "s2/f", "s3/f", "s4/f", "b/tree/canary", "b/tree/d0/s0/f"}) writeFile(outside / name, 16);
+        before = listing(outside);
     }
-
-    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
+    Executor executor() const { return executorFor(home, root / "tmp"); }
 
     // Each round builds the tree afresh and removes it while a thread keeps swapping the
     // victims for links to the outside folder and back; nothing outside may go. Returns
@@ -91,7 +76,7 @@ protected:
             swaps += planted.load();
 
             EXPECT_TRUE(fs::exists(canary));
-            EXPECT_EQ(testing::listing(outside), before);
+            EXPECT_EQ(listing(outside), before);
             std::error_code error;
             fs::remove_all(tree, error);
             for (const auto& entry : fs::directory_iterator(holding)) fs::remove_all(entry.path(), error);
@@ -100,10 +85,8 @@ protected:
     }
 
     // The rounds build and remove tens of thousands of folders.
-    testing::TempDir root{testing::TempDir::memory};
-    path home;
-    path outside;
-    path canary;
+    TempDir root{TempDir::memory};
+    path home = makeDirectory(root / "home"), outside = root / "outside", canary = writeFile(outside / "canary", 64);
     std::string before;
 };
 
@@ -157,4 +140,4 @@ TEST_F(RemovalRaceTest, ALinkPlantedInTheParentChainIsNeverFollowed) {
 }
 
 }  // namespace
-}  // namespace kelvo
+}  // namespace kelvo::testing

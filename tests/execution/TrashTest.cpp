@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <regex>
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Trash.h"
-#include "support/TempDir.h"
 
 namespace kelvo::testing {
 namespace {
@@ -66,25 +59,18 @@ TEST(Trash, NeverFollowsALinkNorMovesTheTrash) {
 TEST(Trash, AnotherFileSystemUsesItsOwnTrashOrNone) {
     TempDir dir;
     const fs::path volume = makeDirectory(dir / "volume"), homeTrash = dir / "home/.local/share/Trash";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            ::mount("tmpfs", volume.c_str(), "tmpfs", 0, "size=4m") != 0)
-            ::_exit(77);
+    const int status = inPrivateMount(volume, [&] {
         platform::TrashedItem trashed;
         const auto own = platform::moveToTrash(writeFile(volume / "a/f", 10), homeTrash, trashed);
         const fs::path ownTrash = volume / (".Trash-" + std::to_string(::getuid()));
-        if (own || trashed.trashDirectory != ownTrash || !present(ownTrash / "files/f")) ::_exit(1);
+        if (own || trashed.trashDirectory != ownTrash || !present(ownTrash / "files/f")) return false;
         fs::remove_all(ownTrash);
         writeFile(ownTrash);  // a file where the trash would go: the volume has none
         const auto none = platform::moveToTrash(volume / "a", homeTrash, trashed);
-        ::_exit(none == std::errc::cross_device_link && present(volume / "a") ? 0 : 2);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no private mount namespace here (needs root): not tested";
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+        return none == std::errc::cross_device_link && present(volume / "a");
+    });
+    if (status == 77) GTEST_SKIP() << "no private mount namespace here (needs root): not tested";
+    EXPECT_EQ(status, 0);
 }
 
 }  // namespace

@@ -1,31 +1,17 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <functional>
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
 #include "support/DeepTree.h"
-#include "support/TempDir.h"
 
-namespace kelvo::platform {
+namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using kelvo::testing::TempDir;
-using kelvo::testing::listing;
-using kelvo::testing::present;
-using kelvo::testing::makeDirectory;
-using kelvo::testing::writeFile;
+using namespace platform;
 
 int openDescriptors() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -49,7 +35,7 @@ TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     // Each branch is deeper than a walk keeps open, so the top folder is closed and
     // reopened while its other branches still wait to be removed.
     for (int branch = 0; branch < 12; ++branch)
-        kelvo::testing::writeDeepFile(kelvo::testing::makeFolderChain(tree / ("branch-" + std::to_string(branch)), 48) / "f", 4);
+        writeDeepFile(makeFolderChain(tree / ("branch-" + std::to_string(branch)), 48) / "f", 4);
     const int before = openDescriptors();
     int peak = 0;
 
@@ -136,26 +122,17 @@ TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     fs::create_directory_symlink(root / "real", root / "via");
     const path plain = writeFile(root / "plain", 10);
     const path tree = real.parent_path();
-    struct Case {
-        path item;
-        std::error_code error;
-    };
-    const Case cases[] = {
-        {root / "via/sub/tree", std::make_error_code(std::errc::too_many_symbolic_link_levels)},
-        {plain / "x", std::make_error_code(std::errc::not_a_directory)},
-        {root / "dir/missing", std::make_error_code(std::errc::no_such_file_or_directory)},
-        {tree / "tree/..", std::make_error_code(std::errc::invalid_argument)},
-        {tree / "tree/../tree", std::make_error_code(std::errc::invalid_argument)},
-        {tree / "./tree", std::make_error_code(std::errc::invalid_argument)},
-        {"relative/path", std::make_error_code(std::errc::invalid_argument)},
-        {"/", std::make_error_code(std::errc::invalid_argument)},
-        {"", std::make_error_code(std::errc::invalid_argument)},
+    using enum std::errc;
+    const std::pair<path, std::optional<std::errc>> cases[] = {
+        {root / "via/sub/tree", too_many_symbolic_link_levels}, {plain / "x", not_a_directory},
+        {root / "dir/missing", no_such_file_or_directory}, {tree / "tree/..", invalid_argument},
+        {tree / "tree/../tree", invalid_argument}, {tree / "./tree", invalid_argument}, {"relative/path", invalid_argument},
+        {"/", invalid_argument}, {"", invalid_argument},
         // A link goes as a link, a file as a file; repeated and trailing separators are harmless.
-        {root / "dir/link", {}},
-        {file, {}},
-        {path(root.path().string() + "//real/sub/tree/"), {}},
+        {root / "dir/link", {}}, {file, {}}, {path(root.path().string() + "//real/sub/tree/"), {}},
     };
-    for (const auto& c : cases) EXPECT_EQ(removeTree(c.item), c.error) << c.item;
+    for (const auto& [item, error] : cases)
+        EXPECT_EQ(removeTree(item), error ? std::make_error_code(*error) : std::error_code{}) << item;
     EXPECT_FALSE(present(root / "dir/link") || present(file) || present(real));
     for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(present(kept)) << kept;
 }
@@ -169,24 +146,15 @@ TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
     const path mountPoint = makeDirectory(tree / "mounted");
     const path canaryInMount = mountPoint / "canary";
 
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            ::mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=1m") != 0)
-            ::_exit(77);
+    const int status = inPrivateMount(mountPoint, [&] {
         writeFile(canaryInMount, 10);
         const auto error = removeTree(tree, {.addOwnerPermissions = true, .sharing = {}});
-        // 0: the mount was left alone with its content and the rest went.
-        const bool kept = fs::exists(canaryInMount) && !present(tree / "own") && error == std::errc::cross_device_link;
-        ::_exit(kept ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no private mount namespace can be made here (needs CAP_SYS_ADMIN)";
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+        // The mount was left alone with its content and the rest went.
+        return fs::exists(canaryInMount) && !present(tree / "own") && error == std::errc::cross_device_link;
+    });
+    if (status == 77) GTEST_SKIP() << "no private mount namespace can be made here (needs CAP_SYS_ADMIN)";
+    EXPECT_EQ(status, 0);
 }
 
 }  // namespace
-}  // namespace kelvo::platform
+}  // namespace kelvo::testing
