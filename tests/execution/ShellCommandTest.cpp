@@ -22,53 +22,33 @@ std::vector<std::string> placesOf(const ShellCommand& command) {
 }
 
 TEST(ShellCommand, ReadsThePlacesALineNamesWithTheRunsVariables) {
-    struct Case {
-        std::string line;
-        std::vector<std::string> places;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* ${TMPDIR}/haste-map-?",
          {"/t/metro-cache", "/t/metro-bundler-cache-* ~ metro-bundler-cache-*", "/t/haste-map-? ~ haste-map-?"}},
-        {"docker system prune -f", {}},
-        {"watchman watch-del-all; watchman shutdown-server;", {}},
-        {"xcrun simctl runtime delete 'odd id'", {}},
+        {"docker system prune -f", {}}, {"watchman watch-del-all; watchman shutdown-server;", {}},
+        {"xcrun simctl runtime delete 'odd id'", {}}, {"", {}},
         {"/bin/rm -r -- ~/x '/t/a*' \"/t/b?\"*", {"/h/x", "/t/a*", "/t/b?* ~ b\\?*"}},
         {"tool --cache \"$HOME/.cache/caf\xC3\xA9\"", {"/h/.cache/caf\xC3\xA9"}},
-        {"", {}},
     };
-    for (const auto& c : cases) {
-        const auto command = ShellCommand::read(c.line, variables);
-        EXPECT_FALSE(command.refusal) << c.line << ": " << command.refusal.value_or(Reason{}).subject;
-        EXPECT_EQ(placesOf(command), c.places) << c.line;
+    for (const auto& [line, places] : cases) {
+        const auto command = ShellCommand::read(line, variables);
+        EXPECT_FALSE(command.refusal) << line << ": " << command.refusal.value_or(Reason{}).subject;
+        EXPECT_EQ(placesOf(command), places) << line;
     }
 }
 
 TEST(ShellCommand, RefusesWhatItCannotReadToTheEnd) {
-    struct Case {
-        std::string line;
-        Reason::Code code;
-        std::string subject;
-    };
-    const Case cases[] = {
-        {"rm -rf \"$TMPDIR\"/x", Reason::Code::commandVariable, "TMPDIR"},  // not given: see below
-        {"rm -rf $PATH/x", Reason::Code::commandVariable, "PATH"},
-        {"rm -rf build", Reason::Code::commandPlace, "build"},
-        {"rm -rf *", Reason::Code::commandPlace, "*"},
-        {"tool --into=/t/x", Reason::Code::commandPlace, "--into=/t/x"},
-        {"rm -rf /t/*/cache", Reason::Code::commandPlace, "/t/*/cache"},
-        {"rm -rf /t/.*", Reason::Code::commandPlace, "/t/.*"},
-        {"rm -rf /t/x/../..", Reason::Code::commandPlace, "/t/x/../.."},
-        {"echo x > /etc/passwd", Reason::Code::commandSyntax, ">"},
-        {"tool | rm -rf /t/x", Reason::Code::commandSyntax, "|"},
-        {"rm -rf $(pwd)", Reason::Code::commandSyntax, "$("},
-        {"rm -rf \"`pwd`\"", Reason::Code::commandSyntax, "`"},
-        {"rm -rf ${TMPDIR:-/}", Reason::Code::commandSyntax, "${TMPDIR:"},
-        {"rm -rf /t/x\\ y", Reason::Code::commandSyntax, "\\"},
-        {"rm -rf '/t/x", Reason::Code::commandSyntax, "'"},
-        {"rm -rf ~root/x", Reason::Code::commandSyntax, "~"},
-        {"cd /; rm -rf x", Reason::Code::commandSyntax, "cd"},
-        {"TMPDIR=/ tool", Reason::Code::commandSyntax, "TMPDIR=/"},
-        {"tool;; tool", Reason::Code::commandSyntax, ";"},
+    using enum Reason::Code;
+    const struct { std::string line; Reason::Code code; std::string subject; } cases[] = {
+        {"rm -rf \"$TMPDIR\"/x", commandVariable, "TMPDIR"},  // not given: see below
+        {"rm -rf $PATH/x", commandVariable, "PATH"}, {"rm -rf build", commandPlace, "build"}, {"rm -rf *", commandPlace, "*"},
+        {"tool --into=/t/x", commandPlace, "--into=/t/x"}, {"rm -rf /t/*/cache", commandPlace, "/t/*/cache"},
+        {"rm -rf /t/.*", commandPlace, "/t/.*"}, {"rm -rf /t/x/../..", commandPlace, "/t/x/../.."},
+        {"echo x > /etc/passwd", commandSyntax, ">"}, {"tool | rm -rf /t/x", commandSyntax, "|"},
+        {"rm -rf $(pwd)", commandSyntax, "$("}, {"rm -rf \"`pwd`\"", commandSyntax, "`"},
+        {"rm -rf ${TMPDIR:-/}", commandSyntax, "${TMPDIR:"}, {"rm -rf /t/x\\ y", commandSyntax, "\\"},
+        {"rm -rf '/t/x", commandSyntax, "'"}, {"rm -rf ~root/x", commandSyntax, "~"}, {"cd /; rm -rf x", commandSyntax, "cd"},
+        {"TMPDIR=/ tool", commandSyntax, "TMPDIR=/"}, {"tool;; tool", commandSyntax, ";"},
     };
     for (const auto& c : cases) {
         ShellVariables given = variables;
@@ -77,7 +57,7 @@ TEST(ShellCommand, RefusesWhatItCannotReadToTheEnd) {
     }
     // Unquoted, a value the shell would split or match as a pattern is no single place.
     EXPECT_EQ(ShellCommand::read("rm -rf $TMPDIR/x", {{"TMPDIR", "/t t"}}).refusal,
-              (Reason{Reason::Code::commandVariable, "TMPDIR"}));
+              (Reason{commandVariable, "TMPDIR"}));
     EXPECT_FALSE(ShellCommand::read("rm -rf \"$TMPDIR\"/x", {{"TMPDIR", "/t t"}}).refusal);
 }
 

@@ -1,27 +1,16 @@
 // Removal under permission bits. Root ignores them, so each execute runs in a child that
 // has dropped to uid/gid 65534, on a tree handed over to that user.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <filesystem>
 
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
-#include "support/TempDir.h"
 
-namespace kelvo {
+namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
 using fs::path;
-using testing::TempDir;
-using testing::makeDirectory;
-using testing::nobodyId;
-using testing::pathTarget;
-using testing::skipped;
-using testing::lines;
-using testing::present;
-using testing::writeFile;
+using enum Reason::Code;
 
 unsigned modeOf(const path& location) {
     struct stat status {};
@@ -29,23 +18,15 @@ unsigned modeOf(const path& location) {
     return status.st_mode & 07777;
 }
 
-class UnprivilegedRemovalTest : public ::testing::Test {
-protected:
-    UnprivilegedRemovalTest() : home(makeDirectory(root / "home")) {}
-
-    Executor executor() const { return testing::executorFor(home, root / "tmp"); }
-
+struct UnprivilegedRemovalTest : ExecutionTest {
     // Gives the home to 65534 when we are root; otherwise the files are ours already.
     void handOver() const {
-        if (testing::runningAsRoot()) testing::chownTree(home, nobodyId, nobodyId);
+        if (runningAsRoot()) chownTree(home, nobodyId, nobodyId);
     }
-
-    TempDir root;
-    path home;
 };
 
 TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
-    if (!testing::runningAsRoot())
+    if (!runningAsRoot())
         GTEST_SKIP() << "a tree owned partly by root and partly by uid 65534 can only be built as root";
     const path first = home / "cache/first";
     writeFile(first / "a/blob", 30000);
@@ -57,31 +38,25 @@ TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     writeFile(own / "blob", 20000);
     const path lockedFile = writeFile(mixed / "locked/held", 8000);
     handOver();
-    testing::chownTree(second / "locked", 0, 0);
-    testing::chownTree(mixed / "locked", 0, 0);
+    chownTree(second / "locked", 0, 0);
+    chownTree(mixed / "locked", 0, 0);
 
     const std::int64_t firstBytes = DirectorySizer().measure(first).bytes;
-    const std::int64_t ownBytes = testing::allocatedBytes(own) + testing::allocatedBytesBelow(own);
+    const std::int64_t ownBytes = allocatedBytes(own) + allocatedBytesBelow(own);
     ASSERT_GT(firstBytes, 30000);
 
-    const auto run = testing::runUnprivileged([&] {
-        return executor().execute({
-            pathTarget("two-paths", {first, second}),
-            pathTarget("mixed", {mixed}),
-            pathTarget("locked-only", {second}),
-        });
+    const auto run = runUnprivileged([&] {
+        return executor().execute({pathTarget("two-paths", {first, second}), pathTarget("mixed", {mixed}),
+                                   pathTarget("locked-only", {second})});
     });
     ASSERT_TRUE(run.output) << run.failure;
     EXPECT_EQ(*run.output, lines({"partial two-paths", "partial mixed",
-                                  skipped("two-paths", Reason::Code::noPermission, "second"),
-                                  skipped("mixed", Reason::Code::systemRemnant, "mixed"),
-                                  skipped("locked-only", Reason::Code::noPermission, "second"),
+                                  skipped("two-paths", noPermission, "second"), skipped("mixed", systemRemnant, "mixed"),
+                                  skipped("locked-only", noPermission, "second"),
                                   "freed " + std::to_string(firstBytes + ownBytes)}));
 
-    EXPECT_FALSE(present(first));
-    EXPECT_FALSE(present(own));
-    EXPECT_TRUE(fs::exists(secondFile));
-    EXPECT_TRUE(fs::exists(lockedFile));
+    EXPECT_FALSE(present(first) || present(own));
+    EXPECT_TRUE(fs::exists(secondFile) && fs::exists(lockedFile));
     EXPECT_EQ(modeOf(second), 0755u);
     EXPECT_TRUE(fs::is_directory(home / "cache"));
 }
@@ -102,44 +77,33 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpButNeverTheParentOfATarg
     const path closedItem = writeFile(home / "cache/closed/item", 4000);
     // The removing user cannot see into the three locked folders before they are opened
     // up, so what it measures as freed leaves their content out.
-    const std::int64_t unseen = testing::allocatedBytesBelow(tree / "a/secret") +
-                                testing::allocatedBytesBelow(tree / "no-search") +
-                                testing::allocatedBytesBelow(tree / "write-search-only");
-    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen + testing::allocatedBytes(folder / "inner");
+    const std::int64_t unseen = allocatedBytesBelow(tree / "a/secret") + allocatedBytesBelow(tree / "no-search") +
+                                allocatedBytesBelow(tree / "write-search-only");
+    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen + allocatedBytes(folder / "inner");
     ASSERT_GT(unseen, 0);
     handOver();
     for (const auto& entry : fs::recursive_directory_iterator(tree))
         fs::permissions(entry.path(), entry.is_directory() ? fs::perms(0555) : fs::perms(0444));
-    fs::permissions(tree / "a/secret", fs::perms(0));
-    fs::permissions(tree / "no-search", fs::perms(0600));
-    fs::permissions(tree / "write-search-only", fs::perms(0300));
-    fs::permissions(tree, fs::perms(0555));
-    fs::permissions(neighbour, fs::perms(0555));
-    fs::permissions(locked, fs::perms(0555));
-    fs::permissions(home / "cache/closed", fs::perms(0));
+    for (const auto& [place, mode] : {std::pair{tree / "a/secret", 0}, {tree / "no-search", 0600}, {tree / "write-search-only", 0300},
+                                      {tree, 0555}, {neighbour, 0555}, {locked, 0555}, {home / "cache/closed", 0}})
+        fs::permissions(place, fs::perms(mode));
 
-    const auto run = testing::runUnprivileged([&] {
+    const auto run = runUnprivileged([&] {
         return executor().execute({pathTarget("readonly", {tree}), pathTarget("file", {file}),
                                    pathTarget("folder", {folder}), pathTarget("closed", {closedItem})});
     });
     fs::permissions(home / "cache/closed", fs::perms(0755));
     ASSERT_TRUE(run.output) << run.failure;
     // The folder's content could go (the folder is ours), the folder itself could not.
-    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", Reason::Code::noPermission, "item.log"),
-                                  skipped("folder", Reason::Code::systemRemnant, "folder"),
-                                  skipped("closed", Reason::Code::ownerUnknown, closedItem.string()),
+    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", noPermission, "item.log"),
+                                  skipped("folder", systemRemnant, "folder"), skipped("closed", ownerUnknown, closedItem.string()),
                                   "freed " + std::to_string(expected)}));
     EXPECT_FALSE(present(tree));
     // Only the removed tree had its bits changed.
-    EXPECT_EQ(modeOf(neighbour), 0555u);
-    EXPECT_EQ(modeOf(locked), 0555u);
-    EXPECT_EQ(modeOf(home / "cache"), 0755u);
-    EXPECT_TRUE(fs::exists(neighbour / "file"));
-    EXPECT_TRUE(fs::exists(file));
-    EXPECT_TRUE(fs::exists(closedItem));
-    EXPECT_TRUE(fs::is_directory(folder));
+    EXPECT_EQ(std::tuple(modeOf(neighbour), modeOf(locked), modeOf(home / "cache")), std::tuple(0555u, 0555u, 0755u));
+    EXPECT_TRUE(fs::exists(neighbour / "file") && fs::exists(file) && fs::exists(closedItem) && fs::is_directory(folder));
     EXPECT_FALSE(present(folder / "inner"));
 }
 
 }  // namespace
-}  // namespace kelvo
+}  // namespace kelvo::testing
