@@ -292,8 +292,7 @@ TEST(ProjectDiscovery, FindsTheFoldersHoldingProjectsInATableOfHomes) {
         {{".local/share/p/package.json", ".config/x/Cargo.toml", "stuff/.hidden/p/package.json", "dev/.git"}, {"dev"}, {}},
         {{".cargo/registry/src/idx/serde/Cargo.toml", "go/pkg/mod/github.com/x/y@v1/go.mod", "go/src/me/p/go.mod",
           "node_modules/left-pad/package.json", "build/p/CMakeLists.txt", "@linked"}, {"go/src/me"}, {}},
-        {{"Documents/report.txt", "Music/a/b/", "Pictures/"}, {}, {}},
-        {{"code/app/package.json"}, {}, {"~/elsewhere"}},
+        {{"Documents/report.txt", "Music/a/b/", "Pictures/"}, {}, {}}, {{"code/app/package.json"}, {}, {"~/elsewhere"}},
     };
     for (const auto& [files, folders, roots] : homes) {
         SCOPED_TRACE(files[0]);

@@ -46,8 +46,7 @@ constexpr const char* xml =
 
 TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADictionaryIdentifiesNothing) {
     const std::vector<std::tuple<std::string, std::string, bool>> cases{
-        {"xml", xml, true},
-        {"xml after a UTF-8 byte-order mark", std::string("\xEF\xBB\xBF") + xml, true},
+        {"xml", xml, true}, {"xml after a UTF-8 byte-order mark", std::string("\xEF\xBB\xBF") + xml, true},
         {"xml in UTF-16, big-endian", utf16(xmlUTF16, true), true},
         {"xml in UTF-16, little-endian", utf16(xmlUTF16, false), true},
         {"OpenStep, quoted", R"({ CFBundleName = "Enc"; CFBundleIdentifier = "com.x.Enc"; })", true},
@@ -61,15 +60,11 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADi
         {"nesting up to 512 levels",
          "{ A = " + std::string(500, '(') + std::string(500, ')') + "; CFBundleIdentifier = com.x.Enc; }", true},
         {"odd UTF-16 length", utf16(u"{ A = b; }", true) + "x", false},
-        {"unpaired surrogate", utf16(u"{ A = \xD83D; }", false), false},
-        {"only a byte-order mark", "\xEF\xBB\xBF", false},
-        {"blank", " \n\t", false},
-        {"no identifier", "{ A = b; }", false},
-        {"top-level array", "( a, b )", false},
+        {"unpaired surrogate", utf16(u"{ A = \xD83D; }", false), false}, {"only a byte-order mark", "\xEF\xBB\xBF", false},
+        {"blank", " \n\t", false}, {"no identifier", "{ A = b; }", false}, {"top-level array", "( a, b )", false},
         {"missing semicolon", "{ A = b }", false},
         {"unterminated string", "{ A = \"b; }", false},
-        {"text after the dictionary", "{ A = b; } c", false},
-        {"bad data", "{ A = <0x12>; }", false},
+        {"text after the dictionary", "{ A = b; } c", false}, {"bad data", "{ A = <0x12>; }", false},
         {"nesting past 512 levels", "{ A = " + std::string(600, '(') + std::string(600, ')') + "; }", false},
         {"UTF-32", std::string("\xFF\xFE\0\0{\0\0\0}\0\0\0", 12), false},
     };
@@ -166,21 +161,13 @@ TEST(OrphanRule, SystemToolChainHelperAndInstalledIdentifiersAreNeverOrphans) {
 
 TEST(LiveAppMetadata, ParsesTheToolsDateWithItsOffsetAndNothingElse) {
     const std::vector<std::pair<std::string, std::optional<TimePoint>>> cases{
-        {"2024-03-01 14:22:05 +0000", utc(2024, 3, 1, 14, 22, 5)},
-        {"2024-03-01 14:22:05 +0130", utc(2024, 3, 1, 12, 52, 5)},
-        {"2024-03-01 00:10:00 -0500", utc(2024, 3, 1, 5, 10, 0)},
-        {"2024-02-29 23:59:59 +0000", utc(2024, 2, 29, 23, 59, 59)},
-        {"", std::nullopt},
-        {"(null)", std::nullopt},
-        {"2024-03-01 14:22:05", std::nullopt},
-        {"2024-03-01T14:22:05Z", std::nullopt},
-        {"2024-03-01 14:22:05 +00:00", std::nullopt},
-        {"2024-03-01 14:22:05 +0000 trailing", std::nullopt},
-        {"2023-02-29 10:00:00 +0000", std::nullopt},
-        {"2024-13-01 10:00:00 +0000", std::nullopt},
-        {"2024-03-01 24:00:00 +0000", std::nullopt},
-        {"2024-03-01 14:60:00 +0000", std::nullopt},
-        {"24-03-01 14:22:05 +0000", std::nullopt},
+        {"2024-03-01 14:22:05 +0000", utc(2024, 3, 1, 14, 22, 5)}, {"2024-03-01 14:22:05 +0130", utc(2024, 3, 1, 12, 52, 5)},
+        {"2024-03-01 00:10:00 -0500", utc(2024, 3, 1, 5, 10, 0)}, {"2024-02-29 23:59:59 +0000", utc(2024, 2, 29, 23, 59, 59)},
+        {"", std::nullopt}, {"(null)", std::nullopt}, {"2024-03-01 14:22:05", std::nullopt},
+        {"2024-03-01T14:22:05Z", std::nullopt}, {"2024-03-01 14:22:05 +00:00", std::nullopt},
+        {"2024-03-01 14:22:05 +0000 trailing", std::nullopt}, {"2023-02-29 10:00:00 +0000", std::nullopt},
+        {"2024-13-01 10:00:00 +0000", std::nullopt}, {"2024-03-01 24:00:00 +0000", std::nullopt},
+        {"2024-03-01 14:60:00 +0000", std::nullopt}, {"24-03-01 14:22:05 +0000", std::nullopt},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(LiveAppMetadata::parseToolDate(text), expected) << text;
 }
@@ -403,12 +390,8 @@ TEST(MonthsBefore, ThirtyDayMonthsAndTheClocksLimits) {
     using TimePoint = std::chrono::system_clock::time_point;
     const auto now = utc(2024, 6, 30);
     const std::vector<std::tuple<TimePoint, int, TimePoint>> cases{
-        {now, 3, utc(2024, 4, 1)},
-        {now, 0, now},
-        {now, -1, now + 30 * 24h},
-        {now + 250ms, 1, now + 250ms - 30 * 24h},
-        {now, std::numeric_limits<int>::max(), TimePoint::min()},
-        {now, std::numeric_limits<int>::min(), TimePoint::max()},
+        {now, 3, utc(2024, 4, 1)}, {now, 0, now}, {now, -1, now + 30 * 24h}, {now + 250ms, 1, now + 250ms - 30 * 24h},
+        {now, std::numeric_limits<int>::max(), TimePoint::min()}, {now, std::numeric_limits<int>::min(), TimePoint::max()},
         {TimePoint::min() + 24h, 1, TimePoint::min()},
     };
     for (const auto& [from, months, expected] : cases) EXPECT_EQ(monthsBefore(from, months), expected) << months;

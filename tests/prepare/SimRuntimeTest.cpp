@@ -71,12 +71,9 @@ TEST(SimRuntimeParse, FieldsOfTheWrongTypeTakeTheirDefaultsAndOtherMembersAreLef
 
 TEST(SimRuntimeDate, InternetDateTimeOnly) {
     const std::vector<std::pair<std::string, std::optional<std::chrono::system_clock::time_point>>> cases{
-        {"2024-03-01T14:22:05Z", utc(2024, 3, 1, 14, 22, 5)},
-        {"2024-03-01T14:22:05+01:00", utc(2024, 3, 1, 13, 22, 5)},
-        {"2024-03-01T00:22:05-05:30", utc(2024, 3, 1, 5, 52, 5)},
-        {"2024-12-31T23:59:59Z", utc(2024, 12, 31, 23, 59, 59)},
-        {"2024-03-01T23:00:00+23:00", utc(2024, 3, 1)},
-        {"2024-03-01T00:59:00+00:59", utc(2024, 3, 1)},
+        {"2024-03-01T14:22:05Z", utc(2024, 3, 1, 14, 22, 5)}, {"2024-03-01T14:22:05+01:00", utc(2024, 3, 1, 13, 22, 5)},
+        {"2024-03-01T00:22:05-05:30", utc(2024, 3, 1, 5, 52, 5)}, {"2024-12-31T23:59:59Z", utc(2024, 12, 31, 23, 59, 59)},
+        {"2024-03-01T23:00:00+23:00", utc(2024, 3, 1)}, {"2024-03-01T00:59:00+00:59", utc(2024, 3, 1)},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(SimRuntimeLister::parseDate(text), expected) << text;
     for (const std::string text : {"", "2024-01-05T10:00:00.123Z", "2024-01-05T10:00:00", "2024-01-05 10:00:00Z",
@@ -93,10 +90,8 @@ RuntimeLister listing(std::vector<SimRuntime> runtimes) {
 TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWithoutNow) {
     const auto cutOff = utc(2024, 4, 1);  // 3 months of 30 days before the 30th of June
     const auto lister = listing({
-        {"A-1_b.C", "iOS 17.2", 7000000000, true, utc(2024, 3, 1)},
-        {"Locked", "iOS 16.0", 5000000000, false, utc(2024, 3, 1)},
-        {"Edge", "iOS 16.1", 10, true, cutOff},
-        {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
+        {"A-1_b.C", "iOS 17.2", 7000000000, true, utc(2024, 3, 1)}, {"Locked", "iOS 16.0", 5000000000, false, utc(2024, 3, 1)},
+        {"Edge", "iOS 16.1", 10, true, cutOff}, {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
         {"NeverUsed", "iOS 15.0", 40, true, std::nullopt},
         {"x; rm -rf ~", "odd", 1, true, std::nullopt},  // a strange identifier stays one shell word
         {"it's", "quote", 1, true, std::nullopt},
