@@ -44,6 +44,11 @@ constexpr const char* xml =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
     "<key>CFBundleIdentifier</key><string>com.x.Enc</string></dict></plist>";
 
+fs::path makeApp(const fs::path& folder, const std::string& name, std::optional<std::string> bundleID,
+                 std::optional<std::string> executable = std::nullopt, PlistEncoding encoding = PlistEncoding::xml) {
+    return testing::makeApp(folder, name, {std::move(bundleID), std::move(executable), encoding});
+}
+
 TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADictionaryIdentifiesNothing) {
     const std::vector<std::tuple<std::string, std::string, bool>> cases{
         {"xml", xml, true}, {"xml after a UTF-8 byte-order mark", std::string("\xEF\xBB\xBF") + xml, true},
@@ -81,17 +86,15 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADi
 TEST(InstalledApps, InventoryListsVisibleBundlesDirectlyInsideInFolderOrderAndNamesTheUnidentified) {
     TempDir root;
     const auto folder = root / "one";
-    testing::FakeApp readable;
-    readable.bundleID = "com.x.Readable";
-    readable.encoding = PlistEncoding::binary;
-    const auto first = testing::makeApp(folder, "Readable", readable);
-    const auto second = testing::makeApp(root / "two", "Readable", readable);
-    testing::makeApp(folder, ".Hidden", readable);
-    testing::makeApp(folder / "Vendor", "Nested", readable);
-    fs::rename(testing::makeApp(folder / "upper", "Upper", readable), folder / "Upper.APP");
-    testing::FakeApp unnamed;
-    unnamed.executable = "NoIdentifier";
-    testing::makeApp(folder, "No Identifier", unnamed);
+    const auto readable = [&](const fs::path& where, const std::string& name) {
+        return makeApp(where, name, "com.x.Readable", std::nullopt, PlistEncoding::binary);
+    };
+    const auto first = readable(folder, "Readable");
+    const auto second = readable(root / "two", "Readable");
+    readable(folder, ".Hidden");
+    readable(folder / "Vendor", "Nested");
+    fs::rename(readable(folder / "upper", "Upper"), folder / "Upper.APP");
+    makeApp(folder, "No Identifier", std::nullopt, "NoIdentifier");
     testing::writeInfoPlist(folder / "Numeric.app", {{"CFBundleIdentifier", std::int64_t{42}}});
     testing::writeText(folder / "Garbage.app/Contents/Info.plist", "this is not a property list");
     testing::makeDirectory(folder / "Empty.app");
@@ -223,9 +226,8 @@ TEST(OrphanedLeftoverDetector, OneTargetPerUninstalledApplicationWithItsLocation
     EXPECT_EQ(targets[1].kind, CleanKind::paths({caches, savedState, preferences}));
     const DirectorySizer sizer;
     EXPECT_EQ(targets[1].sizeBytes, sizer.size(caches) + sizer.size(savedState) + sizer.size(preferences));
-    EXPECT_EQ(targets[1].family, Family::appLeftovers);
-    EXPECT_EQ(targets[1].level, Level::moderate);
-    EXPECT_EQ(targets[1].regenCost, RegenCost::redownload);
+    EXPECT_EQ(std::tuple(targets[1].family, targets[1].level, targets[1].regenCost),
+              std::tuple(Family::appLeftovers, Level::moderate, RegenCost::redownload));
     EXPECT_TRUE(orphans(home / "missing").empty());
 }
 
@@ -277,23 +279,10 @@ std::vector<CleanTarget> unused(const Scenario& scenario, const fs::path& home) 
         .scan();
 }
 
-fs::path makeApp(const fs::path& folder, const std::string& name, std::optional<std::string> bundleID,
-                 std::optional<std::string> executable = std::nullopt) {
-    testing::FakeApp app;
-    app.bundleID = std::move(bundleID);
-    app.executable = std::move(executable);
-    return testing::makeApp(folder, name, app);
-}
-
 TEST(UnusedAppDetector, OffersApplicationsLastUsedStrictlyBeforeTheCutOffOfThirtyDayMonths) {
-    struct Case {
-        int months;
-        TimePoint lastUsed;
-        bool offered;
-    };
-    const std::vector<Case> cases{
+    const std::vector<std::tuple<int, TimePoint, bool>> cases{
         {6, utc(2025, 1, 1, 23, 59, 59), true}, {6, utc(2025, 1, 2), false}, {6, utc(2025, 6, 1), false},
-        {0, now - 1s, true},                    {0, now, false},
+        {0, now - 1s, true}, {0, now, false},
     };
     for (const auto& [months, lastUsed, offered] : cases) {
         TempDir apps;
@@ -319,9 +308,8 @@ TEST(UnusedAppDetector, TheTargetHoldsTheBundleThenItsDataOrTheBundleAloneWithou
     EXPECT_EQ(targets[0].kind, CleanKind::paths({bundle, caches, preferences}));
     const DirectorySizer sizer;
     EXPECT_EQ(targets[0].sizeBytes, sizer.size(bundle) + sizer.size(caches) + sizer.size(preferences));
-    EXPECT_EQ(targets[0].family, Family::unusedApps);
-    EXPECT_EQ(targets[0].level, Level::aggressive);
-    EXPECT_EQ(targets[0].regenCost, RegenCost::redownload);
+    EXPECT_EQ(std::tuple(targets[0].family, targets[0].level, targets[0].regenCost),
+              std::tuple(Family::unusedApps, Level::aggressive, RegenCost::redownload));
     EXPECT_EQ(targets[1].kind, CleanKind::paths({plain}));
     EXPECT_EQ(targets[1].sizeBytes, sizer.size(plain));
 }
@@ -371,9 +359,7 @@ TEST(MakePreparers, InstalledApplicationsComeFromTheIndexFoldersOrTheStandardOne
     testing::TempDir home;
     for (const auto& [folder, name] : std::vector<std::pair<fs::path, std::string>>{{home / "Applications", "Kept"},
                                                                                     {home / "Elsewhere", "Other"}}) {
-        testing::FakeApp app;
-        app.bundleID = "com.x." + name;
-        testing::makeApp(folder, name, app);
+        makeApp(folder, name, "com.x." + name);
         testing::writeFile(home / "Library/Caches" / ("com.x." + name) / "data", 4096);
     }
     // An empty list: nothing counts as installed; none: the standard folders, of which only
