@@ -123,11 +123,8 @@ TEST(PrepareSummary, ReadsAsWrittenInEachLanguage) {
     // Given out of order; a target of another family adds to the total without a part, and
     // a command of known size is not of unknown size.
     const auto other = targetOf("derived-data", CleanKind::command("true"), 7, Family::xcodeCore);
-    struct Case {
-        std::vector<CleanTarget> targets;
-        std::map<std::string, std::string> expected;  // by language
-    };
-    const std::vector<Case> cases{
+    // The line expected by language.
+    const std::vector<std::pair<std::vector<CleanTarget>, std::map<std::string, std::string>>> cases{
         {{},
          {{"en", "Will free 0 B. Removal is permanent."},
           {"es", "Liberará 0 B. El borrado es permanente."}}},
