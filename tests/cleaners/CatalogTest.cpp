@@ -1,23 +1,18 @@
 // Both catalog profiles by their properties: what every entry must satisfy, how the Linux
-// locations follow the XDG folders and the tools' variables, and what happens to a variable
-// that points where nothing may be cleaned.
+// locations follow the XDG folders and the tools' variables, what happens to a variable
+// that points where nothing may be cleaned, and where projects are found in a home.
 #include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 #include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/CommandCleaner.h"
+#include "kelvo/Config.h"
 #include "kelvo/L10n.h"
 #include "kelvo/PathCleaner.h"
 #include "kelvo/Paths.h"
 #include "kelvo/PerProjectCleaner.h"
+#include "kelvo/ProjectDiscovery.h"
 #include "kelvo/VersionedDirCleaner.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TargetIds.h"
@@ -28,8 +23,10 @@ namespace kelvo {
 namespace {
 
 namespace fs = std::filesystem;
+using Variables = std::map<std::string, std::string, std::less<>>;
+constexpr auto linux = CatalogProfile::gnuLinux, macos = CatalogProfile::macos;
 
-Environment environment(CatalogProfile profile, std::map<std::string, std::string, std::less<>> variables = {}) {
+Environment environment(CatalogProfile profile, Variables variables = {}) {
     Environment env;
     env.home = "/home/dev";
     env.tmpDir = "/tmp";
@@ -41,13 +38,11 @@ Environment environment(CatalogProfile profile, std::map<std::string, std::strin
 
 // Every folder an entry would measure or list: a path entry's paths, a versioned entry's parent.
 std::vector<fs::path> placesOf(const Cleaner& cleaner) {
-    if (const auto* path = dynamic_cast<const PathCleaner*>(&cleaner)) {
-        std::vector<fs::path> places;
+    std::vector<fs::path> places;
+    if (const auto* path = dynamic_cast<const PathCleaner*>(&cleaner))
         for (const auto& relative : path->relativePaths()) places.push_back(Paths::appending(path->home(), relative));
-        return places;
-    }
-    if (const auto* versioned = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return {versioned->parent()};
-    return {};
+    if (const auto* versioned = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) places.push_back(versioned->parent());
+    return places;
 }
 
 std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) {
@@ -56,11 +51,11 @@ std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) 
     return places;
 }
 
-// Level, reversibility and cost of an entry that has them (all but the per-project one).
-std::optional<std::tuple<Level, Reversibility, RegenCost>> riskOf(const Cleaner& cleaner) {
-    if (const auto* c = dynamic_cast<const PathCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
-    if (const auto* c = dynamic_cast<const CommandCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
-    if (const auto* c = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return std::tuple(c->level(), c->reversibility(), c->regenCost());
+// The reversibility of an entry that has one (all but the per-project one).
+std::optional<Reversibility> reversibilityOf(const Cleaner& cleaner) {
+    if (const auto* c = dynamic_cast<const PathCleaner*>(&cleaner)) return c->reversibility();
+    if (const auto* c = dynamic_cast<const CommandCleaner*>(&cleaner)) return c->reversibility();
+    if (const auto* c = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return c->reversibility();
     return std::nullopt;
 }
 
@@ -71,19 +66,16 @@ bool inside(const fs::path& path, const fs::path& root) {
 TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTheAllowedFoldersAndNeedsItsTool) {
     testing::TempDir emptyPath;
     const testing::ScopedEnvironment path({{"PATH", emptyPath.path().string()}});
-    for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
+    for (const auto profile : {macos, linux}) {
         auto withFlutter = environment(profile);
         withFlutter.flutterBinCache = "/opt/flutter/bin/cache";
         for (const auto& env : {environment(profile), withFlutter}) {
-            SCOPED_TRACE(std::string(profile == CatalogProfile::macos ? "macos" : "linux") +
-                         (env.flutterBinCache ? " with flutter" : ""));
+            SCOPED_TRACE(std::string(profile == macos ? "macos" : "linux") + (env.flutterBinCache ? " with flutter" : ""));
             const auto cleaners = CleanerRegistry::makeCleaners(env);
             const auto roots = CleanerRegistry::allowedRoots(env);
             const auto protectedPaths = CleanerRegistry::protectedPaths(env);
             const auto families = CleanerRegistry::familiesWithDetectors(env);
-            if (profile == CatalogProfile::macos) {
-                EXPECT_EQ(cleaners.size(), env.flutterBinCache ? 103u : 102u);
-            }
+            EXPECT_TRUE(profile != macos || cleaners.size() == (env.flutterBinCache ? 103u : 102u)) << cleaners.size();
             ASSERT_FALSE(cleaners.empty());
             EXPECT_EQ(cleaners.back()->id(), "per-project");
             std::set<std::string> ids;
@@ -92,15 +84,12 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
                 EXPECT_TRUE(ids.insert(cleaner->id()).second) << "duplicate id";
                 EXPECT_NE(std::find(families.begin(), families.end(), cleaner->family()), families.end());
                 if (cleaner->id() == "per-project") continue;
-                for (const auto& [language, catalog] : L10n::bundle().catalogs) {
+                for (const auto& [language, catalog] : L10n::bundle().catalogs)
                     EXPECT_TRUE(catalog.texts.contains("cleaner." + cleaner->id())) << language;
-                }
-                const auto risk = riskOf(*cleaner);
-                ASSERT_TRUE(risk);
+                const auto reversibility = reversibilityOf(*cleaner);
+                ASSERT_TRUE(reversibility);
                 // Only the Linux profile has entries of user data (the trash, container pruning).
-                if (profile == CatalogProfile::macos) {
-                    EXPECT_EQ(std::get<Reversibility>(*risk), Reversibility::regenerable);
-                }
+                EXPECT_TRUE(profile != macos || *reversibility == Reversibility::regenerable);
                 // A versioned entry offers its parent's subfolders, so its parent may be a root itself.
                 const bool offersChildren = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()) != nullptr;
                 for (const auto& place : placesOf(*cleaner)) {
@@ -108,9 +97,7 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
                         return inside(place, root) || (offersChildren && place == root);
                     })) << place;
                     for (const auto& kept : protectedPaths) EXPECT_FALSE(place == kept || inside(place, kept)) << place;
-                    if (profile == CatalogProfile::gnuLinux) {
-                        EXPECT_FALSE(inside(place, env.home / "Library")) << place;
-                    }
+                    EXPECT_FALSE(profile == linux && inside(place, env.home / "Library")) << place;
                 }
                 if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get())) {
                     for (const char* elevation : {"sudo", "pkexec", "--system"})
@@ -131,19 +118,18 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
 }
 
 TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
-    const auto macosCleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::macos));
-    const auto cleaners = CleanerRegistry::makeCleaners(environment(CatalogProfile::gnuLinux));
-    const auto* linux = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
-    const auto* macos = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
-    ASSERT_TRUE(linux && macos);
-    EXPECT_FALSE(macos->cacheTagged().has_value());
-    ASSERT_TRUE(linux->cacheTagged().has_value());
-
+    const auto macosCleaners = CleanerRegistry::makeCleaners(environment(macos));
+    const auto cleaners = CleanerRegistry::makeCleaners(environment(linux));
+    const auto* linuxKinds = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
+    const auto* macosKinds = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
+    ASSERT_TRUE(linuxKinds && macosKinds);
+    EXPECT_FALSE(macosKinds->cacheTagged().has_value());
+    ASSERT_TRUE(linuxKinds->cacheTagged().has_value());
     std::set<std::string> names;
-    for (const auto& spec : linux->specs()) EXPECT_TRUE(names.insert(spec.dirName).second) << spec.dirName;
-    EXPECT_FALSE(names.contains(linux->cacheTagged()->dirName));
-    for (const auto& spec : macos->specs()) EXPECT_TRUE(names.contains(spec.dirName)) << spec.dirName;
-    EXPECT_GT(names.size(), macos->specs().size());
+    for (const auto& kind : linuxKinds->specs()) EXPECT_TRUE(names.insert(kind.dirName).second) << kind.dirName;
+    EXPECT_FALSE(names.contains(linuxKinds->cacheTagged()->dirName));
+    for (const auto& kind : macosKinds->specs()) EXPECT_TRUE(names.contains(kind.dirName)) << kind.dirName;
+    EXPECT_GT(names.size(), macosKinds->specs().size());
     // Settings, project links, notebook backups, service state, committed code and links.
     for (const char* kept : {".bundle", ".vercel", ".netlify", ".swiftpm", ".idea", ".ipynb_checkpoints", ".devenv",
                              "vendor", "result", "bazel-out"})
@@ -151,29 +137,24 @@ TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUse
 }
 
 TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefaultWhenMarksCanTellTheToolsData) {
-    struct Case {
-        std::map<std::string, std::string, std::less<>> variables;
-        std::string id;
-        fs::path place;
-        bool offered = true;  // else the place is not among the entry's and a note names the entry
-    };
-    const std::vector<Case> cases{
-        {{}, "pip-cache", "/home/dev/.cache/pip"},
-        {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip"},
-        {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc"},
-        {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip"},
-        {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache"},  // the default itself
-        {{}, "rubygems", "/home/dev/.local/share/gem/ruby"},
+    // offered false: the place is not among the entry's and a note names the entry.
+    const std::vector<std::tuple<Variables, std::string, fs::path, bool>> cases{
+        {{}, "pip-cache", "/home/dev/.cache/pip", true},
+        {{{"XDG_CACHE_HOME", "/home/dev/xc"}}, "pip-cache", "/home/dev/xc/pip", true},
+        {{{"XDG_CACHE_HOME", "/home/dev/xc"}, {"PIP_CACHE_DIR", "/home/dev/pc"}}, "pip-cache", "/home/dev/pc", true},
+        {{{"PIP_CACHE_DIR", "relative/pip"}, {"XDG_CACHE_HOME", "~/xc"}}, "pip-cache", "/home/dev/.cache/pip", true},
+        {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache", true},  // the default itself
+        {{}, "rubygems", "/home/dev/.local/share/gem/ruby", true},
         {{{"GEM_HOME", "/home/dev/gems"}}, "rubygems", "/home/dev/.local/share/gem/ruby", false},  // replaced
-        {{}, "vscode-caches", "/home/dev/.config/Code - Insiders/DawnWebGPUCache"},
+        {{}, "vscode-caches", "/home/dev/.config/Code - Insiders/DawnWebGPUCache", true},
         // No mark tells these tools' data from the user's files.
         {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem/gems", false},
         {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log", false},
         {{{"XDG_CONFIG_HOME", "/home/dev/cfg/"}}, "vscode-caches", "/home/dev/cfg/Code/Cache", false},
-        {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache"},
-        {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods"},
-        {{{"CARGO_HOME", "/home/dev/rust/cargo"}}, "cargo-registry", "/home/dev/rust/cargo/registry"},
-        {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk"},
+        {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache", true},
+        {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods", true},
+        {{{"CARGO_HOME", "/home/dev/rust/cargo"}}, "cargo-registry", "/home/dev/rust/cargo/registry", true},
+        {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk", true},
         // Naming the home, a project root or a folder above one: nothing the tool keeps is offered.
         {{{"XDG_CACHE_HOME", "/home/dev"}}, "pip-cache", "/home/dev/pip", false},
         {{{"CARGO_HOME", "/home/dev/src"}}, "cargo-git", "/home/dev/src/git", false},
@@ -181,7 +162,7 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
     };
     for (const auto& [variables, id, place, offered] : cases) {
         SCOPED_TRACE(id + " at " + place.string());
-        const auto env = environment(CatalogProfile::gnuLinux, variables);
+        const auto env = environment(linux, variables);
         const auto places = placesById(env)[id];
         std::string notes;
         for (const auto& note : CleanerRegistry::build(env).notes) notes += note + "\n";
@@ -191,33 +172,25 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
 }
 
 TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughAVariableNamingTheUsersFolders) {
-    struct Case {
-        CatalogProfile profile;
-        std::map<std::string, std::string, std::less<>> variables;  // "~" stands for the home
-        std::vector<std::string> files;
-        std::string id;
-        std::set<std::string> offered;
-    };
-    const auto linux = CatalogProfile::gnuLinux;
-    const std::set<std::string> none;
-    const std::vector<Case> cases{
-        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/.git/HEAD", "zig/o/build.zig"}, "zig-cache-global", none},
-        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/h/a", "zig/o/b"}, "zig-cache-global", none},
-        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/.git/HEAD", "projects/git/db/x"}, "cargo-git", none},
-        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/checkouts/x"}, "cargo-git", none},
+    // "~" stands for the home in the variables; the offered ids, none when empty.
+    const std::vector<std::tuple<CatalogProfile, Variables, std::vector<std::string>, std::string, std::set<std::string>>> cases{
+        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/.git/HEAD", "zig/o/build.zig"}, "zig-cache-global", {}},
+        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/h/a", "zig/o/b"}, "zig-cache-global", {}},
+        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/.git/HEAD", "projects/git/db/x"}, "cargo-git", {}},
+        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/checkouts/x"}, "cargo-git", {}},
         {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/checkouts/x"}, "cargo-git", {"cargo-git"}},
-        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/src/main.rs"}, "cargo-git", none},
-        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/db/x", "rust/git/.git"}, "cargo-git", none},
+        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/src/main.rs"}, "cargo-git", {}},
+        {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/db/x", "rust/git/.git"}, "cargo-git", {}},
         {linux, {}, {".cache/pip/wheels/x"}, "pip-cache", {"pip-cache"}},
-        {linux, {}, {".cache/pip/notes.txt"}, "pip-cache", none},
+        {linux, {}, {".cache/pip/notes.txt"}, "pip-cache", {}},
         {linux, {}, {".npm/_cacache/index-v5/x"}, "npm-cache", {"npm-cache"}},
-        {linux, {}, {".cache/go-build/README"}, "go-build", none},
+        {linux, {}, {".cache/go-build/README"}, "go-build", {}},
         {linux, {}, {".cache/go-build/README", ".cache/go-build/trim.txt"}, "go-build", {"go-build"}},
-        {linux, {{"XDG_CONFIG_HOME", "~/cfg"}}, {"cfg/Code/Cache/x"}, "vscode-caches", none},
+        {linux, {{"XDG_CONFIG_HOME", "~/cfg"}}, {"cfg/Code/Cache/x"}, "vscode-caches", {}},
         {linux, {}, {".config/Code/Cache/x"}, "vscode-caches", {"vscode-caches"}},
         {linux, {}, {"Android/Sdk/ndk/26/source.properties", "Android/Sdk/ndk/2/a"}, "android-ndk", {"android-ndk/26"}},
-        {linux, {}, {"Android/Sdk/ndk/.git", "Android/Sdk/ndk/26/source.properties"}, "android-ndk", none},
-        {CatalogProfile::macos, {}, {".cargo/registry/.git/HEAD", ".cargo/registry/cache/x"}, "cargo-registry", none},
+        {linux, {}, {"Android/Sdk/ndk/.git", "Android/Sdk/ndk/26/source.properties"}, "android-ndk", {}},
+        {macos, {}, {".cargo/registry/.git/HEAD", ".cargo/registry/cache/x"}, "cargo-registry", {}},
     };
     for (const auto& [profile, variables, files, id, offered] : cases) {
         SCOPED_TRACE(id + " with " + files.front());
@@ -225,8 +198,7 @@ TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughA
         auto env = environment(profile);
         env.home = home.path();
         env.projectRoots = {"~/projects"};
-        for (const auto& [name, value] : variables)
-            env.locationVariables[name] = home.path().native() + value.substr(1);
+        for (const auto& [name, value] : variables) env.locationVariables[name] = home.path().native() + value.substr(1);
         for (const auto& file : files) testing::writeFile(home / file, 4096);
         std::set<std::string> ids;
         for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
@@ -236,8 +208,7 @@ TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughA
 }
 
 TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSaysSo) {
-    const auto env = environment(CatalogProfile::gnuLinux,
-                                 {{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
+    const auto env = environment(linux, {{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
     const auto built = CleanerRegistry::build(env);
     std::set<std::string> ids;
     for (const auto& cleaner : built.cleaners) {
@@ -251,9 +222,9 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
     EXPECT_FALSE(ids.contains("ccache"));
     // Entries with places elsewhere keep those: thumbnails also looks in ~/.thumbnails.
     EXPECT_EQ(placesById(env).at("thumbnails"), std::vector<fs::path>{"/home/dev/.thumbnails"});
-    ASSERT_EQ(built.notes.size(), 3u);
     const std::vector<std::pair<std::string, std::string>> mentioned{
         {"GEM_HOME", "rubygems"}, {"PIP_CACHE_DIR", "pip-cache"}, {"XDG_CACHE_HOME", "ccache"}};
+    ASSERT_EQ(built.notes.size(), mentioned.size());
     for (std::size_t index = 0; index < mentioned.size(); ++index) {
         EXPECT_NE(built.notes[index].find(mentioned[index].first), std::string::npos) << built.notes[index];
         EXPECT_NE(built.notes[index].find(mentioned[index].second), std::string::npos) << built.notes[index];
@@ -261,7 +232,7 @@ TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSays
 }
 
 TEST(Catalog, AHomeAtTheRootOffersNothingBelowItInEitherProfile) {
-    for (const auto profile : {CatalogProfile::macos, CatalogProfile::gnuLinux}) {
+    for (const auto profile : {macos, linux}) {
         auto env = environment(profile);
         env.home = "/";
         for (const auto& [id, places] : placesById(env))
@@ -272,7 +243,7 @@ TEST(Catalog, AHomeAtTheRootOffersNothingBelowItInEitherProfile) {
 TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
     testing::TempDir root;
-    auto env = environment(CatalogProfile::gnuLinux);
+    auto env = environment(linux);
     env.home = root / "home";
     env.tmpDir = root / "tmp";
     std::optional<CleanTarget> metro;
@@ -283,22 +254,19 @@ TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUser
     for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "unrelated/e"})
         testing::writeFile(env.tmpDir / entry, 100);
     ASSERT_EQ(::lchown((env.tmpDir / "haste-map-theirs").c_str(), 65534, 65534), 0);
-    CleanService service;
-    service.env = env;
-
+    const CleanService service{.env = env};
     // While another user's entry matches, the line is refused whole.
     EXPECT_EQ(service.clean({*metro}, false, false).skipped.size(), 1u);
-    EXPECT_EQ(testing::listing(env.tmpDir),
-              "haste-map-mine/\nhaste-map-mine/b\nhaste-map-theirs/\nhaste-map-theirs/c\nmetro-cache/\nmetro-cache/a\n"
-              "unrelated/\nunrelated/e\n");
+    EXPECT_EQ(testing::listing(env.tmpDir), "haste-map-mine/\nhaste-map-mine/b\nhaste-map-theirs/\nhaste-map-theirs/c\n"
+                                            "metro-cache/\nmetro-cache/a\nunrelated/\nunrelated/e\n");
     fs::remove_all(env.tmpDir / "haste-map-theirs");
     EXPECT_EQ(service.clean({*metro}, false, false).deleted, std::vector<std::string>{"metro-cache"});
     EXPECT_EQ(testing::listing(env.tmpDir), "unrelated/\nunrelated/e\n");
 }
 
 TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
-    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(environment(CatalogProfile::gnuLinux));
-    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(environment(CatalogProfile::macos));
+    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(environment(linux));
+    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(environment(macos));
     const auto has = [](const std::vector<Family>& families, Family family) {
         return std::find(families.begin(), families.end(), family) != families.end();
     };
@@ -307,13 +275,46 @@ TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderIts
     EXPECT_TRUE(has(macosFamilies, Family::xcodeCore));
     EXPECT_FALSE(has(macosFamilies, Family::webBuild));
     EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
-
     // Raw values stay; only the general family's display name changes.
     for (Family family : allFamilies())
-        EXPECT_EQ(displayName(family, CatalogProfile::gnuLinux) == displayName(family, CatalogProfile::macos),
-                  family != Family::general)
-            << rawValue(family);
-    EXPECT_EQ(displayName(Family::general, CatalogProfile::gnuLinux), L10n::t("family.linux.macosGeneral"));
+        EXPECT_EQ(displayName(family, linux) == displayName(family, macos), family != Family::general) << rawValue(family);
+    EXPECT_EQ(displayName(Family::general, linux), L10n::t("family.linux.macosGeneral"));
+}
+
+TEST(ProjectDiscovery, FindsTheFoldersHoldingProjectsInATableOfHomes) {
+    // Files home-relative ("/" at the end: a folder; "@" at the start: a link out); the folders
+    // expected; the configured project folders (none: the defaults).
+    const std::vector<std::tuple<std::vector<std::string>, std::vector<std::string>, std::vector<std::string>>> homes{
+        {{"code/app/package.json", "code/group/lib/Cargo.toml", "src/github.com/x/tool/go.mod", "solo/pyproject.toml",
+          "a/b/c/d/e/f/CMakeLists.txt", "work/api/Api.csproj", "work/api/sub/package.json"},
+         {"code", "solo", "src/github.com/x", "work"}, {}},
+        {{"repos/dotfiles/.git/", "notes/.hg/", "notes/x/"}, {"notes", "repos"}, {}},
+        {{".local/share/p/package.json", ".config/x/Cargo.toml", "stuff/.hidden/p/package.json", "dev/.git"}, {"dev"}, {}},
+        {{".cargo/registry/src/idx/serde/Cargo.toml", "go/pkg/mod/github.com/x/y@v1/go.mod", "go/src/me/p/go.mod",
+          "node_modules/left-pad/package.json", "build/p/CMakeLists.txt", "@linked"}, {"go/src/me"}, {}},
+        {{"Documents/report.txt", "Music/a/b/", "Pictures/"}, {}, {}}, {{"code/app/package.json"}, {}, {"~/elsewhere"}},
+    };
+    for (const auto& [files, folders, roots] : homes) {
+        SCOPED_TRACE(files[0]);
+        testing::TempDir root;
+        const fs::path home = root / "home";
+        testing::writeText(root / "outside/app/package.json", "");
+        for (const auto& file : files)
+            if (file.starts_with('@')) fs::create_directory_symlink(root / "outside", home / file.substr(1));
+            else file.ends_with('/') ? (void)fs::create_directories(home / file) : (void)testing::writeText(home / file, "");
+        Environment env = environment(linux);
+        env.home = home;
+        env.projectRoots = roots.empty() ? Config::defaults().projectRoots : roots;
+        // The default folder first, then the found ones; a configured folder alone.
+        std::vector<fs::path> found, walked{roots.empty() ? home / "workspace" : home / "elsewhere"};
+        for (const auto& folder : folders) found.push_back(home / folder);
+        walked.insert(walked.end(), found.begin(), found.end());
+        const Environment completed = ProjectDiscovery::completed(env);
+        EXPECT_EQ(completed.foundProjectRoots, roots.empty() ? std::optional(found) : std::nullopt);
+        EXPECT_EQ(completed.resolvedProjectRoots(), walked);
+        env.catalog = macos;
+        EXPECT_FALSE(ProjectDiscovery::completed(env).foundProjectRoots);
+    }
 }
 
 }  // namespace

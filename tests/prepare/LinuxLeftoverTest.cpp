@@ -80,39 +80,23 @@ TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedAsUserDataNotPr
 }
 
 TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKind) {
-    struct Case {
-        const char* name;
-        std::function<void(const fs::path& system, const fs::path& home)> change;
-        std::set<std::string> expected;
+    using Change = std::function<void(const fs::path& system, const fs::path& home)>;
+    const auto replaceByFile = [](const fs::path& folder) {
+        fs::remove_all(folder);
+        writeFile(folder);
     };
-    const std::vector<Case> cases{
-        {"flatpak app folder is a file",
-         [](const fs::path& root, const fs::path&) {
-             fs::remove_all(root / "var/lib/flatpak/app");
-             writeFile(root / "var/lib/flatpak/app");
-         },
-         {"leftover:snap:gone-snap"}},
+    const std::set<std::string> snapsOnly{"leftover:snap:gone-snap"};
+    const std::vector<std::tuple<std::string, Change, std::set<std::string>>> cases{
+        {"flatpak app folder is a file", [&](auto& root, auto&) { replaceByFile(root / "var/lib/flatpak/app"); }, snapsOnly},
         {"installation file unreadable",
-         [](const fs::path& root, const fs::path&) { fs::create_directory(root / "etc/flatpak/installations.d/x.conf"); },
-         {"leftover:snap:gone-snap"}},
+         [](auto& root, auto&) { fs::create_directory(root / "etc/flatpak/installations.d/x.conf"); }, snapsOnly},
         // A declared installation on a disk not mounted: its folder missing, or an empty mount point.
-        {"declared installation missing",
-         [](const fs::path& root, const fs::path&) { fs::remove_all(root.parent_path() / "extra"); },
-         {"leftover:snap:gone-snap"}},
-        {"declared installation empty",
-         [](const fs::path& root, const fs::path&) { fs::remove_all(root.parent_path() / "extra/repo"); },
-         {"leftover:snap:gone-snap"}},
-        {"snap packages folder is a file",
-         [](const fs::path& root, const fs::path&) {
-             fs::remove_all(root / "var/lib/snapd/snaps");
-             writeFile(root / "var/lib/snapd/snaps");
-         },
+        {"declared installation missing", [](auto& root, auto&) { fs::remove_all(root.parent_path() / "extra"); }, snapsOnly},
+        {"declared installation empty", [](auto& root, auto&) { fs::remove_all(root.parent_path() / "extra/repo"); }, snapsOnly},
+        {"snap packages folder is a file", [&](auto& root, auto&) { replaceByFile(root / "var/lib/snapd/snaps"); },
          {"leftover:org.example.Gone"}},
         {"nothing installed anywhere",
-         [](const fs::path& root, const fs::path& user) {
-             fs::remove_all(root);
-             fs::remove_all(user / ".local/share/flatpak");
-         },
+         [](auto& root, auto& user) { for (const fs::path& gone : {root, user / ".local/share/flatpak"}) fs::remove_all(gone); },
          {"leftover:org.example.Gone", "leftover:org.example.System", "leftover:org.example.User",
           "leftover:org.example.Extra", "leftover:snap:gone-snap", "leftover:snap:mounted", "leftover:snap:packed"}},
     };

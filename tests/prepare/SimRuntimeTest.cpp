@@ -1,11 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <map>
-
+#include "kelvo/L10n.h"
 #include "kelvo/OldSimRuntimeDetector.h"
+#include "kelvo/PrepareSummary.h"
 #include "kelvo/SimRuntime.h"
 #include "support/Instants.h"
 #include "support/TargetIds.h"
+#include "support/Targets.h"
 
 namespace kelvo {
 namespace {
@@ -70,12 +71,9 @@ TEST(SimRuntimeParse, FieldsOfTheWrongTypeTakeTheirDefaultsAndOtherMembersAreLef
 
 TEST(SimRuntimeDate, InternetDateTimeOnly) {
     const std::vector<std::pair<std::string, std::optional<std::chrono::system_clock::time_point>>> cases{
-        {"2024-03-01T14:22:05Z", utc(2024, 3, 1, 14, 22, 5)},
-        {"2024-03-01T14:22:05+01:00", utc(2024, 3, 1, 13, 22, 5)},
-        {"2024-03-01T00:22:05-05:30", utc(2024, 3, 1, 5, 52, 5)},
-        {"2024-12-31T23:59:59Z", utc(2024, 12, 31, 23, 59, 59)},
-        {"2024-03-01T23:00:00+23:00", utc(2024, 3, 1)},
-        {"2024-03-01T00:59:00+00:59", utc(2024, 3, 1)},
+        {"2024-03-01T14:22:05Z", utc(2024, 3, 1, 14, 22, 5)}, {"2024-03-01T14:22:05+01:00", utc(2024, 3, 1, 13, 22, 5)},
+        {"2024-03-01T00:22:05-05:30", utc(2024, 3, 1, 5, 52, 5)}, {"2024-12-31T23:59:59Z", utc(2024, 12, 31, 23, 59, 59)},
+        {"2024-03-01T23:00:00+23:00", utc(2024, 3, 1)}, {"2024-03-01T00:59:00+00:59", utc(2024, 3, 1)},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(SimRuntimeLister::parseDate(text), expected) << text;
     for (const std::string text : {"", "2024-01-05T10:00:00.123Z", "2024-01-05T10:00:00", "2024-01-05 10:00:00Z",
@@ -92,10 +90,8 @@ RuntimeLister listing(std::vector<SimRuntime> runtimes) {
 TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWithoutNow) {
     const auto cutOff = utc(2024, 4, 1);  // 3 months of 30 days before the 30th of June
     const auto lister = listing({
-        {"A-1_b.C", "iOS 17.2", 7000000000, true, utc(2024, 3, 1)},
-        {"Locked", "iOS 16.0", 5000000000, false, utc(2024, 3, 1)},
-        {"Edge", "iOS 16.1", 10, true, cutOff},
-        {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
+        {"A-1_b.C", "iOS 17.2", 7000000000, true, utc(2024, 3, 1)}, {"Locked", "iOS 16.0", 5000000000, false, utc(2024, 3, 1)},
+        {"Edge", "iOS 16.1", 10, true, cutOff}, {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
         {"NeverUsed", "iOS 15.0", 40, true, std::nullopt},
         {"x; rm -rf ~", "odd", 1, true, std::nullopt},  // a strange identifier stays one shell word
         {"it's", "quote", 1, true, std::nullopt},
@@ -112,6 +108,40 @@ TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWitho
     ASSERT_EQ(all.size(), 6u);
     EXPECT_EQ(all[4].kind.commandLine(), "xcrun simctl runtime delete 'x; rm -rf ~'");
     EXPECT_EQ(all[5].kind.commandLine(), "xcrun simctl runtime delete 'it'\\''s'");
+}
+
+
+using testing::targetOf;
+
+CleanTarget leftover(std::int64_t bytes) { return targetOf("leftover:x", CleanKind::paths({"/h/x"}), bytes, Family::appLeftovers); }
+CleanTarget app(std::int64_t bytes) { return targetOf("app:x", CleanKind::paths({"/h/X.app"}), bytes, Family::unusedApps); }
+CleanTarget runtime(std::int64_t bytes) {
+    return targetOf("sim-runtime:x", CleanKind::command("xcrun simctl runtime delete x"), bytes, Family::simulators);
+}
+
+TEST(PrepareSummary, ReadsAsWrittenInEachLanguage) {
+    // Given out of order; a target of another family adds to the total without a part, and
+    // a command of known size is not of unknown size.
+    const auto other = targetOf("derived-data", CleanKind::command("true"), 7, Family::xcodeCore);
+    // The line expected by language.
+    const std::vector<std::pair<std::vector<CleanTarget>, std::map<std::string, std::string>>> cases{
+        {{},
+         {{"en", "Will free 0 B. Removal is permanent."},
+          {"es", "Liberará 0 B. El borrado es permanente."}}},
+        {{leftover(1024), runtime(0)},
+         {{"en", "Will free 1.00 KB (1 leftover · 1 runtime), plus 1 of unknown size. Removal is permanent."},
+          {"es", "Liberará 1.00 KB (1 resto · 1 runtime), más 1 de tamaño desconocido. El borrado es permanente."}}},
+        {{app(100), app(200)},
+         {{"en", "Will free 300 B (2 apps). Removal is permanent. 2 applications will be uninstalled."},
+          {"es", "Liberará 300 B (2 apps). El borrado es permanente. Se desinstalarán 2 aplicaciones."}}},
+        {{runtime(5000), app(2000), leftover(3000), leftover(4000), other},
+         {{"en", "Will free 13.68 KB (2 leftovers · 1 app · 1 runtime). Removal is permanent. One application will be uninstalled."},
+          {"es", "Liberará 13.68 KB (2 restos · 1 app · 1 runtime). El borrado es permanente. Se desinstalará una aplicación."}}},
+    };
+    for (const auto& [targets, expected] : cases) {
+        ASSERT_TRUE(expected.contains(L10n::currentLanguage())) << L10n::currentLanguage();
+        EXPECT_EQ(PrepareSummary::line(targets), expected.at(L10n::currentLanguage()));
+    }
 }
 
 }  // namespace

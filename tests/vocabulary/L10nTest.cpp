@@ -1,7 +1,22 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <clocale>
+#include <locale>
+#include <map>
+#include <set>
+
+#include "kelvo/DiskSpace.h"
+#include "kelvo/Family.h"
+#include "kelvo/Format.h"
 #include "kelvo/L10n.h"
+#include "kelvo/Reason.h"
+#include "kelvo/Reporter.h"
+#include "kelvo/RiskAxes.h"
 #include "support/ScopedEnvironment.h"
+#include "support/TargetIds.h"
+#include "support/Targets.h"
+#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
@@ -69,9 +84,7 @@ TEST(L10nFormat, FillsTypedAndPositionalPlaceholdersAndSignsThemByPosition) {
 TEST(L10nLanguage, TheFirstNonEmptyVariableNamesTheLanguageOrEnglish) {
     using Values = testing::ScopedEnvironment::Values;
     const std::vector<std::pair<Values, std::string>> cases{
-        {{}, "en"},
-        {{{"LANG", "es_ES.UTF-8"}}, "es"},
-        {{{"LANG", "es_ES.UTF-8"}, {"LC_MESSAGES", "en_GB"}}, "en"},
+        {{}, "en"}, {{{"LANG", "es_ES.UTF-8"}}, "es"}, {{{"LANG", "es_ES.UTF-8"}, {"LC_MESSAGES", "en_GB"}}, "en"},
         {{{"LANG", "en"}, {"LC_MESSAGES", "en_GB"}, {"LC_ALL", "es"}}, "es"},
         {{{"LANG", "es"}, {"LC_ALL", ""}}, "es"},  // empty counts as unset
         {{{"LANG", "C.UTF-8"}}, "en"},
@@ -83,6 +96,144 @@ TEST(L10nLanguage, TheFirstNonEmptyVariableNamesTheLanguageOrEnglish) {
         const testing::ScopedEnvironment variables(all);
         EXPECT_EQ(L10n::currentLanguage(), language) << ::testing::PrintToString(values);
     }
+}
+
+
+TEST(Reason, ReadsAsWrittenInEachLanguage) {
+    using enum Reason::Code;
+    const std::vector<std::pair<Reason, std::map<std::string, std::string>>> cases{
+        {{toolNotFound, "ignored"}, {{"en", "The tool is not installed"}, {"es", "La herramienta no está instalada"}}},
+        {{exitStatus, "-1"}, {{"en", "The command failed with status -1"}, {"es", "El comando falló con el estado -1"}}},
+        {{symlinkAncestor, "/a"},
+         {{"en", "The folder is reached through a symbolic link (/a)"},
+          {"es", "La carpeta se alcanza a través de un enlace simbólico (/a)"}}},
+        {{tmpDirUnanchored, "//"},
+         {{"en", "Nothing was removed: the temporary folder (//) resolves to \"/\". Set TMPDIR to a folder of your own."},
+          {"es", "No se borró nada: la carpeta temporal (//) apunta a \"/\". Pon en TMPDIR una carpeta propia."}}},
+    };
+    for (const auto& [reason, expected] : cases) {
+        ASSERT_TRUE(expected.contains(L10n::currentLanguage())) << L10n::currentLanguage();
+        EXPECT_EQ(reason.text(), expected.at(L10n::currentLanguage())) << Reason::key(reason.code);
+    }
+}
+
+
+TEST(Family, AliasesAreCaseInsensitiveListedWordsOnly) {
+    const std::vector<std::pair<std::string, std::optional<Family>>> cases{
+        {"XCODE", Family::xcodeCore}, {".NET", Family::dotNet}, {"DotNet", Family::dotNet},
+        {"Kotlin", Family::jvm},      {"PY", Family::python},   {"Leftovers", Family::appLeftovers},
+        {"docker", Family::docker},   {"General", Family::general},
+        {"xcodeCore", std::nullopt},  // a raw value only where it is also a word
+        {"", std::nullopt},           {" xcode", std::nullopt},
+    };
+    for (const auto& [alias, family] : cases) EXPECT_EQ(familyFromAlias(alias), family) << alias;
+}
+
+TEST(Vocabulary, RawValuesOfFamiliesAndRiskAxesAreUniqueExactAndRoundTripAndEveryFamilyHasATextAndAnIcon) {
+    std::set<std::string_view> seen;
+    for (Family family : allFamilies()) {
+        EXPECT_EQ(familyFromRawValue(rawValue(family)), family) << rawValue(family);
+        EXPECT_TRUE(seen.insert(rawValue(family)).second) << "duplicate raw value " << rawValue(family);
+        EXPECT_NE(displayName(family), "family." + std::string(rawValue(family)));
+        EXPECT_FALSE(iconName(family).empty()) << rawValue(family);
+    }
+    EXPECT_EQ(seen.size(), 20u);
+    EXPECT_EQ(familyFromRawValue("Docker"), std::nullopt);
+    const auto& clean = cleanDomainFamilies();
+    EXPECT_EQ(clean.size(), 17u);
+    EXPECT_TRUE(std::is_sorted(clean.begin(), clean.end()));
+    for (Family prepareOnly : {Family::appLeftovers, Family::unusedApps, Family::oldRuntimes})
+        EXPECT_EQ(std::count(clean.begin(), clean.end(), prepareOnly), 0);
+    EXPECT_EQ(guardedProcesses(Family::simulators), (std::vector<std::string>{"Xcode", "Simulator"}));
+    EXPECT_TRUE(guardedProcesses(Family::python).empty());
+    for (Level level : {Level::safe, Level::moderate, Level::aggressive}) EXPECT_EQ(levelFromRawValue(rawValue(level)), level);
+    for (Reversibility value : {Reversibility::regenerable, Reversibility::userData})
+        EXPECT_EQ(reversibilityFromRawValue(rawValue(value)), value);
+    for (RegenCost cost : {RegenCost::rebuild, RegenCost::reindex, RegenCost::redownload})
+        EXPECT_EQ(regenCostFromRawValue(rawValue(cost)), cost);
+    EXPECT_EQ(levelFromRawValue("Safe"), std::nullopt);
+    EXPECT_EQ(regenCostFromRawValue("download"), std::nullopt);
+}
+
+// A decimal comma in the C++ global locale (always available, built here) and, where one is
+// installed, in the C locale too: neither may reach the text.
+struct DecimalComma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(FormatBytes, BoundariesAndUnitsWithAFullStopWhateverTheLocale) {
+    const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    std::setlocale(LC_ALL, "de_DE.UTF-8") || std::setlocale(LC_ALL, "es_ES.UTF-8");
+    const std::vector<std::pair<std::int64_t, std::string>> cases{
+        {-5, "0 B"}, {0, "0 B"}, {1023, "1023 B"}, {1024, "1.00 KB"}, {1536, "1.50 KB"},
+        // 1.125 and 1.375 are exact ties: rounded as "%.2f" does, to the even hundredth.
+        {1152, "1.12 KB"}, {1408, "1.38 KB"}, {1048575, "1024.00 KB"}, {1048576, "1.00 MB"}, {1073741824, "1.00 GB"},
+        {1099511627776, "1.00 TB"}, {1099511627776LL * 2048, "2048.00 TB"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(Format::bytes(bytes), text) << bytes;
+    std::setlocale(LC_ALL, "C");
+    std::locale::global(previous);
+}
+
+CleanTarget target(std::string id, Family family, Level level, std::int64_t size) {
+    auto made = testing::targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
+    made.level = level;
+    return made;
+}
+
+TEST(Reporter, SumsByFamilyAndLevelKeepingZeroEntriesAndTheTargetsInOrder) {
+    const auto summary = Reporter::summarize({
+        target("x", Family::python, Level::moderate, 5),
+        target("y", Family::jvm, Level::safe, 0),  // only size 0: still an entry of 0
+        target("z", Family::python, Level::aggressive, 7),
+    });
+    EXPECT_EQ(summary.totalBytes, 12);
+    EXPECT_EQ(summary.byFamily, (std::map<Family, std::int64_t>{{Family::python, 12}, {Family::jvm, 0}}));
+    EXPECT_EQ(summary.byLevel, (std::map<Level, std::int64_t>{{Level::moderate, 5}, {Level::safe, 0}, {Level::aggressive, 7}}));
+    EXPECT_EQ(testing::idsOf(summary.targets), (std::vector<std::string>{"x", "y", "z"}));
+    const auto sorted = Reporter::largestFirst({target("five", Family::jvm, Level::safe, 5), target("nine1", Family::jvm, Level::safe, 9),
+                                                target("nine2", Family::jvm, Level::safe, 9), target("one", Family::jvm, Level::safe, 1)});
+    EXPECT_EQ(testing::idsOf(sorted), (std::vector<std::string>{"nine1", "nine2", "five", "one"}));
+}
+
+TEST(DiskSpace, UsedBytesAndFractionStayInRangeAtTheEdges) {
+    constexpr auto largest = std::numeric_limits<std::int64_t>::max();
+    const std::vector<std::tuple<DiskSpace, std::int64_t, double>> cases{
+        {{100, 25}, 75, 0.75},
+        {{100, 150}, 0, 0.0},  // more free than total (purgeable space counted): nothing used
+        {{0, 0}, 0, 0.0},
+        {{-5, -10}, 5, 0.0},  // no total: no fraction
+        {{100, 0}, 100, 1.0},
+        {{largest, -1}, largest, 1.0},  // would overflow a plain subtraction
+        {{std::numeric_limits<std::int64_t>::min(), 1}, 0, 0.0},
+    };
+    for (const auto& [space, used, fraction] : cases) {
+        EXPECT_EQ(space.usedBytes(), used) << space.totalBytes << " " << space.freeBytes;
+        EXPECT_DOUBLE_EQ(space.usedFraction(), fraction) << space.totalBytes << " " << space.freeBytes;
+    }
+    testing::TempDir directory;
+    const auto current = DiskSpace::current(directory.path());
+    ASSERT_TRUE(current);
+    EXPECT_GT(current->totalBytes, 0);
+    EXPECT_LE(current->freeBytes, current->totalBytes);
+    EXPECT_EQ(DiskSpace::current(directory / "missing/deeper"), std::nullopt);
+}
+
+// Families in declaration order whatever the input order, each group largest first, and
+// no group for a family without targets.
+TEST(ReporterByFamily, GroupsInFamilyOrderLargestFirst) {
+    const auto groups = Reporter::byFamily({target("p1", Family::python, Level::safe, 1),
+                                            target("d1", Family::docker, Level::safe, 2),
+                                            target("p2", Family::python, Level::safe, 9),
+                                            target("x1", Family::xcodeCore, Level::safe, 0)});
+    std::vector<std::pair<Family, std::vector<std::string>>> seen;
+    for (const auto& [family, members] : groups) seen.emplace_back(family, testing::idsOf(members));
+    const std::vector<std::pair<Family, std::vector<std::string>>> expected{
+        {Family::xcodeCore, {"x1"}}, {Family::docker, {"d1"}}, {Family::python, {"p2", "p1"}}};
+    EXPECT_EQ(seen, expected);
+    EXPECT_TRUE(Reporter::byFamily({}).empty());
 }
 
 }  // namespace
