@@ -9,7 +9,7 @@
 
 #include "kelvo/AppModel.h"
 #include "kelvo/Config.h"
-#include "kelvo/InMemoryStore.h"
+#include "app/InMemoryStore.h"
 #include "support/ClosureQueue.h"
 #include "support/StubServices.h"
 #include "support/TargetIds.h"

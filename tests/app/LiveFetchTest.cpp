@@ -2,7 +2,7 @@
 // 127.0.0.1, and the gate's answer over it.
 #include <gtest/gtest.h>
 
-#include "kelvo/InMemoryStore.h"
+#include "app/InMemoryStore.h"
 #include "kelvo/VersionGate.h"
 #include "support/LoopbackServer.h"
 

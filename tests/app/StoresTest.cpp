@@ -6,10 +6,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "kelvo/CompositeStore.h"
-#include "kelvo/ICloudStore.h"
-#include "kelvo/InMemoryStore.h"
-#include "kelvo/KeychainStore.h"
+#include "app/CompositeStore.h"
+#include "app/ICloudStore.h"
+#include "app/InMemoryStore.h"
+#include "app/KeychainStore.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 

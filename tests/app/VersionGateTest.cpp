@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "kelvo/InMemoryStore.h"
-#include "kelvo/MinVersionInfo.h"
+#include "app/InMemoryStore.h"
+#include "app/MinVersionInfo.h"
 #include "kelvo/VersionGate.h"
 
 namespace kelvo {

@@ -7,9 +7,9 @@
 #include <functional>
 
 #include "kelvo/CleanerRegistry.h"
-#include "kelvo/CommandCleaner.h"
+#include "catalog/CommandCleaner.h"
 #include "kelvo/L10n.h"
-#include "kelvo/PathCleaner.h"
+#include "catalog/PathCleaner.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "kelvo/PlanSelection.h"
 #include "support/DeepTree.h"

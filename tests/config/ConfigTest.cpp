@@ -11,7 +11,7 @@
 
 #include "kelvo/Config.h"
 #include "kelvo/Environment.h"
-#include "kelvo/Paths.h"
+#include "vocabulary/Paths.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 #include "support/Unprivileged.h"

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "kelvo/ShellCommand.h"
+#include "safety/ShellCommand.h"
 #include "support/TempDir.h"
 
 namespace kelvo {

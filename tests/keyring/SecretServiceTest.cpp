@@ -6,7 +6,7 @@
 #include <libsecret/secret.h>
 #include <sys/stat.h>
 
-#include "kelvo/KeychainStore.h"
+#include "app/KeychainStore.h"
 #include "support/TempDir.h"
 
 namespace kelvo {

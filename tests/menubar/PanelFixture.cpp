@@ -8,7 +8,7 @@
 #include <QScrollBar>
 #include <QTextDocument>
 
-#include "kelvo/InMemoryStore.h"
+#include "app/InMemoryStore.h"
 #include "support/StubServices.h"
 
 namespace kelvo::app::testing {

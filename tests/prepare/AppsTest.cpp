@@ -1,16 +1,16 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "kelvo/AppData.h"
+#include "prepare/AppData.h"
 #include "kelvo/AppMetadata.h"
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/Environment.h"
-#include "kelvo/InstalledApps.h"
-#include "kelvo/MonthsBefore.h"
-#include "kelvo/OrphanedLeftoverDetector.h"
+#include "safety/InstalledApps.h"
+#include "vocabulary/MonthsBefore.h"
+#include "prepare/OrphanedLeftoverDetector.h"
 #include "kelvo/PrepareRegistry.h"
-#include "kelvo/ProtectedApps.h"
-#include "kelvo/UnusedAppDetector.h"
+#include "safety/ProtectedApps.h"
+#include "prepare/UnusedAppDetector.h"
 #include "support/AppBundle.h"
 #include "support/Instants.h"
 #include "support/TargetIds.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvo/L10n.h"
-#include "kelvo/OldSimRuntimeDetector.h"
+#include "prepare/OldSimRuntimeDetector.h"
 #include "kelvo/PrepareSummary.h"
 #include "kelvo/SimRuntime.h"
 #include "support/Instants.h"

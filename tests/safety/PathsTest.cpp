@@ -2,7 +2,7 @@
 // UTF-8 and lowering of case it rests on.
 #include <gtest/gtest.h>
 
-#include "kelvo/Paths.h"
+#include "vocabulary/Paths.h"
 #include "kelvo/platform/TextCase.h"
 #include "kelvo/platform/UTF8.h"
 

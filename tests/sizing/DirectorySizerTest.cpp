@@ -155,7 +155,9 @@ TEST(DirectorySizerUnreadable, PartsThatCannotBeReadGiveALowerBound) {
                                                   allocatedBytes(locked)) + " partial\n";
     const std::string listOnlyLine = std::to_string(allocatedBytes(listOnly)) + " partial\n";
     EXPECT_EQ(*run.output, lockedLine + lockedLine + listOnlyLine + listOnlyLine);
-    if (::geteuid() == 0) EXPECT_EQ(DirectorySizer().measure(withLocked), (Measurement{allocatedBytesBelow(withLocked), false}));
+    if (::geteuid() == 0) {
+        EXPECT_EQ(DirectorySizer().measure(withLocked), (Measurement{allocatedBytesBelow(withLocked), false}));
+    }
 }
 
 TEST_F(DirectorySizerMeasure, AMemoAnswersAgainWithoutWalkingAndAStoppedWalkIsNotRemembered) {

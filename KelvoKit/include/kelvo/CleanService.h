@@ -39,7 +39,7 @@ struct CleanService {
     // The same service with its scan narrowed to the families (an empty set changes
     // nothing). A clean that names ids is not narrowed: an id may name a target of any family.
     CleanService narrowedTo(const std::set<Family>& families, const std::vector<std::string>& ids = {}) const;
-    // cleanThrough this service (kelvo/DomainService.h); with toTrash, path targets go into
+    // cleanThrough this service (execution/DomainService.h); with toTrash, path targets go into
     // the desktop trash of the environment's data home.
     [[nodiscard]] ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force,
                                         bool toTrash = false) const;

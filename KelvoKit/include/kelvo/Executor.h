@@ -10,7 +10,7 @@
 // Removal never follows a symbolic link, not even one swapped in while it runs: it works
 // on directory descriptors (platform TreeRemoval). A path that belongs to another user, or
 // whose owner cannot be read, is never removed. A command runs with `shellVariables` set
-// over Kelvo's own environment, and only when every place it names (kelvo/ShellCommand.h),
+// over Kelvo's own environment, and only when every place it names (safety/ShellCommand.h),
 // expanded with those variables, passes the checks a path target's paths pass; a line that
 // cannot be read that far is refused. A dry run removes nothing, runs no command and counts
 // every target that passes the checks with its estimated size.
@@ -92,11 +92,11 @@ struct Executor {
     // Why a target of appLeftovers or unusedApps touches a protected application.
     [[nodiscard]] std::optional<Reason> protectedAppReason(const CleanTarget& target) const;
     // The path is itself a link, its parent chain holds a link, the resolved path is refused
-    // by the guard, or the item belongs to another user (kelvo/RemovalChecks.h).
+    // by the guard, or the item belongs to another user (safety/RemovalChecks.h).
     [[nodiscard]] std::optional<Reason> unsafeToDeleteReason(const std::filesystem::path& path) const;
     // The guard's decision, then unsafeToDeleteReason: what every path of a target passes.
     [[nodiscard]] std::optional<Reason> pathRefusal(const std::filesystem::path& path) const;
-    // A place the command names is refused, or the line cannot be read (kelvo/ShellCommand.h).
+    // A place the command names is refused, or the line cannot be read (safety/ShellCommand.h).
     [[nodiscard]] std::optional<Reason> commandRefusal(const std::string& commandLine) const;
 };
 

@@ -45,7 +45,7 @@ struct PrepareService {
     // nothing when the scan was stopped.
     [[nodiscard]] std::optional<ScanResult> scan(const ScanOptions& options = {}) const;
     SafetyGuard guard() const;
-    // cleanThrough this service (kelvo/DomainService.h); with toTrash, path targets go into
+    // cleanThrough this service (execution/DomainService.h); with toTrash, path targets go into
     // the desktop trash of the environment's data home.
     [[nodiscard]] ExecutionReport clean(const std::vector<CleanTarget>& targets, bool dryRun, bool force,
                                         bool toTrash = false) const;

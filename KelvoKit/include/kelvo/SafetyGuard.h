@@ -4,7 +4,7 @@
 // inside an allowed root (a root itself is never deletable), is not the home, and neither
 // equals, lies inside nor contains a protected path or user exclusion. "Inside" is a string
 // test on whole components: /Users/ab/x is not inside /Users/a; nothing lies inside "/",
-// and canonically equivalent Unicode spellings are the same path (kelvo/Paths.h).
+// and canonically equivalent Unicode spellings are the same path (vocabulary/Paths.h).
 //
 // A home that is not an absolute path of its own (empty, relative, or resolving to "/")
 // anchors nothing: the guard then refuses every path. `refusalFor` states the same rule

@@ -9,7 +9,7 @@
 // - no path is offered twice (dedup): a strict ancestor path wins over the paths inside
 //   it, an exactly shared path goes to the smaller id, equal ids never cover each other;
 // - a target the executor will refuse for a link is marked and says why (markLinks).
-// Paths are matched as kelvo/Paths.h compares them. Commands pass through every step; a
+// Paths are matched as vocabulary/Paths.h compares them. Commands pass through every step; a
 // target that lost some paths is re-measured, one that lost all is dropped. The guard still
 // checks every path when it is removed.
 #include <cstddef>
