@@ -35,10 +35,7 @@ protected:
 };
 
 TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCancelStoresNothing) {
-    Config loaded;
-    loaded.defaultLevel = "aggressive";
-    loaded.keepRecentDays = 7;
-    loaded.enabledFamilies = std::vector<std::string>{"docker", "nonsense"};
+    const Config loaded{.defaultLevel = "aggressive", .keepRecentDays = 7, .enabledFamilies = {{"docker", "nonsense"}}};
     SettingsView* settings = &openSettings(loaded);
     EXPECT_TRUE(settings->familyToggle(Family::docker)->isChecked());
     EXPECT_FALSE(settings->familyToggle(Family::python)->isChecked());
@@ -57,11 +54,9 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     for (Family family : offered())
         if (family != Family::python) allButPython.emplace_back(rawValue(family));
     std::ranges::sort(allButPython);
-    Config expected = loaded;  // the default level kept, though no control shows it
-    expected.enabledFamilies = allButPython;
-    expected.keepRecentDays = 12;
-    expected.checkMinimumVersion = false;
-    EXPECT_EQ(Config::load(home), expected);
+    // The default level kept, though no control shows it.
+    EXPECT_EQ(Config::load(home), (Config{.defaultLevel = "aggressive", .keepRecentDays = 12, .enabledFamilies = allButPython,
+                                          .checkMinimumVersion = false}));
 
     settings = &openSettings();
     settings->familyToggle(Family::python)->setChecked(true);
