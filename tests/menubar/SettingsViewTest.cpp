@@ -79,10 +79,7 @@ TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults)
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     QString chosen;
     PathListEditor editor("Folders", "folder", "hint", "placeholder", "/home/u", nullptr, [&](QWidget*) { return chosen; });
-    const struct {
-        const char* typed;
-        QStringList expected;
-    } steps[] = {
+    const struct { const char* typed; QStringList expected; } steps[] = {
         {"  ~/code\t", {"~/code"}}, {"~/code", {"~/code"}}, {" \t ", {"~/code"}}, {"/srv/x", {"~/code", "/srv/x"}},
     };
     for (const auto& step : steps) {
@@ -137,10 +134,7 @@ TEST_F(SettingsViewTest, ASaveThatFailsKeepsTheScreenAndItsEditsAndSaysWhy) {
 
 TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
     kelvo::testing::TempDir root;
-    const struct {
-        const char* program;
-        const char* exec;
-    } rows[] = {
+    const struct { const char* program; const char* exec; } rows[] = {
         {"/opt/kelvo/kelvo-menubar", "Exec=/opt/kelvo/kelvo-menubar"},
         {"/opt/100%/kelvo", "Exec=/opt/100%%/kelvo"},
         {"/opt/my apps/kelvo", R"(Exec="/opt/my apps/kelvo")"},
@@ -174,10 +168,7 @@ TEST_F(SettingsViewTest, CommandLineLinkReplacesWhatIsThereOrSaysWhatToRun) {
     EXPECT_EQ(std::filesystem::read_symlink(root / "bin/kelvo"), tool);
     EXPECT_TRUE(settings.cliInstalledMark()->isVisible());
 
-    const struct {
-        CliLink link;
-        CliLink::Outcome expected;
-    } rows[] = {
+    const struct { CliLink link; CliLink::Outcome expected; } rows[] = {
         {{root / "app/none", root / "bin2"}, CliLink::Outcome::notBundled},
         {{tool, tool / "bin"}, CliLink::Outcome::refused},  // a folder below a file cannot be made
     };
