@@ -40,13 +40,12 @@ class Scenario:
     def __init__(self, kelvo, root):
         self.kelvo, self.root, self.vars, self.processes, self.outside = kelvo, root, {}, {}, []
         self.env = {"HOME": f"{root}/home", "TMPDIR": f"{root}/tmp", "PATH": f"{root}/bin", "LANG": "C"}
-        for folder in ("home", "tmp", "bin"):
-            os.mkdir(os.path.join(root, folder))
+        os.makedirs(f"{root}/home"), os.makedirs(f"{root}/tmp"), os.makedirs(f"{root}/bin")
         os.symlink("/bin/rm", f"{root}/bin/rm")  # the one tool every machine has
         self.result, self.unprivileged, self.expected_exit, self.before = None, False, None, []
 
     def path(self, relative):
-        return os.path.join(self.root, relative)
+        return os.path.join(self.root, relative)  # an absolute path stays as it is
 
     def expand(self, text):
         text = text.replace("$ROOT", self.root).replace("$PID", str(os.getpid()))
@@ -76,7 +75,7 @@ class Scenario:
                                      env=self.env, stdin=subprocess.DEVNULL, capture_output=True, text=True)
 
     def make(self, path, kind="", value=None):
-        target = path if path.startswith("/") else self.path(path)
+        target = self.path(path)
         if not target.startswith(self.root + "/"):  # made outside: removed afterwards from the highest folder made
             top = target.rstrip("/")
             while not os.path.lexists(os.path.dirname(top)):
@@ -135,11 +134,8 @@ class Scenario:
         elif verb == "env":
             for name, has, value in (word.partition("=") for word in words):
                 self.env.pop(name, None) if not has else self.env.__setitem__(name, value)
-        elif verb == "requires":
-            if words != ["root"]:
-                raise Failure(f"unknown requirement {rest!r}")
-            if os.geteuid() != 0:
-                raise Skip("needs root")
+        elif verb == "requires" and (words != ["root"] or os.geteuid() != 0):
+            raise Failure(f"unknown requirement {rest!r}") if words != ["root"] else Skip("needs root")
         elif verb == "process":
             self.make(words[0], "->", "/bin/sh")
             child = subprocess.Popen([self.path(words[0]), "-c", "echo ready; read line"], stdin=subprocess.PIPE,
@@ -148,8 +144,7 @@ class Scenario:
             self.processes[words[0]] = child
         elif verb == "stop":
             child = self.processes.pop(words[0])
-            child.stdin.close()
-            child.wait()
+            child.stdin.close(), child.wait()
         elif verb == "git":  # in a folder of the tree, with none of the machine's settings
             os.makedirs(self.path(words[0]), exist_ok=True)
             subprocess.run(["git", "-C", self.path(words[0]), "-c", "user.name=k", "-c", "user.email=k@k",
@@ -188,15 +183,14 @@ class Scenario:
                 raise Failure(f"the tree differs: gone {sorted(set(kept) - set(now))}, new {sorted(set(now) - set(kept))}")
         elif verb in ("exists", "missing"):
             for p in paths:
-                if os.path.lexists(p if p.startswith("/") else self.path(p)) != (verb == "exists"):
+                if os.path.lexists(self.path(p)) != (verb == "exists"):
                     raise Failure(f"{p} {'is missing' if verb == 'exists' else 'exists'}")
-        elif verb not in ("own", "same"):
+        elif verb not in ("own", "same", "requires"):
             raise Failure(f"unknown step {verb!r}")
 
     def close(self):
         for child in self.processes.values():
-            child.kill()
-            child.wait()
+            child.kill(), child.wait()
         for path in self.outside + [self.root]:
             subprocess.run(["chmod", "-R", "u+rwx", path], stderr=subprocess.DEVNULL)
             shutil.rmtree(path, ignore_errors=True) if os.path.isdir(path) else os.path.lexists(path) and os.remove(path)
