@@ -35,17 +35,15 @@ protected:
 
     // A model of the prepare domain, whose runtimes the test chooses.
     std::unique_ptr<AppModel> makeModel(std::optional<VersionGate> gate = std::nullopt, bool realThreads = false) {
-        AppModelDependencies dependencies;
-        if (!realThreads) dependencies.inBackground = background.poster();
-        dependencies.loadEnvironment = [this] {
-            auto env = Environment::fromConfig(home.path(), home.path(), Config::load(home.path()));
-            env.catalog = CatalogProfile::macos;  // the fake home is laid out as on macOS
-            return env;
-        };
-        dependencies.makeServices = [this](const Environment& env) { return services(env); };
-        dependencies.measureDisk = [this](const std::filesystem::path& at) {
-            return at == home.path() ? std::optional(DiskSpace{1000, ++diskReads}) : std::nullopt;
-        };
+        const AppModelDependencies dependencies{
+            realThreads ? AppModelDependencies::ownThreads() : background.poster(),
+            [this] {
+                auto env = Environment::fromConfig(home.path(), home.path(), Config::load(home.path()));
+                env.catalog = CatalogProfile::macos;  // the fake home is laid out as on macOS
+                return env;
+            },
+            [this](const Environment& env) { return services(env); },
+            [this](const std::filesystem::path& at) { return at == home.path() ? std::optional(DiskSpace{1000, ++diskReads}) : std::nullopt; }};
         const auto built = services(dependencies.loadEnvironment());
         auto model = std::make_unique<AppModel>(ui.poster(), built.clean, built.prepare, std::move(gate), dependencies);
         model->setDomain(AppModel::Domain::prepare);
@@ -93,12 +91,10 @@ TEST_F(AppModelTest, PhaseFollowsScansCancellationsAndRuns) {
 }
 
 TEST_F(AppModelTest, LiveConstructionBuildsServicesFromTheEnvironmentTheGateAndTheDiskFigure) {
-    AppModelDependencies dependencies;
-    dependencies.makeServices = [this](const Environment& env) { return services(env); };
-    dependencies.measureDisk = [](const std::filesystem::path&) { return DiskSpace{10, 5}; };
     Environment env;
     env.home = home.path();
-    const AppModel model(ui.poster(), env, dependencies);
+    const AppModel model(ui.poster(), env, {.makeServices = [this](const Environment& env) { return services(env); },
+                                            .measureDisk = [](const std::filesystem::path&) { return DiskSpace{10, 5}; }});
     EXPECT_EQ(model.prepareService().env.home, home.path());
     EXPECT_EQ(model.disk(), (DiskSpace{10, 5}));
     ASSERT_TRUE(model.versionGate());
@@ -186,11 +182,9 @@ TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
         return text + "| partial " + std::to_string(model->lastReport()->partial.size());
     });
     ASSERT_TRUE(run.output) << run.failure;
-    EXPECT_EQ(*run.output,
-              "sim-runtime:fail | sim-runtime:fail | partial 1");
+    EXPECT_EQ(*run.output, "sim-runtime:fail | sim-runtime:fail | partial 1");
     EXPECT_FALSE(std::filesystem::exists(gone.parent_path()));
-    EXPECT_TRUE(std::filesystem::exists(keptPart));
-    EXPECT_TRUE(std::filesystem::exists(held));
+    EXPECT_TRUE(std::filesystem::exists(keptPart) && std::filesystem::exists(held));
 }
 
 TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
@@ -254,10 +248,7 @@ TEST_F(AppModelTest, WorkOnRealThreadsComesBackThroughTheDispatcher) {
 
     // The live dispatcher's threads are joined when it goes: no work outlives its owner.
     auto ended = std::make_shared<std::atomic<bool>>(false);
-    AppModelDependencies{}.inBackground([ended] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        ended->store(true);
-    });
+    AppModelDependencies{}.inBackground([ended] { std::this_thread::sleep_for(std::chrono::milliseconds(50)), ended->store(true); });
     EXPECT_TRUE(*ended);
 }
 

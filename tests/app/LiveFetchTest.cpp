@@ -14,12 +14,8 @@ using testing::LoopbackServer;
 TEST(LiveFetch, GivesAnyBodyWhateverTheStatusAndNothingWithoutAnAnswer) {
     const std::string page = "<html><body><h1>503 Service Unavailable</h1></body></html>";
     const std::string document = R"({"minVersion": "0.5"})";
-    const struct {
-        std::optional<std::string> response;
-        std::optional<std::string> body;
-        VersionStatus status;  // for version 1.0.0 with 2.0 cached
-        const char* cachedAfter;
-    } rows[] = {
+    // The status is that of version 1.0.0 with 2.0 cached.
+    const struct { std::optional<std::string> response, body; VersionStatus status; const char* cachedAfter; } rows[] = {
         {LoopbackServer::response("503 Service Unavailable", page), page, VersionStatus::mustUpdate, "2.0"},
         {LoopbackServer::response("200 OK", document), document, VersionStatus::ok, "0.5"},
         {std::nullopt, std::nullopt, VersionStatus::mustUpdate, "2.0"},

@@ -8,12 +8,7 @@ namespace kelvo {
 namespace {
 
 TEST(VersionGate, ComparesDottedVersionsNumberByNumber) {
-    struct Row {
-        const char* current;
-        const char* minimum;
-        bool older;
-    };
-    const Row rows[] = {
+    const struct { const char *current, *minimum; bool older; } rows[] = {
         {"1.2", "1.10", true},       {"1.2.0", "1.2", false},  {"1.9", "1.8.9", false}, {"1.2", "1.2.1", true},
         {"1.2-beta", "1.2", true},   {"", "0", false},         {"", "1", true},         {"1..2", ".1.2.", false},
         {"007", "7", false},         {"beta", "0.1", true},    {"+3", "3", false},      {"-1", "0", true},
@@ -24,14 +19,12 @@ TEST(VersionGate, ComparesDottedVersionsNumberByNumber) {
 }
 
 TEST(VersionGate, DecidesFromTheDocumentElseFromTheCachedMinimum) {
-    struct Row {
-        std::optional<std::string> fetched;
-        std::optional<std::string> cachedBefore;
+    const struct {
+        std::optional<std::string> fetched, cachedBefore;
         const char* current;
         VersionStatus expected;
         std::optional<std::string> cachedAfter;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"({"minVersion": "1.0.1"})", std::nullopt, "1.0.0", VersionStatus::mustUpdate, "1.0.1"},
         {R"({"minVersion": "1.0"})", std::nullopt, "1.0.0", VersionStatus::ok, "1.0"},
         {std::nullopt, "2.0", "1.9", VersionStatus::mustUpdate, "2.0"},

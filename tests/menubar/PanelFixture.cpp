@@ -13,21 +13,15 @@
 
 namespace kelvo::app::testing {
 
-PanelFixture::PanelFixture() {
-    shell.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"};
-    shell.cliLink = {root / "missing-tool", root / "bin"};
-    shell.openUrl = [this](const QUrl& url) { opened.push_back(url); };
-    shell.quit = [this] { ++quits; };
-}
+PanelFixture::PanelFixture()
+    : shell{{root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"}, {root / "missing-tool", root / "bin"},
+            [this](const QUrl& url) { opened.push_back(url); }, [this] { ++quits; }} {}
 
 AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
-    AppModelDependencies dependencies;
-    dependencies.inBackground = background.poster();
-    dependencies.loadEnvironment = [this] {
-        return Environment::fromConfig(home, root / "tmp", Config::load(home));
-    };
-    dependencies.makeServices = [](const Environment& env) { return kelvo::testing::stubServices(env); };
-    dependencies.measureDisk = [this](const std::filesystem::path&) { return std::optional(diskFigure); };
+    const AppModelDependencies dependencies{
+        background.poster(), [this] { return Environment::fromConfig(home, root / "tmp", Config::load(home)); },
+        [](const Environment& env) { return kelvo::testing::stubServices(env); },
+        [this](const std::filesystem::path&) { return std::optional(diskFigure); }};
     const auto services = dependencies.makeServices(dependencies.loadEnvironment());
     model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);
     model->refreshDisk();
@@ -74,14 +68,11 @@ void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
             << ", has " << room.width() << "x" << room.height();
     }
     for (const QAbstractButton* button : widget.findChildren<QAbstractButton*>())
-        if (button->isVisibleTo(&widget) && !button->text().isEmpty()) {
-            EXPECT_GE(button->width(), button->sizeHint().width()) << name << ": " << button->text().toStdString();
-        }
+        EXPECT_TRUE(!button->isVisibleTo(&widget) || button->text().isEmpty() || button->width() >= button->sizeHint().width())
+            << name << ": " << button->text().toStdString();
     // Nothing is wider than its scroll area, the bar shown or not.
     for (const QAbstractScrollArea* area : widget.findChildren<QAbstractScrollArea*>())
-        if (area->isVisibleTo(&widget)) {
-            EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << name;
-        }
+        EXPECT_TRUE(!area->isVisibleTo(&widget) || area->horizontalScrollBar()->maximum() == 0) << name;
 
     const QImage image = widget.grab().toImage();
     ASSERT_FALSE(image.isNull()) << name;

@@ -11,10 +11,7 @@ namespace kelvo::app {
 namespace {
 
 TEST(PanelRules, ScreenOrderIsUpdateThenSettingsThenOnboardingThenMain) {
-    const struct {
-        bool update, settings, needsOnboarding, dismissed;
-        Screen expected;
-    } rows[] = {
+    const struct { bool update, settings, needsOnboarding, dismissed; Screen expected; } rows[] = {
         {true, true, true, false, Screen::updateRequired}, {false, true, true, false, Screen::settings},
         {false, false, true, false, Screen::onboarding},   {false, false, true, true, Screen::main},
         {false, false, false, false, Screen::main},
@@ -25,10 +22,7 @@ TEST(PanelRules, ScreenOrderIsUpdateThenSettingsThenOnboardingThenMain) {
 }
 
 TEST(PanelRules, DiskToneByUsedFraction) {
-    const struct {
-        DiskSpace disk;
-        Tone expected;
-    } rows[] = {
+    const struct { DiskSpace disk; Tone expected; } rows[] = {
         {{100, 5}, Tone::red},    {{100, 10}, Tone::red},     {{100, 11}, Tone::orange}, {{100, 20}, Tone::orange},
         {{100, 25}, Tone::accent}, {{100, 50}, Tone::accent}, {{0, 0}, Tone::accent},   {{-1, 0}, Tone::accent},
     };
@@ -75,11 +69,7 @@ TEST(PanelRules, RowTooltipListsUpToEightPathsThenHowManyMoreOrTheCommand) {
 TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {
     const QRect screen(0, 0, 1920, 1080);
     const QSize panel(420, 560);
-    const struct {
-        QRect icon;
-        QPoint pointer;
-        QPoint expected;
-    } rows[] = {
+    const struct { QRect icon; QPoint pointer; QPoint expected; } rows[] = {
         {{1000, 0, 24, 24}, {5, 5}, {801, 24}},        // centred under a top-panel icon
         {{1890, 0, 24, 24}, {5, 5}, {1500, 24}},       // pushed in from the right edge
         {{1000, 1056, 24, 24}, {5, 5}, {801, 496}},    // above an icon of a bottom panel

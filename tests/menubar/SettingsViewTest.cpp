@@ -35,10 +35,7 @@ protected:
 };
 
 TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCancelStoresNothing) {
-    Config loaded;
-    loaded.defaultLevel = "aggressive";
-    loaded.keepRecentDays = 7;
-    loaded.enabledFamilies = std::vector<std::string>{"docker", "nonsense"};
+    const Config loaded{.defaultLevel = "aggressive", .keepRecentDays = 7, .enabledFamilies = {{"docker", "nonsense"}}};
     SettingsView* settings = &openSettings(loaded);
     EXPECT_TRUE(settings->familyToggle(Family::docker)->isChecked());
     EXPECT_FALSE(settings->familyToggle(Family::python)->isChecked());
@@ -57,11 +54,9 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     for (Family family : offered())
         if (family != Family::python) allButPython.emplace_back(rawValue(family));
     std::ranges::sort(allButPython);
-    Config expected = loaded;  // the default level kept, though no control shows it
-    expected.enabledFamilies = allButPython;
-    expected.keepRecentDays = 12;
-    expected.checkMinimumVersion = false;
-    EXPECT_EQ(Config::load(home), expected);
+    // The default level kept, though no control shows it.
+    EXPECT_EQ(Config::load(home), (Config{.defaultLevel = "aggressive", .keepRecentDays = 12, .enabledFamilies = allButPython,
+                                          .checkMinimumVersion = false}));
 
     settings = &openSettings();
     settings->familyToggle(Family::python)->setChecked(true);
@@ -84,10 +79,7 @@ TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults)
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     QString chosen;
     PathListEditor editor("Folders", "folder", "hint", "placeholder", "/home/u", nullptr, [&](QWidget*) { return chosen; });
-    const struct {
-        const char* typed;
-        QStringList expected;
-    } steps[] = {
+    const struct { const char* typed; QStringList expected; } steps[] = {
         {"  ~/code\t", {"~/code"}}, {"~/code", {"~/code"}}, {" \t ", {"~/code"}}, {"/srv/x", {"~/code", "/srv/x"}},
     };
     for (const auto& step : steps) {
@@ -142,10 +134,7 @@ TEST_F(SettingsViewTest, ASaveThatFailsKeepsTheScreenAndItsEditsAndSaysWhy) {
 
 TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
     kelvo::testing::TempDir root;
-    const struct {
-        const char* program;
-        const char* exec;
-    } rows[] = {
+    const struct { const char* program; const char* exec; } rows[] = {
         {"/opt/kelvo/kelvo-menubar", "Exec=/opt/kelvo/kelvo-menubar"},
         {"/opt/100%/kelvo", "Exec=/opt/100%%/kelvo"},
         {"/opt/my apps/kelvo", R"(Exec="/opt/my apps/kelvo")"},
@@ -179,10 +168,7 @@ TEST_F(SettingsViewTest, CommandLineLinkReplacesWhatIsThereOrSaysWhatToRun) {
     EXPECT_EQ(std::filesystem::read_symlink(root / "bin/kelvo"), tool);
     EXPECT_TRUE(settings.cliInstalledMark()->isVisible());
 
-    const struct {
-        CliLink link;
-        CliLink::Outcome expected;
-    } rows[] = {
+    const struct { CliLink link; CliLink::Outcome expected; } rows[] = {
         {{root / "app/none", root / "bin2"}, CliLink::Outcome::notBundled},
         {{tool, tool / "bin"}, CliLink::Outcome::refused},  // a folder below a file cannot be made
     };

@@ -38,10 +38,7 @@ TEST(Updater, ButtonIsGreyedOutWhileACheckRunsAndTheDialogOffersTheNewerRelease)
 }
 
 TEST(Updater, AnswerComparesVersionsByTheGateRule) {
-    const struct {
-        const char* feed;
-        Updater::Answer expected;
-    } rows[] = {
+    const struct { const char* feed; Updater::Answer expected; } rows[] = {
         {R"({"version": "1.10", "url": "u"})", Updater::Answer::newer},
         {R"({"version": "1.2.0", "url": "u"})", Updater::Answer::upToDate},
         {R"({"version": 2, "url": "u"})", Updater::Answer::failed},

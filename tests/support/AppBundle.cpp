@@ -13,24 +13,16 @@ namespace kelvo::testing {
 std::filesystem::path writeInfoPlist(const std::filesystem::path& bundle, const std::map<std::string, PlistValue>& members,
                                      PlistEncoding encoding) {
     plist_t root = plist_new_dict();
-    for (const auto& [key, value] : members) {
-        if (const auto* text = std::get_if<std::string>(&value))
-            plist_dict_set_item(root, key.c_str(), plist_new_string(text->c_str()));
-        else
-            plist_dict_set_item(root, key.c_str(), plist_new_uint(static_cast<uint64_t>(std::get<std::int64_t>(value))));
-    }
+    for (const auto& [key, value] : members)
+        plist_dict_set_item(root, key.c_str(), std::holds_alternative<std::string>(value)
+                                                   ? plist_new_string(std::get<std::string>(value).c_str())
+                                                   : plist_new_uint(static_cast<uint64_t>(std::get<std::int64_t>(value))));
     char* bytes = nullptr;
     uint32_t length = 0;
-    if (encoding == PlistEncoding::binary)
-        plist_to_bin(root, &bytes, &length);
-    else
-        plist_to_xml(root, &bytes, &length);
+    (encoding == PlistEncoding::binary ? plist_to_bin : plist_to_xml)(root, &bytes, &length);
     plist_free(root);
     if (!bytes) throw std::runtime_error("libplist could not encode the property list");
-
-    const auto file = bundle / "Contents/Info.plist";
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary | std::ios::trunc).write(bytes, length);
+    writeText(bundle / "Contents/Info.plist", std::string(bytes, length));
     std::free(bytes);
     return bundle;
 }

@@ -6,34 +6,25 @@
 #include <unistd.h>
 
 #include <stdexcept>
-#include <string>
+#include <utility>
 
 namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
 
-class Fd {
-public:
-    explicit Fd(int fd) : fd_(fd) {}
-    Fd(Fd&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-    Fd& operator=(Fd&& other) noexcept {
-        std::swap(fd_, other.fd_);
-        return *this;
-    }
-    ~Fd() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    int get() const { return fd_; }
-
-private:
-    int fd_;
+struct Fd {
+    int fd;
+    explicit Fd(int descriptor) : fd(descriptor) {}
+    Fd(Fd&& other) noexcept : fd(std::exchange(other.fd, -1)) {}
+    Fd& operator=(Fd&& other) noexcept { return std::swap(fd, other.fd), *this; }
+    ~Fd() { if (fd >= 0) ::close(fd); }
 };
 
 Fd openDirectoryAt(int parent, const std::string& name, bool create) {
     if (create) ::mkdirat(parent, name.c_str(), 0755);
     Fd fd(::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (fd.get() < 0) throw std::runtime_error("cannot open " + name);
+    if (fd.fd < 0) throw std::runtime_error("cannot open " + name);
     return fd;
 }
 
@@ -42,7 +33,7 @@ Fd openDeep(const fs::path& path, bool create) {
     if (!path.is_absolute()) throw std::invalid_argument("not absolute: " + path.string());
     Fd current(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (const auto& component : path.relative_path())
-        if (!component.empty()) current = openDirectoryAt(current.get(), component.string(), create);
+        if (!component.empty()) current = openDirectoryAt(current.fd, component.string(), create);
     return current;
 }
 
@@ -52,11 +43,10 @@ std::int64_t allocatedBelow(int directory) {
     if (!stream) throw std::runtime_error("cannot list a directory");
     while (const dirent* entry = ::readdir(stream)) {
         const std::string name = entry->d_name;
-        if (name == "." || name == "..") continue;
         struct stat status {};
-        if (::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
+        if (name == "." || name == ".." || ::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
         sum += static_cast<std::int64_t>(status.st_blocks) * 512;
-        if (S_ISDIR(status.st_mode)) sum += allocatedBelow(openDirectoryAt(directory, name, false).get());
+        if (S_ISDIR(status.st_mode)) sum += allocatedBelow(openDirectoryAt(directory, name, false).fd);
     }
     ::closedir(stream);
     return sum;
@@ -67,19 +57,16 @@ std::int64_t allocatedBelow(int directory) {
 fs::path makeFolderChain(const fs::path& base, std::size_t levels, const std::string& name) {
     Fd current = openDeep(base, true);
     fs::path bottom = base;
-    for (std::size_t level = 0; level < levels; ++level) {
-        current = openDirectoryAt(current.get(), name, true);
-        bottom /= name;
-    }
+    for (std::size_t level = 0; level < levels; ++level, bottom /= name) current = openDirectoryAt(current.fd, name, true);
     return bottom;
 }
 
 fs::path writeDeepFile(const fs::path& path, std::size_t size) {
     const Fd parent = openDeep(path.parent_path(), true);
-    const Fd file(::openat(parent.get(), path.filename().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    const Fd file(::openat(parent.fd, path.filename().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     const std::string chunk(4096, 'k');
     for (std::size_t written = 0; written < size;) {
-        const auto count = ::write(file.get(), chunk.data(), std::min(chunk.size(), size - written));
+        const auto count = ::write(file.fd, chunk.data(), std::min(chunk.size(), size - written));
         if (count <= 0) throw std::runtime_error("cannot write " + path.filename().string());
         written += static_cast<std::size_t>(count);
     }
@@ -87,23 +74,17 @@ fs::path writeDeepFile(const fs::path& path, std::size_t size) {
 }
 
 void makeDeepSymlink(const fs::path& target, const fs::path& link) {
-    const Fd parent = openDeep(link.parent_path(), true);
-    if (::symlinkat(target.c_str(), parent.get(), link.filename().c_str()) != 0)
+    if (::symlinkat(target.c_str(), openDeep(link.parent_path(), true).fd, link.filename().c_str()) != 0)
         throw std::runtime_error("cannot make the link " + link.filename().string());
 }
 
-bool deepExists(const fs::path& path) {
-    try {
-        const Fd parent = openDeep(path.parent_path(), false);
-        struct stat status {};
-        return ::fstatat(parent.get(), path.filename().c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-    } catch (const std::runtime_error&) {
-        return false;
-    }
+bool deepExists(const fs::path& path) try {
+    struct stat status {};
+    return ::fstatat(openDeep(path.parent_path(), false).fd, path.filename().c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+} catch (const std::runtime_error&) {
+    return false;
 }
 
-std::int64_t deepAllocatedBytesBelow(const fs::path& directory) {
-    return allocatedBelow(openDeep(directory, false).get());
-}
+std::int64_t deepAllocatedBytesBelow(const fs::path& directory) { return allocatedBelow(openDeep(directory, false).fd); }
 
 }  // namespace kelvo::testing

@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace kelvo::testing {
 
 LoopbackServer::LoopbackServer(Refusing)
@@ -28,21 +30,17 @@ LoopbackServer::LoopbackServer(const std::string& response) : LoopbackServer() {
 
 LoopbackServer::~LoopbackServer() {
     ::shutdown(listener_, SHUT_RDWR);  // ends the waiting accept
-    if (thread_.joinable()) {
-        try {
-            response_.set_value({});  // a request still waiting gets an empty answer
-        } catch (const std::future_error&) {
-        }
-        thread_.join();
+    try {
+        if (thread_.joinable()) response_.set_value({});  // a request still waiting gets an empty answer
+    } catch (const std::future_error&) {
     }
+    if (thread_.joinable()) thread_.join();
     ::close(listener_);
 }
 
 void LoopbackServer::answer(const std::string& response) { response_.set_value(response); }
 
-std::string LoopbackServer::url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-}
+std::string LoopbackServer::url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
 
 std::string LoopbackServer::response(const std::string& status, const std::string& body) {
     return "HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" +
@@ -53,11 +51,8 @@ void LoopbackServer::serve() {
     const std::shared_future<std::string> response = response_.get_future().share();
     for (int client; (client = ::accept(listener_, nullptr, nullptr)) >= 0; ::close(client)) {
         std::string request(4096, '\0');
-        for (std::size_t got = 0; request.find("\r\n\r\n") == std::string::npos;) {
-            const ssize_t count = ::read(client, request.data() + got, request.size() - got);
-            if (count <= 0) break;
-            got += static_cast<std::size_t>(count);
-        }
+        for (ssize_t got = 0, count = 1; count > 0 && request.find("\r\n\r\n") == std::string::npos; got += count)
+            count = std::max<ssize_t>(::read(client, request.data() + got, request.size() - got), 0);
         (void)!::write(client, response.get().data(), response.get().size());
     }
 }

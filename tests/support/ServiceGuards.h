@@ -13,11 +13,7 @@ namespace kelvo::testing {
 
 inline Environment environmentAt(const std::filesystem::path& home, const std::filesystem::path& tmpDir,
                                  std::vector<std::string> extraExclusions = {}) {
-    Environment env;
-    env.home = home;
-    env.tmpDir = tmpDir;
-    env.extraExclusions = std::move(extraExclusions);
-    return env;
+    return {.home = home, .tmpDir = tmpDir, .extraExclusions = std::move(extraExclusions)};
 }
 
 inline SafetyGuard cleanGuard(const Environment& env) {

@@ -16,9 +16,8 @@ inline std::vector<std::string> idsOf(const std::vector<CleanTarget>& targets) {
 }
 
 inline std::set<std::string> idSetOf(const std::vector<CleanTarget>& targets) {
-    std::set<std::string> ids;
-    for (const auto& target : targets) ids.insert(target.id);
-    return ids;
+    const auto ids = idsOf(targets);
+    return {ids.begin(), ids.end()};
 }
 
 }  // namespace kelvo::testing

@@ -9,13 +9,7 @@
 namespace kelvo::testing {
 
 inline CleanTarget targetOf(std::string id, CleanKind kind, std::int64_t sizeBytes = 0, Family family = Family::devMisc) {
-    CleanTarget target;
-    target.id = std::move(id);
-    target.name = target.id;
-    target.family = family;
-    target.kind = std::move(kind);
-    target.sizeBytes = sizeBytes;
-    return target;
+    return {.id = id, .name = id, .family = family, .kind = std::move(kind), .sizeBytes = sizeBytes};
 }
 
 }  // namespace kelvo::testing

@@ -42,9 +42,7 @@ pid_t spawn(const std::vector<std::string>& command, int keepFd = -1) {
     if (pid == 0) {
         ::setpgid(0, 0);
         const int devNull = ::open("/dev/null", O_RDWR);
-        ::dup2(devNull, 0);
-        ::dup2(devNull, 1);
-        ::dup2(devNull, 2);
+        for (const int fd : {0, 1, 2}) ::dup2(devNull, fd);
         if (keepFd < 0) ::close(devNull);
         std::vector<char*> arguments;
         for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -63,11 +61,9 @@ std::optional<std::string> startXServer() {
     spawn({"Xvfb", "-displayfd", std::to_string(pipe[1]), "-screen", "0", "1280x800x24", "-nolisten", "tcp"}, pipe[1]);
     ::close(pipe[1]);
     std::string number;
-    char c;
-    while (::read(pipe[0], &c, 1) == 1 && c != '\n') number += c;
+    for (char c; ::read(pipe[0], &c, 1) == 1 && c != '\n';) number += c;
     ::close(pipe[0]);
-    if (number.empty()) return std::nullopt;
-    return ":" + number;
+    return number.empty() ? std::nullopt : std::optional(":" + number);
 }
 
 void stopChildren() {
@@ -100,10 +96,7 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
     const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home));
     auto services = testing::stubServices(env);
     auto model = std::make_unique<AppModel>(toEventLoop, services.clean, services.prepare, std::nullopt);
-    ShellServices shell;
-    shell.autostart = {root / "autostart/kelvo.desktop", "/bin/true"};
-    shell.quit = [] {};
-    KelvoMenuBarApp app(std::move(model), nullptr, shell);
+    KelvoMenuBarApp app(std::move(model), nullptr, {.autostart = {root / "autostart/kelvo.desktop", "/bin/true"}, .quit = [] {}});
 
     ASSERT_TRUE(QTest::qWaitFor([] { return QSystemTrayIcon::isSystemTrayAvailable(); }, 20000)) << "no tray host";
     AppDelegate::applicationDidFinishLaunching(app, true);
