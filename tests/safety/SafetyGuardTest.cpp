@@ -122,7 +122,9 @@ TEST_F(SafetyGuardTest, AHomeOrTemporaryFolderAtTheRootAnchorsNothing) {
         const bool homeRefused = c.code == homeUnanchored;
         EXPECT_EQ(reason, (Reason{*c.code, (homeRefused ? c.home : c.tmp).string()}));
         // A home that anchors nothing makes the guard refuse everything, even inside another root.
-        if (homeRefused) EXPECT_FALSE(cleanGuard(env).isDeletable(cache) || cleanGuard(env).isDeletable(tmp / "y")) << c.home;
+        if (homeRefused) {
+            EXPECT_FALSE(cleanGuard(env).isDeletable(cache) || cleanGuard(env).isDeletable(tmp / "y")) << c.home;
+        }
     }
     // "/" is never a root, even when the temporary folder says so.
     EXPECT_FALSE(cleanGuard(environmentAt(home, "/")).isDeletable("/etc/passwd"));

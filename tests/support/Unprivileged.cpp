@@ -48,7 +48,7 @@ UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work, unsi
     ::close(fds[1]);
     std::string message;
     char buffer[4096];
-    for (ssize_t count; child > 0 && ((count = ::read(fds[0], buffer, sizeof buffer)) > 0 || count < 0 && errno == EINTR);)
+    for (ssize_t count; child > 0 && ((count = ::read(fds[0], buffer, sizeof buffer)) > 0 || (count < 0 && errno == EINTR));)
         if (count > 0) message.append(buffer, static_cast<std::size_t>(count));
     ::close(fds[0]);
     int status = 0;
