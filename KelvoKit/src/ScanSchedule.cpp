@@ -135,13 +135,15 @@ ScanSchedule::Outcome ScanSchedule::set(Frequency frequency) const {
         commands.push_back({"daemon-reload"});
     }
 
-    const auto runFrom = [&](std::size_t first) {
-        for (std::size_t index = first; index < commands.size(); ++index) {
+    // Runs commands[first, last); at the first failure the rest is left for the user.
+    const auto run = [&](std::size_t first, std::size_t last) {
+        for (std::size_t index = first; index < last; ++index) {
             const auto status = manager->systemctl(commands[index]);
             if (status == 0) continue;
             outcome.manager = status ? Outcome::Manager::commandFailed : Outcome::Manager::notRunning;
             outcome.commandStatus = status;
-            outcome.laterCommand = commandLine({commands.begin() + static_cast<std::ptrdiff_t>(index), commands.end()});
+            outcome.laterCommand = commandLine({commands.begin() + static_cast<std::ptrdiff_t>(index),
+                                                commands.begin() + static_cast<std::ptrdiff_t>(last)});
             return false;
         }
         return true;
@@ -151,24 +153,21 @@ ScanSchedule::Outcome ScanSchedule::set(Frequency frequency) const {
             outcome.manager = Outcome::Manager::notRunning;
             outcome.laterCommand = commandLine(commands);
         } else {
-            runFrom(0);
+            run(0, commands.size());
         }
         return outcome;
     }
 
     // Off: a timer the manager would not let go stays, files and all, so that it can be named again.
     const bool disables = !commands.empty() && commands.front().front() == "disable";
-    if (disables && !runFrom(0)) {
-        outcome.laterCommand = commandLine({commands.front()});
-        return outcome;
-    }
+    if (disables && !run(0, 1)) return outcome;
     const auto wantsLink = unitFolder / "timers.target.wants" / timerName;
     for (const auto& path : {servicePath(), timerPath(), wantsLink}) {
         const bool present = platform::isPresent(path).value_or(true);
         if (auto error = platform::removeFile(path)) return fileFailed(path, error);
         if (present && path != wantsLink) outcome.files.push_back(path);
     }
-    if (!commands.empty()) runFrom(disables ? 1 : 0);
+    run(disables ? 1 : 0, commands.size());
     return outcome;
 }
 

@@ -76,6 +76,16 @@ TEST(FormatBytes, BoundariesAndUnitsWithAFullStopWhateverTheLocale) {
     std::locale::global(previous);
 }
 
+TEST(FormatBytes, ParsesSizesAsTypedInMultiplesOf1024) {
+    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> cases{
+        {"4096", 4096}, {"0", 0}, {"5G", 5LL << 30}, {"5GB", 5LL << 30}, {"5 gb", 5LL << 30}, {"500M", 500LL << 20},
+        {"1.5K", 1536}, {"2t", 2LL << 40}, {"7B", 7}, {"8191P", std::nullopt}, {"", std::nullopt}, {"G", std::nullopt},
+        {"-5G", std::nullopt}, {"5BB", std::nullopt}, {"1.2.3M", std::nullopt}, {"5GiB", std::nullopt},
+        {"9000000T", std::nullopt},
+    };
+    for (const auto& [text, bytes] : cases) EXPECT_EQ(Format::parseBytes(text), bytes) << text;
+}
+
 CleanTarget target(std::string id, Family family, Level level, std::int64_t size) {
     auto made = testing::targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
     made.level = level;

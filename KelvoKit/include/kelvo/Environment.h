@@ -30,6 +30,7 @@ struct Environment {
     std::optional<std::filesystem::path> flutterBinCache;
     std::vector<std::string> extraExclusions;
     std::optional<std::set<Family>> enabledFamilies;  // absent: every family is enabled
+    std::optional<bool> moveToTrash;                  // the configuration's choice; absent: not made
     CatalogProfile catalog = runningSystemProfile();
     // The location variables (names in locationVariableNames()) as the process had them;
     // unset and empty ones are absent.
@@ -57,6 +58,9 @@ struct Environment {
     // The bin/cache folder of the Flutter SDK that `flutter` on the search path belongs to.
     static std::optional<std::filesystem::path> findFlutterBinCache();
 
+    // Whether a clean from the panel moves this family's path targets into the trash: the
+    // configuration's choice, else the family's default.
+    bool movesToTrash(Family family) const { return moveToTrash.value_or(trashedByDefault(family)); }
     // Expanded project roots, the home itself dropped, order and duplicates kept.
     std::vector<std::filesystem::path> resolvedProjectRoots() const;
     std::vector<std::filesystem::path> resolvedExtraExclusions() const;
