@@ -19,19 +19,11 @@
 namespace kelvo {
 namespace {
 
-std::vector<nlohmann::json> received(const std::filesystem::path& record) {
-    std::vector<nlohmann::json> calls;
-    std::ifstream lines(record);
-    for (std::string line; std::getline(lines, line);) calls.push_back(nlohmann::json::parse(line));
-    return calls;
-}
-
 TEST(ScanNotice, OneNotificationAtTheThresholdOfThePreselectionNoneBelowOrWithoutAServer) {
     if (!std::getenv("DBUS_SESSION_BUS_ADDRESS")) GTEST_SKIP() << "no private session bus: dbus-run-session is missing";
     testing::TempDir dir;
-    const std::vector<CleanTarget> found{testing::targetOf("cache", CleanKind::paths({"/c"}), 6LL << 30),
-                                         testing::targetOf("big", CleanKind::paths({"/b"}), 9LL << 30)};
-    auto targets = found;
+    std::vector<CleanTarget> targets{testing::targetOf("cache", CleanKind::paths({"/c"}), 6LL << 30),
+                                     testing::targetOf("big", CleanKind::paths({"/b"}), 9LL << 30)};
     targets[1].level = Level::aggressive;  // never preselected: it does not count
     ScanNotice notice;
     notice.panelProgram = dir / "kelvo-menubar";
@@ -58,7 +50,9 @@ TEST(ScanNotice, OneNotificationAtTheThresholdOfThePreselectionNoneBelowOrWithou
     ::kill(server, SIGTERM);
     ::waitpid(server, nullptr, 0);
 
-    const auto calls = received(record);
+    std::vector<nlohmann::json> calls;
+    std::ifstream lines(record);
+    for (std::string line; std::getline(lines, line);) calls.push_back(nlohmann::json::parse(line));
     ASSERT_EQ(calls.size(), 1U);
     EXPECT_EQ(calls[0]["summary"], L10n::t("notice.summary", Format::bytes(6LL << 30)));
     EXPECT_NE(calls[0]["body"].get<std::string>().find("6.00 GB"), std::string::npos) << calls[0]["body"];

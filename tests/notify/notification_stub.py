@@ -1,6 +1,6 @@
-"""A notification server for tests, on the session bus it is started on: writes each
-Notify call as one JSON line to the file named by its argument, answers it as closed at
-once, and writes "ready" to the file named second once it owns the name."""
+# A notification server for tests, on the session bus it is started on: writes each
+# Notify call as one JSON line to the file named by its argument, answers it as closed at
+# once, and writes "ready" to the file named second once it owns the name.
 import json
 import sys
 
