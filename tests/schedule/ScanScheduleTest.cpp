@@ -94,14 +94,6 @@ TEST_F(ScheduleTest, AManagerThatIsAbsentOrFailsLeavesTheCommandToRunLater) {
     }
 }
 
-TEST_F(ScheduleTest, AFileThatCannotBeWrittenIsReportedAndNothingIsEnabled) {
-    std::ofstream(dir / "units") << "a file where the folder goes";
-    const auto outcome = schedule.set(Frequency::weekly);
-    EXPECT_EQ(outcome.failedFile, dir / "units");
-    EXPECT_TRUE(outcome.fileError);
-    EXPECT_TRUE(manager->calls.empty());
-}
-
 TEST_F(ScheduleTest, TheWrittenUnitsPassSystemdAnalyzeVerify) {
     if (!LocalFiles::exists("/usr/bin/systemd-analyze")) GTEST_SKIP() << "systemd-analyze is not installed";
     std::filesystem::create_directories(schedule.program.parent_path());
