@@ -303,7 +303,9 @@ void SettingsView::setLaunchAtLogin(bool on) {
 void SettingsView::setSchedule(int index) {
     const auto frequency = ScanSchedule::frequencyFromRawValue(schedule_->itemData(index).toString().toStdString());
     if (!frequency) return;
-    const auto schedule = shell_.schedule(model_.cleanService().env);
+    auto schedule = shell_.schedule(model_.cleanService().env);
+    // A threshold chosen with `kelvo schedule --notify-above` is kept.
+    schedule.notifyAboveBytes = schedule.status().notifyAboveBytes.value_or(schedule.notifyAboveBytes);
     const auto outcome = schedule.set(*frequency);
     using Manager = ScanSchedule::Outcome::Manager;
     QString message;

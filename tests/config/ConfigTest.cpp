@@ -182,7 +182,6 @@ TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
         EXPECT_EQ(env.movesToTrash(Family::appLeftovers), leftovers);
         EXPECT_EQ(env.movesToTrash(Family::python), caches);
     }
-    config.moveToTrash = false;
 
     const std::string saved = this->saved();
     const auto families = saved.find("\"enabledFamilies\"");

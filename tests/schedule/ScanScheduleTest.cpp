@@ -1,6 +1,5 @@
 // The scheduled scan's unit files, written and removed through a stub of systemctl.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstdio>
 #include <fstream>
@@ -98,7 +97,7 @@ TEST_F(ScheduleTest, TheWrittenUnitsPassSystemdAnalyzeVerify) {
     if (!LocalFiles::exists("/usr/bin/systemd-analyze")) GTEST_SKIP() << "systemd-analyze is not installed";
     std::filesystem::create_directories(schedule.program.parent_path());
     std::ofstream(schedule.program) << "#!/bin/sh\n";
-    ::chmod(schedule.program.c_str(), 0755);
+    std::filesystem::permissions(schedule.program, std::filesystem::perms::owner_all);
     ASSERT_TRUE(schedule.set(Frequency::daily).succeeded());
     const auto command = "/usr/bin/systemd-analyze verify --man=no '" + (dir / "units").string() +
                          "/kelvo-scan.service' '" + (dir / "units").string() + "/kelvo-scan.timer' 2>&1";
