@@ -57,6 +57,19 @@ void KelvoMenuBarApp::togglePanel(const QPoint& pointer) {
         hiddenByFocusLoss_.invalidate();
         return;
     }
+    openPanelAt(pointer);
+}
+
+void KelvoMenuBarApp::showPanel() {
+    if (!tray_) {
+        panel_->show();
+        panel_->raise();
+        return;
+    }
+    openPanelAt(QCursor::pos());
+}
+
+void KelvoMenuBarApp::openPanelAt(const QPoint& pointer) {
     const QScreen* screen = QGuiApplication::screenAt(pointer);
     if (!screen) screen = QGuiApplication::primaryScreen();
     const QRect icon = tray_ ? tray_->geometry() : QRect();

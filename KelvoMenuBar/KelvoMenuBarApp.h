@@ -38,11 +38,15 @@ public:
     void start(bool trayAvailable);
     // Opens the panel at its place beside the icon, or hides it when it is open.
     void togglePanel(const QPoint& pointer);
+    // Opens the panel (beside the icon, else at the pointer) and leaves it open when it is.
+    void showPanel();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void openPanelAt(const QPoint& pointer);
+
     std::unique_ptr<AppModel> model_;
     std::unique_ptr<Updater> updater_;
     std::unique_ptr<PanelView> panel_;

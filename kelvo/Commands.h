@@ -4,7 +4,9 @@
 // status: 0 success, 1 a failure of the work itself, 2 a usage error, or a clean the
 // library refuses before it starts.
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +33,12 @@ struct ScanCommandOptions {
     bool json = false;
     bool paths = false;
     bool quiet = false;
+    std::string notifyAbove;  // a size as Format::parseBytes reads it; empty: no notification
+};
+
+struct ScheduleOptions {
+    std::string frequency = "status";  // a ScanSchedule frequency name, or "status"
+    std::string notifyAbove;           // empty: the notification's default threshold
 };
 
 struct PrepareCommandOptions {
@@ -63,6 +71,7 @@ struct Options {
     SizeCommandOptions size;
     HelpCommandOptions help;
     ConfigEdit configEdit;
+    ScheduleOptions schedule;
     ToolingOptions tooling;
 };
 
@@ -79,6 +88,11 @@ Command addCleanCommand(CLI::App& app, CleanRequest& request, const GlobalOption
 std::vector<Command> addPrepareCommands(CLI::App& app, PrepareCommandOptions& options, CleanRequest& request,
                                         const GlobalOptions& global);
 Command addSizeCommand(CLI::App& app, SizeCommandOptions& options);
+// `schedule [daily|weekly|off|status]`: the background scan's systemd user timer.
+Command addScheduleCommand(CLI::App& app, ScheduleOptions& options);
+// The threshold of --notify-above; nothing, after saying why on standard error, when the
+// text is no size.
+std::optional<std::int64_t> parseNotifyAbove(const std::string& text);
 // `config show` (also the project folders found, when the configuration names none),
 // `config add-root`, `remove-root`, `exclude`, `include` and `set`.
 std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const GlobalOptions& global);

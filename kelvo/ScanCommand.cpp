@@ -9,6 +9,7 @@
 #include "kelvo/L10n.h"
 #include "kelvo/PlanSelection.h"
 #include "kelvo/Reporter.h"
+#include "kelvo/ScanNotice.h"
 #include "kelvo/ScanPlanJSON.h"
 
 namespace kelvo::tool {
@@ -28,7 +29,14 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
     command->add_flag("--json", options.json, "Print the scan plan as JSON");
     command->add_flag("--paths", options.paths, "List under each target the paths it removes, with their sizes");
     command->add_flag("--quiet,-q", options.quiet, "No progress line");
+    command->add_option("--notify-above", options.notifyAbove,
+                        "After the scan, send a desktop notification when the preselection frees at least SIZE "
+                        "(500M, 5G, 5GB; bytes without a unit)")
+        ->type_name("SIZE");
     return {command, [&options, &global] {
+                std::optional<std::int64_t> threshold;
+                if (!options.notifyAbove.empty() && !(threshold = parseNotifyAbove(options.notifyAbove)))
+                    return usageErrorStatus;
                 const auto env = global.liveEnvironment();
                 const auto families = parseFamilies(options.familyNames, CleanerRegistry::familiesWithDetectors(env));
                 if (!families) return usageErrorStatus;
@@ -42,6 +50,16 @@ Command addScanCommand(CLI::App& app, ScanCommandOptions& options, const GlobalO
                 } else {
                     printPlan(PlanSelection(targets), global.profile(), options.paths);
                     for (const auto& note : scanned.notes) fmt::print("{}\n", note);
+                }
+                if (threshold) {
+                    std::fflush(stdout);
+                    ScanNotice notice;
+                    notice.thresholdBytes = *threshold;
+                    const auto outcome = notice.after(targets);
+                    if (outcome == ScanNotice::Outcome::noService)
+                        fmt::print(stderr, "{}\n", L10n::t("cli.scan.notice.noService"));
+                    else if (outcome == ScanNotice::Outcome::panelFailed)
+                        fmt::print(stderr, "{}\n", L10n::t("cli.scan.notice.panelFailed"));
                 }
                 return 0;
             }};

@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
     for (auto& command : kelvo::tool::addPrepareCommands(app, options.prepare, options.prepareClean, options.global))
         commands.push_back(std::move(command));
     commands.push_back(kelvo::tool::addSizeCommand(app, options.size));
+    commands.push_back(kelvo::tool::addScheduleCommand(app, options.schedule));
     for (auto& command : kelvo::tool::addConfigCommands(app, options.configEdit, options.global))
         commands.push_back(std::move(command));
     commands.push_back(kelvo::tool::addHelpCommand(app, options.help));

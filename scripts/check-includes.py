@@ -10,7 +10,7 @@ import sys
 root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
 include = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 faults = []
-DOMAINS = ["vocabulary", "config", "sizing", "safety", "catalog", "scan", "execution", "prepare", "service", "app"]
+DOMAINS = ["vocabulary", "config", "sizing", "safety", "catalog", "scan", "execution", "prepare", "service", "schedule", "app"]
 
 
 def includes(path):

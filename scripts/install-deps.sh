@@ -8,8 +8,8 @@ packages=(
   build-essential cmake ninja-build pkg-config python3
   nlohmann-json3-dev libcli11-dev libfmt-dev libplist-dev libutf8proc-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  libcurl4-openssl-dev libsecret-1-dev libgit2-dev git
-  gnome-keyring dbus-daemon libglib2.0-bin
+  libcurl4-openssl-dev libsecret-1-dev libgit2-dev libnotify-dev git
+  gnome-keyring dbus-daemon libglib2.0-bin python3-dbus python3-gi systemd
   procps util-linux coreutils gdu time
   qt6-base-dev libqt6svg6 adwaita-icon-theme desktop-file-utils
   xvfb xauth openbox trayer xdotool

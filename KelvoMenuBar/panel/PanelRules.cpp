@@ -47,6 +47,7 @@ QString actionTitle(AppModel::Domain domain, bool nothingSelected, std::int64_t 
 
 QString resultLine(const ExecutionReport& report) {
     QString line = AppText::t("panel.result.freed", Format::bytes(report.freedBytes));
+    if (report.trashedBytes > 0) line += AppText::t("panel.result.trashed", Format::bytes(report.trashedBytes));
     if (!report.partial.empty())
         line += AppText::t("panel.result.partial", static_cast<std::int64_t>(report.partial.size()));
     if (!report.skipped.empty())

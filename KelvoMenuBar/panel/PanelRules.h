@@ -29,7 +29,8 @@ Tone diskTone(const DiskSpace& disk);
 
 QString domainVerb(AppModel::Domain domain);
 QString actionTitle(AppModel::Domain domain, bool nothingSelected, std::int64_t selectedBytes);
-// Freed bytes, then the partial and skipped counts when there are any; errors are not shown.
+// Freed bytes, the bytes moved to the trash (freed only when it is emptied), then the
+// partial and skipped counts when there are any; errors are not shown.
 QString resultLine(const ExecutionReport& report);
 QString riskText(const CleanTarget& target);
 // The first `shown` notes, one a line, and a last line "…" when there are more.

@@ -1,6 +1,7 @@
 #include "settings/SettingsView.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -16,6 +17,7 @@
 #include "Icons.h"
 #include "kelvo/CleanerRegistry.h"
 #include "kelvo/Config.h"
+#include "kelvo/Format.h"
 #include "panel/SmallWidgets.h"
 #include "settings/PathListEditor.h"
 
@@ -159,6 +161,28 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     scroll->setWidget(column);
     layout->addWidget(scroll, 1);
 
+    moveToTrash_ = new QCheckBox(AppText::t("settings.trash"), column);
+    sections->insertWidget(sections->count() - 1, moveToTrash_);
+    sections->insertWidget(sections->count() - 1, hint("settings.trash.hint", column));
+
+    auto* scheduleRow = new QHBoxLayout;
+    scheduleRow->addWidget(sectionTitle("settings.schedule", column), 1);
+    schedule_ = new QComboBox(column);
+    for (const auto& name : ScanSchedule::frequencyNames())
+        schedule_->addItem(AppText::t("settings.schedule." + name), QString::fromStdString(name));
+    scheduleRow->addWidget(schedule_);
+    sections->insertLayout(sections->count() - 1, scheduleRow);
+    auto* scheduleHint = new QLabel(AppText::t("settings.schedule.hint", Format::bytes(ScanNotice::defaultThresholdBytes)), column);
+    scheduleHint->setWordWrap(true);
+    scheduleHint->setStyleSheet("color: palette(placeholder-text); font-size: 11px;");
+    sections->insertWidget(sections->count() - 1, scheduleHint);
+    scheduleMessage_ = new QLabel(column);
+    scheduleMessage_->setWordWrap(true);
+    scheduleMessage_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    scheduleMessage_->setStyleSheet("font-size: 11px;");
+    scheduleMessage_->hide();
+    sections->insertWidget(sections->count() - 1, scheduleMessage_);
+
     checkVersion_ = new QCheckBox(AppText::t("settings.checkVersion"), column);
     sections->insertWidget(sections->count() - 1, checkVersion_);
     sections->insertWidget(sections->count() - 1, hint("settings.checkVersion.hint", column));
@@ -189,6 +213,7 @@ SettingsView::SettingsView(AppModel& model, const ShellServices& shell, std::fun
     connect(scanCategories_, &QPushButton::clicked, this, &SettingsView::scanCategories);
     connect(installCli_, &QPushButton::clicked, this, &SettingsView::installCLI);
     connect(launchAtLogin_, &QCheckBox::toggled, this, &SettingsView::setLaunchAtLogin);
+    connect(schedule_, &QComboBox::activated, this, &SettingsView::setSchedule);
     loadIfNeeded();
 }
 
@@ -206,6 +231,12 @@ void SettingsView::loadIfNeeded() {
     showKeepRecent(keepRecent_->value());
     defaultLevel_ = config.defaultLevel;
     checkVersion_->setChecked(config.checkMinimumVersion);
+    loadedMoveToTrash_ = config.moveToTrash;
+    moveToTrash_->setChecked(config.moveToTrash.value_or(false));
+    const auto scheduled = shell_.schedule(model_.cleanService().env).status().frequency;
+    // A timer edited by hand shows as on; choosing here replaces it.
+    const auto shown = scheduled.value_or(ScanSchedule::Frequency::weekly);
+    schedule_->setCurrentIndex(schedule_->findData(QString::fromStdString(std::string(ScanSchedule::rawValue(shown)))));
     for (auto [family, toggle] : families_) {
         const bool enabled = !config.enabledFamilies ||
                              std::ranges::count(*config.enabledFamilies, std::string(rawValue(family))) > 0;
@@ -223,6 +254,7 @@ void SettingsView::save() {
     config.defaultLevel = defaultLevel_;
     config.keepRecentDays = keepRecent_->value();
     config.checkMinimumVersion = checkVersion_->isChecked();
+    if (loadedMoveToTrash_ || moveToTrash_->isChecked()) config.moveToTrash = moveToTrash_->isChecked();
     std::vector<std::string> enabled;
     for (auto [family, toggle] : families_)
         if (toggle->isChecked()) enabled.emplace_back(rawValue(family));
@@ -266,6 +298,30 @@ void SettingsView::setLaunchAtLogin(bool on) {
     }
     const QSignalBlocker quiet(launchAtLogin_);
     launchAtLogin_->setChecked(shell_.autostart.enabled());
+}
+
+void SettingsView::setSchedule(int index) {
+    const auto frequency = ScanSchedule::frequencyFromRawValue(schedule_->itemData(index).toString().toStdString());
+    if (!frequency) return;
+    auto schedule = shell_.schedule(model_.cleanService().env);
+    // A threshold chosen with `kelvo schedule --notify-above` is kept.
+    schedule.notifyAboveBytes = schedule.status().notifyAboveBytes.value_or(schedule.notifyAboveBytes);
+    const auto outcome = schedule.set(*frequency);
+    using Manager = ScanSchedule::Outcome::Manager;
+    QString message;
+    if (outcome.failedFile)
+        message = AppText::t("settings.schedule.fileFailed", outcome.failedFile->string(), outcome.fileError.message());
+    else if (outcome.manager == Manager::commandFailed)
+        message = AppText::t("settings.schedule.commandFailed", std::int64_t{outcome.commandStatus.value_or(-1)},
+                             outcome.laterCommand);
+    else if (outcome.manager == Manager::notRunning)
+        message = AppText::t("settings.schedule.noManager", outcome.laterCommand);
+    scheduleMessage_->setText(message);
+    scheduleMessage_->setVisible(!message.isEmpty());
+    // What the folder holds now, whatever was asked.
+    const auto now = schedule.status().frequency.value_or(ScanSchedule::Frequency::weekly);
+    const QSignalBlocker quiet(schedule_);
+    schedule_->setCurrentIndex(schedule_->findData(QString::fromStdString(std::string(ScanSchedule::rawValue(now)))));
 }
 
 void SettingsView::installCLI() {

@@ -1,8 +1,9 @@
 #pragma once
 // Edits the stored configuration: project folders, the keep-recent age, exclusions and
-// enabled families (nothing reaches the file before Save; Cancel and the close button
-// drop the edits; a save that fails keeps them on screen and says why), plus two switches that act at once: start at login and the link to
-// the command-line tool. A new screen is built each time the settings open. When the
+// enabled families and whether cleans go to the trash (nothing reaches the file before
+// Save; Cancel and the close button drop the edits; a save that fails keeps them on screen
+// and says why), plus three choices that act at once: start at login, the link to the
+// command-line tool and the scheduled scan (off, daily, weekly). A new screen is built each time the settings open. When the
 // configuration file is there but cannot be used, a notice above the settings says which
 // file and why, and that the defaults are shown instead.
 #include <QWidget>
@@ -16,6 +17,7 @@
 #include "kelvo/AppModel.h"
 
 class QCheckBox;
+class QComboBox;
 class QLabel;
 class QPushButton;
 class QSpinBox;
@@ -44,6 +46,10 @@ public:
     }
     QPushButton* scanCategoriesButton() const { return scanCategories_; }
     QCheckBox* checkVersion() const { return checkVersion_; }
+    QCheckBox* moveToTrash() const { return moveToTrash_; }
+    // Items in the order off, daily, weekly, each with its raw value as data.
+    QComboBox* schedule() const { return schedule_; }
+    QLabel* scheduleMessage() const { return scheduleMessage_; }
     QLabel* saveError() const { return saveError_; }
     QCheckBox* launchAtLogin() const { return launchAtLogin_; }
     QLabel* loginError() const { return loginError_; }
@@ -62,6 +68,7 @@ private:
     void setLaunchAtLogin(bool on);
     void installCLI();
     void showKeepRecent(int days);
+    void setSchedule(int index);
 
     AppModel& model_;
     const ShellServices& shell_;
@@ -81,6 +88,11 @@ private:
     QLabel* cliInstalled_;
     QLabel* cliMessage_;
     QCheckBox* checkVersion_;
+    QCheckBox* moveToTrash_;
+    // The file's choice as loaded: absent stays absent while the box is left unticked.
+    std::optional<bool> loadedMoveToTrash_;
+    QComboBox* schedule_;
+    QLabel* scheduleMessage_;
     QLabel* saveError_;
     QCheckBox* launchAtLogin_;
     QLabel* loginError_;

@@ -161,6 +161,9 @@ TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
     const auto gone = testing::writeFile(library / "Application Support/com.gone.Partial/data", 30000);
     const auto keptPart = testing::writeFile(library / "Caches/com.gone.Partial/locked/held", 8000);
     const auto held = testing::writeFile(library / "Caches/com.gone.Held/locked/held", 8000);
+    Config removesLeftovers;  // which otherwise go to the trash, whole
+    removesLeftovers.moveToTrash = false;
+    ASSERT_FALSE(removesLeftovers.save(home.path()));
     testing::chownTree(home.path(), 65534, 65534);
     // Root's folder inside the user's leftover makes a partial removal; a leftover that is
     // root's as a whole is never offered.
@@ -185,6 +188,18 @@ TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
     EXPECT_EQ(*run.output, "sim-runtime:fail | sim-runtime:fail | partial 1");
     EXPECT_FALSE(std::filesystem::exists(gone.parent_path()));
     EXPECT_TRUE(std::filesystem::exists(keptPart) && std::filesystem::exists(held));
+}
+
+TEST_F(AppModelTest, RunMovesLeftoversToTheTrashUntilTheSettingsChoose) {
+    testing::writeFile(home.path() / "Library/Application Support/com.gone.App/data", 30000);
+    auto model = makeModel();
+    model->startScan();
+    finishWork();
+    model->setSelectedIDs({"leftover:com.gone.App"});
+    model->run(false, false);
+    finishWork();
+    EXPECT_TRUE(std::filesystem::exists(home.path() / ".local/share/Trash/files/com.gone.App/data"));
+    EXPECT_GE(model->lastReport()->trashedBytes, 30000);
 }
 
 TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {

@@ -53,6 +53,7 @@ TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": "docker"})",
              "{" + others + R"(, "keepRecentDays": 7, "enabledFamilies": [1]})",
              "{" + others + R"(, "keepRecentDays": 7, "checkMinimumVersion": "no"})",
+             "{" + others + R"(, "keepRecentDays": 7, "moveToTrash": 1})",
              R"({"projectRoots": "~/code", "extraExclusions": [], "defaultLevel": "safe", "keepRecentDays": 7})",
              R"({"projectRoots": [], "extraExclusions": [], "defaultLevel": null, "keepRecentDays": 7})",
              "{" + others + R"(, "keepRecentDays": 7)",                 // cut short
@@ -173,8 +174,18 @@ TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
     config.keepRecentDays = -2;
     config.enabledFamilies = std::vector<std::string>{"python", "docker"};
     config.checkMinimumVersion = false;
+    config.moveToTrash = false;
     ASSERT_FALSE(config.save(home.path()));
     EXPECT_EQ(load(), config);
+    // Unchosen, only the leftovers of removed applications go to the trash; a choice is for every family.
+    for (const auto& [choice, leftovers, caches] : std::vector<std::tuple<std::optional<bool>, bool, bool>>{
+             {std::nullopt, true, false}, {false, false, false}, {true, true, true}}) {
+        config.moveToTrash = choice;
+        ASSERT_FALSE(config.save(home.path()));
+        const auto env = Environment::fromConfig(home.path(), home.path(), load());
+        EXPECT_EQ(env.movesToTrash(Family::appLeftovers), leftovers);
+        EXPECT_EQ(env.movesToTrash(Family::python), caches);
+    }
 
     const std::string saved = this->saved();
     const auto families = saved.find("\"enabledFamilies\"");

@@ -14,8 +14,10 @@
 namespace kelvo::app::testing {
 
 PanelFixture::PanelFixture()
-    : shell{{root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"}, {root / "missing-tool", root / "bin"},
-            [this](const QUrl& url) { opened.push_back(url); }, [this] { ++quits; }} {}
+    : shell{.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"},
+            .cliLink = {root / "missing-tool", root / "bin"},
+            .openUrl = [this](const QUrl& url) { opened.push_back(url); },
+            .quit = [this] { ++quits; }} {}
 
 AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
     const AppModelDependencies dependencies{

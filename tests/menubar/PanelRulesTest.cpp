@@ -39,6 +39,8 @@ TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part");
     report.skipped = {{"d", {Reason::Code::processRunning, "d"}}};
     EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 2 in part · 1 skipped");
+    report.trashedBytes = 1024;
+    EXPECT_EQ(resultLine(report), "Freed 2.00 KB · 1.00 KB moved to the trash, freed only when it is emptied · 2 in part · 1 skipped");
 }
 
 TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {

@@ -163,6 +163,16 @@ struct DecimalComma : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
+TEST(FormatBytes, ParsesSizesAsTypedInMultiplesOf1024) {
+    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> cases{
+        {"4096", 4096}, {"0", 0}, {"5G", 5LL << 30}, {"5GB", 5LL << 30}, {"5 gb", 5LL << 30}, {"500M", 500LL << 20},
+        {"1.5K", 1536}, {"2t", 2LL << 40}, {"7B", 7}, {"8191P", std::nullopt}, {"", std::nullopt}, {"G", std::nullopt},
+        {"-5G", std::nullopt}, {"5BB", std::nullopt}, {"1.2.3M", std::nullopt}, {"5GiB", std::nullopt},
+        {"9000000T", std::nullopt},
+    };
+    for (const auto& [text, bytes] : cases) EXPECT_EQ(Format::parseBytes(text), bytes) << text;
+}
+
 TEST(FormatBytes, BoundariesAndUnitsWithAFullStopWhateverTheLocale) {
     const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
     std::setlocale(LC_ALL, "de_DE.UTF-8") || std::setlocale(LC_ALL, "es_ES.UTF-8");

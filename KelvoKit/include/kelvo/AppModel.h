@@ -160,7 +160,8 @@ public:
 
     // Without a gate nothing happens (done still runs). Sets updateRequired on every call.
     void checkMinimumVersion(Closure done = {});
-    // Cleans the selected targets with the active domain's service, publishes the report
+    // Cleans the selected targets with the active domain's service (path targets of the
+    // families its environment movesToTrash go into the desktop trash), publishes the report
     // and drops the deleted and partly deleted targets from the list and the selection.
     void run(bool dryRun, bool force, Closure done = {});
 

@@ -6,8 +6,8 @@
 // unreadable). "keepRecentDays" is a whole number however it is written (7, 7.0, 1e1);
 // 7.5 or "7" are of the wrong type.
 // Saving writes the keys sorted, two-space indented, " : " between key and value, every
-// "/" escaped, and leaves "enabledFamilies" out when it is absent and "checkMinimumVersion"
-// out when it is true (the optional keys: when present, of the wrong type the file is malformed).
+// "/" escaped, and leaves "enabledFamilies" and "moveToTrash" out when they are absent and
+// "checkMinimumVersion" out when it is true (the optional keys: when present, of the wrong type the file is malformed).
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -28,6 +28,9 @@ struct Config {
     std::optional<std::vector<std::string>> enabledFamilies;  // absent: every family
     // Whether the application asks for the lowest version allowed to run when it starts.
     bool checkMinimumVersion = true;
+    // Whether the panel's cleans move path targets into the desktop trash; absent: each
+    // family's own default (trashedByDefault).
+    std::optional<bool> moveToTrash;
 
     static constexpr std::size_t maximumFileBytes = 1 << 20;
     // The ages the front ends offer for keepRecentDays (a file may hold any whole number).

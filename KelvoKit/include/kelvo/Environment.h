@@ -34,6 +34,7 @@ struct Environment {
     std::optional<std::filesystem::path> flutterBinCache;
     std::vector<std::string> extraExclusions;
     std::optional<std::set<Family>> enabledFamilies;  // absent: every family is enabled
+    std::optional<bool> moveToTrash;                  // the configuration's choice; absent: not made
     CatalogProfile catalog = runningSystemProfile();
     // The location variables (names in locationVariableNames()) as the process had them;
     // unset and empty ones are absent.
@@ -61,6 +62,9 @@ struct Environment {
     // The bin/cache folder of the Flutter SDK that `flutter` on the search path belongs to.
     static std::optional<std::filesystem::path> findFlutterBinCache();
 
+    // Whether a clean from the panel moves this family's path targets into the trash: the
+    // configuration's choice, else the family's default.
+    bool movesToTrash(Family family) const { return moveToTrash.value_or(trashedByDefault(family)); }
     // Whether the configuration names project folders of the user's own, that is other
     // than the default's.
     bool projectRootsConfigured() const;

@@ -44,6 +44,10 @@ std::string displayName(Family family);
 // (general is "General" on Linux), else the name above.
 std::string displayName(Family family, CatalogProfile profile);
 std::string_view iconName(Family family);
+// Whether a clean from the panel moves the family's path targets into the desktop trash
+// while the user has not chosen: only the leftovers of removed applications, which no
+// tool regenerates.
+bool trashedByDefault(Family family);
 // Programs that hold the family's data open while they run, in the order they are asked about.
 const std::vector<std::string>& guardedProcesses(Family family);
 

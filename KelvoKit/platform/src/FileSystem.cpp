@@ -305,6 +305,11 @@ std::error_code writeFileAtomically(const std::filesystem::path& target, const s
     return {};
 }
 
+std::error_code removeFile(const std::filesystem::path& path) {
+    if (::unlink(path.c_str()) == 0 || errno == ENOENT) return {};
+    return {errno, std::generic_category()};
+}
+
 std::error_code createDirectories(const std::filesystem::path& path) {
     std::error_code error;
     std::filesystem::create_directories(path, error);

@@ -91,6 +91,28 @@ std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, c
     return outcome;
 }
 
+bool startProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+
+    std::string programText = program.string();
+    std::vector<std::string> copies = arguments;
+    std::vector<char*> argv{programText.data()};
+    for (auto& argument : copies) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    const int spawnError = ::posix_spawn(&child, programText.c_str(), &actions, &attributes, argv.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return spawnError == 0;
+}
+
 int runShell(const std::string& commandLine, const std::map<std::string, std::string>& variables) {
     std::string shell = "/bin/sh";
     std::string flag = "-c";

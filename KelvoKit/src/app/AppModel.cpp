@@ -113,6 +113,32 @@ AppModel::Reply AppModel::replyToModel() const {
     };
 }
 
+namespace {
+
+// The chosen targets of families that go to the trash in one run, the others in another,
+// reported as one run.
+template <class Service>
+ExecutionReport cleanByTrashChoice(const Service& service, const std::vector<CleanTarget>& chosen, bool dryRun,
+                                   bool force) {
+    std::vector<CleanTarget> trashed;
+    std::vector<CleanTarget> removed;
+    for (const auto& target : chosen) (service.env.movesToTrash(target.family) ? trashed : removed).push_back(target);
+    if (trashed.empty() || removed.empty()) return service.clean(chosen, dryRun, force, !trashed.empty());
+    auto report = service.clean(removed, dryRun, force, false);
+    auto more = service.clean(trashed, dryRun, force, true);
+    report.freedBytes += more.freedBytes;
+    report.trashedBytes += more.trashedBytes;
+    const auto append = [](auto& into, auto& from) { into.insert(into.end(), from.begin(), from.end()); };
+    append(report.deleted, more.deleted);
+    append(report.partial, more.partial);
+    append(report.freedUnknown, more.freedUnknown);
+    append(report.skipped, more.skipped);
+    append(report.errors, more.errors);
+    return report;
+}
+
+}  // namespace
+
 template <class MakeWork>
 Closure AppModel::forActiveService(MakeWork makeWork) const {
     return domain_ == Domain::clean ? makeWork(clean_) : makeWork(prepare_);
@@ -271,7 +297,7 @@ void AppModel::run(bool dryRun, bool force, Closure done) {
     dependencies_.inBackground(forActiveService([&](const auto& service) {
         return Closure([service, chosen = selectedTargets(), dryRun, force, reply = replyToModel(),
                         done = std::move(done)] {
-            auto report = service.clean(chosen, dryRun, force);
+            auto report = cleanByTrashChoice(service, chosen, dryRun, force);
             reply([report = std::move(report), done](AppModel& model) mutable {
                 model.finishRun(std::move(report));
                 if (done) done();

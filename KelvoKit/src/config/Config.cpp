@@ -89,6 +89,10 @@ Config::Loaded Config::decode(const std::string& text) {
         if (!check->is_boolean()) return defaultsBecause(Kind::wrongType, "checkMinimumVersion", Expected::trueOrFalse);
         config.checkMinimumVersion = check->get<bool>();
     }
+    if (const auto trash = json.find("moveToTrash"); trash != json.end()) {
+        if (!trash->is_boolean()) return defaultsBecause(Kind::wrongType, "moveToTrash", Expected::trueOrFalse);
+        config.moveToTrash = trash->get<bool>();
+    }
     return {std::move(config), std::nullopt};
 }
 
@@ -114,6 +118,7 @@ std::string Config::encoded() const {
     };
     if (enabledFamilies) json["enabledFamilies"] = *enabledFamilies;
     if (!checkMinimumVersion) json["checkMinimumVersion"] = false;
+    if (moveToTrash) json["moveToTrash"] = *moveToTrash;
     return JsonLayout::pretty(json);
 }
 

@@ -62,6 +62,7 @@ Environment Environment::fromConfig(const std::filesystem::path& home, const std
     env.projectRoots = config.projectRoots;
     env.keepRecentDays = config.keepRecentDays;
     env.extraExclusions = config.extraExclusions;
+    env.moveToTrash = config.moveToTrash;
     if (config.enabledFamilies) {
         std::set<Family> families;
         for (const auto& raw : *config.enabledFamilies)

@@ -120,6 +120,8 @@ std::string displayName(Family family, CatalogProfile profile) {
     return text != key ? text : displayName(family);
 }
 
+bool trashedByDefault(Family family) { return family == Family::appLeftovers; }
+
 std::string_view iconName(Family family) { return rowOf(family).icon; }
 
 const std::vector<std::string>& guardedProcesses(Family family) {

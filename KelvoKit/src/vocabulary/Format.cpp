@@ -1,7 +1,9 @@
 #include "kelvo/Format.h"
 
 #include <array>
+#include <cctype>
 #include <charconv>
+#include <cmath>
 
 namespace kelvo {
 
@@ -20,6 +22,27 @@ std::string Format::bytes(std::int64_t count) {
     char text[64];
     const auto written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2);
     return std::string(text, written.ptr) + " " + units[unit];
+}
+
+std::optional<std::int64_t> Format::parseBytes(std::string_view text) {
+    std::size_t end = 0;
+    while (end < text.size() && (std::isdigit(static_cast<unsigned char>(text[end])) || text[end] == '.')) ++end;
+    double number = 0;
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + end, number, std::chars_format::fixed);
+    if (end == 0 || error != std::errc() || rest != text.data() + end) return std::nullopt;
+
+    std::string unit;
+    for (const char c : text.substr(end))
+        if (c != ' ') unit += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (unit.size() == 2 && unit.back() == 'B' && unit.front() != 'B') unit.pop_back();
+    static constexpr std::string_view letters = "BKMGT";
+    const auto power = unit.empty() ? 0 : letters.find(unit);
+    if (unit.size() > 1 || power == std::string_view::npos) return std::nullopt;
+
+    const double count = std::round(number * std::pow(1024.0, static_cast<double>(power)));
+    // 2^63 is the first double beyond the range.
+    if (count >= 9223372036854775808.0) return std::nullopt;
+    return static_cast<std::int64_t>(count);
 }
 
 }  // namespace kelvo

@@ -1,7 +1,8 @@
 #pragma once
 // Path-based file-system questions and small writes. Every OS failure comes back as a
-// value (nothing, false, an error_code); nothing here throws. Nothing here removes: trees
-// are removed by TreeRemoval, through directory descriptors, never by re-resolving paths.
+// value (nothing, false, an error_code); nothing here throws. Nothing here removes but one
+// file of the program's own (removeFile): trees are removed by TreeRemoval, through
+// directory descriptors, never by re-resolving paths.
 //
 // The status questions (existence, type, dates, sizes, owner) answer for paths
 // longer than PATH_MAX too: the item is read relative to its parent, opened as
@@ -75,6 +76,9 @@ std::error_code writeFile(const std::filesystem::path& path, const std::string& 
 std::error_code writeFileAtomically(const std::filesystem::path& path, const std::string& content);
 // The error of a write refused because something other than a regular file stands there.
 std::error_code notRegularFileError();
+// Removes one file or symbolic link itself (never a folder, never what a link points to);
+// nothing there is no error.
+std::error_code removeFile(const std::filesystem::path& path);
 std::error_code createDirectories(const std::filesystem::path& path);
 
 }  // namespace kelvo::platform

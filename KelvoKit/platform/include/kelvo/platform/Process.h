@@ -18,6 +18,10 @@ struct ProcessOutcome {
 // likewise. Nothing when the program cannot be started.
 std::optional<ProcessOutcome> runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                                          bool captureOutput);
+// Starts a program with arguments (no shell) in a session of its own, its standard streams
+// on /dev/null, and does not wait for it: it outlives this process. False when it cannot
+// be started.
+bool startProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments);
 // Runs "/bin/sh -c commandLine" with this process's standard streams and environment,
 // the given variables set over it, and returns its exit status; -1 when it cannot be started.
 int runShell(const std::string& commandLine, const std::map<std::string, std::string>& variables = {});
