@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config python3
-  nlohmann-json3-dev libcli11-dev libfmt-dev libplist-dev libutf8proc-dev
+  nlohmann-json3-dev libtomlplusplus-dev libcli11-dev libfmt-dev libplist-dev libutf8proc-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libcurl4-openssl-dev libsecret-1-dev libgit2-dev libnotify-dev git
   gnome-keyring dbus-daemon libglib2.0-bin python3-dbus python3-gi systemd

@@ -13,6 +13,9 @@
 #include "safety/ShellCommand.h"
 #include "kelvo/platform/FileSystem.h"
 
+#define TOML_EXCEPTIONS 0
+#include <toml++/toml.h>
+
 namespace kelvo {
 namespace {
 
@@ -48,16 +51,11 @@ std::vector<std::string> wordsOf(const std::string& text) {
     return words;
 }
 
-// `key = "value"` on one line: the value; nothing when the line is not of that form.
-std::optional<std::string> quotedValue(const std::string& line, std::string_view key) {
-    const auto equals = line.find('=');
-    if (equals == std::string::npos) return std::nullopt;
-    std::string name = trimmed(line.substr(0, equals));
-    if (name.size() >= 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
-    if (!key.empty() && name != key) return std::nullopt;
-    const std::string value = trimmed(line.substr(equals + 1));
-    if (value.size() < 2 || value.front() != '"' || value.back() != '"') return std::nullopt;
-    return value.substr(1, value.size() - 2);
+// A TOML document as a table; nothing when it is not TOML.
+std::optional<toml::table> tomlTable(const std::string& text) {
+    toml::parse_result parsed = toml::parse(text);
+    if (!parsed) return std::nullopt;
+    return std::move(parsed).table();
 }
 
 // rust-toolchain.toml's channel; a path toolchain pins nothing installed here. The legacy
@@ -68,48 +66,27 @@ Words rustToolchainOf(const std::string& text, bool toml) {
         if (words.size() > 1) return std::nullopt;
         return words;
     }
-    bool inToolchain = false;
-    bool understood = false;
-    std::vector<std::string> channels;
-    for (const auto& line : lines(text)) {
-        if (line.empty() || line.starts_with('#')) continue;
-        if (line.starts_with('[')) {
-            inToolchain = line == "[toolchain]";
-            continue;
-        }
-        if (!inToolchain) continue;
-        if (auto channel = quotedValue(line, "channel")) {
-            channels.push_back(*channel);
-            understood = true;
-        } else if (quotedValue(line, "path")) {
-            understood = true;
-        }
-    }
-    if (!understood) return std::nullopt;
-    return channels;
+    const auto document = tomlTable(text);
+    if (!document) return std::nullopt;
+    const auto toolchain = (*document)["toolchain"];
+    if (const auto channel = toolchain["channel"].value<std::string>()) return std::vector{*channel};
+    if (toolchain["path"].is_string()) return std::vector<std::string>{};
+    return std::nullopt;
 }
 
 // settings.toml: the default toolchain and every directory override's toolchain.
 Words rustupSettingsOf(const std::string& text) {
-    std::string section;
-    std::optional<std::string> defaultToolchain;
-    std::vector<std::string> names;
-    for (const auto& line : lines(text)) {
-        if (line.empty() || line.starts_with('#')) continue;
-        if (line.starts_with('[')) {
-            section = line;
-            continue;
-        }
-        if (section.empty()) {
-            if (auto value = quotedValue(line, "default_toolchain")) defaultToolchain = value;
-        } else if (section == "[overrides]") {
-            auto value = quotedValue(line, "");
-            if (!value) return std::nullopt;
-            names.push_back(*value);
-        }
-    }
+    const auto document = tomlTable(text);
+    if (!document) return std::nullopt;
+    const auto defaultToolchain = (*document)["default_toolchain"].value<std::string>();
     if (!defaultToolchain) return std::nullopt;
-    names.insert(names.begin(), *defaultToolchain);
+    std::vector<std::string> names{*defaultToolchain};
+    if (const auto* overrides = (*document)["overrides"].as_table())
+        for (const auto& [folder, toolchain] : *overrides) {
+            const auto name = toolchain.value<std::string>();
+            if (!name) return std::nullopt;
+            names.push_back(*name);
+        }
     return names;
 }
 
@@ -153,195 +130,51 @@ Words wrapperDistributionOf(const std::string& text) {
     return std::vector<std::string>{};
 }
 
-// A small reader of the TOML that mise's config files hold, enough for their [tools] table:
-// strings, lists, inline tables, comments, dotted and quoted keys, multi-line strings in
-// other tables. What it does not know makes the whole file not understood.
-class MiseToml {
-public:
-    MiseToml(std::string_view text, const std::set<std::string>& tools) : s_(text), tools_(tools) {}
-
-    Words versions() {
-        std::vector<std::string> table;
-        std::set<std::string> tablesWithoutVersion;
-        while (i_ < s_.size()) {
-            skipBlank();
-            if (i_ >= s_.size()) break;
-            if (s_[i_] == '\n' || s_[i_] == '#') {
-                skipComment();
-                if (i_ < s_.size()) ++i_;
-                continue;
+// The versions mise's config file names for the tools in its [tools] table: a string, a list
+// of strings or of tables, or a table, each table with its "version". Anything else under
+// one of those tools, or a file that is not TOML, is not understood.
+Words miseToolVersions(const std::string& text, const std::set<std::string>& tools) {
+    const auto document = tomlTable(text);
+    if (!document) return std::nullopt;
+    std::vector<std::string> versions;
+    const auto add = [&versions](const toml::node& node) {
+        const toml::node* version = node.is_table() ? node.as_table()->get("version") : &node;
+        if (version && version->is_array()) {
+            for (const auto& each : *version->as_array()) {
+                if (!each.is_string()) return false;
+                versions.push_back(*each.value<std::string>());
             }
-            if (s_[i_] == '[') {
-                const bool many = s_.substr(i_, 2) == "[[";
-                i_ += many ? 2 : 1;
-                auto header = key();
-                if (!header || !expect(many ? "]]" : "]")) return std::nullopt;
-                if (many && header->front() == "tools") return std::nullopt;
-                table = many ? std::vector<std::string>{"[["} : *header;
-                if (table.size() == 2 && table[0] == "tools" && isTool(table[1])) tablesWithoutVersion.insert(table[1]);
-                if (table.size() > 2 && table[0] == "tools") return std::nullopt;
-            } else {
-                auto name = key();
-                if (!name || !expect("=")) return std::nullopt;
-                std::vector<std::string> full = table;
-                full.insert(full.end(), name->begin(), name->end());
-                const bool tools = full[0] == "tools";
-                if (tools && full.size() == 1) return std::nullopt;
-                const bool versionKey = tools && full.size() == 3 && full[2] == "version";
-                if (tools && full.size() > 3) return std::nullopt;
-                std::vector<std::string> found;
-                if (!value(tools && (full.size() == 2 || versionKey) ? &found : nullptr, tools && full.size() == 2))
-                    return std::nullopt;
-                if (tools && isTool(full[1])) {
-                    if (versionKey) tablesWithoutVersion.erase(full[1]);
-                    versions_.insert(versions_.end(), found.begin(), found.end());
-                }
-            }
-            skipBlank();
-            skipComment();
-            if (i_ < s_.size() && s_[i_] != '\n') return std::nullopt;
+            return true;
         }
-        if (!tablesWithoutVersion.empty()) return std::nullopt;
-        return versions_;
-    }
-
-private:
-    bool isTool(std::string name) const {
+        const auto name = version ? version->value<std::string>() : std::nullopt;
+        if (name) versions.push_back(*name);
+        return name.has_value();
+    };
+    const auto node = (*document)["tools"];
+    if (!node) return versions;
+    const auto* table = node.as_table();
+    if (!table) return std::nullopt;
+    for (const auto& [key, value] : *table) {
+        std::string name(key.str());
         std::replace(name.begin(), name.end(), ':', '-');
         std::replace(name.begin(), name.end(), '/', '-');
-        return tools_.contains(name);
-    }
-
-    void skipBlank() {
-        while (i_ < s_.size() && (s_[i_] == ' ' || s_[i_] == '\t' || s_[i_] == '\r')) ++i_;
-    }
-    void skipComment() {
-        if (i_ < s_.size() && s_[i_] == '#')
-            while (i_ < s_.size() && s_[i_] != '\n') ++i_;
-    }
-    // Blanks, line ends and comments, as inside a list.
-    void skipSpace() {
-        for (;;) {
-            skipBlank();
-            skipComment();
-            if (i_ < s_.size() && s_[i_] == '\n') ++i_;
-            else return;
+        if (!tools.contains(name)) continue;
+        if (const auto* list = value.as_array()) {
+            for (const auto& each : *list)
+                if (!add(each)) return std::nullopt;
+        } else if (!add(value)) {
+            return std::nullopt;
         }
     }
-    bool expect(std::string_view token) {
-        skipBlank();
-        if (s_.substr(i_, token.size()) != token) return false;
-        i_ += token.size();
-        return true;
-    }
-
-    // A dotted key of bare or quoted parts.
-    std::optional<std::vector<std::string>> key() {
-        std::vector<std::string> parts;
-        for (;;) {
-            skipBlank();
-            if (i_ < s_.size() && (s_[i_] == '"' || s_[i_] == '\'')) {
-                auto text = string();
-                if (!text) return std::nullopt;
-                parts.push_back(std::move(text->first));
-            } else {
-                const std::size_t start = i_;
-                while (i_ < s_.size() && (std::isalnum(static_cast<unsigned char>(s_[i_])) || s_[i_] == '_' || s_[i_] == '-'))
-                    ++i_;
-                if (i_ == start) return std::nullopt;
-                parts.emplace_back(s_.substr(start, i_ - start));
-            }
-            skipBlank();
-            if (i_ >= s_.size() || s_[i_] != '.') return parts;
-            ++i_;
-        }
-    }
-
-    // A string and whether it held an escape; multi-line strings too.
-    std::optional<std::pair<std::string, bool>> string() {
-        const char quote = s_[i_];
-        const std::string triple(3, quote);
-        const bool multiLine = s_.substr(i_, 3) == triple;
-        i_ += multiLine ? 3 : 1;
-        std::string text;
-        bool escaped = false;
-        while (i_ < s_.size()) {
-            if (multiLine ? s_.substr(i_, 3) == triple : s_[i_] == quote) {
-                i_ += multiLine ? 3 : 1;
-                return std::pair{text, escaped || multiLine};
-            }
-            if (!multiLine && s_[i_] == '\n') return std::nullopt;
-            if (quote == '"' && s_[i_] == '\\') {
-                escaped = true;
-                ++i_;
-            }
-            if (i_ < s_.size()) text += s_[i_++];
-        }
-        return std::nullopt;
-    }
-
-    // A value; its versions go to `found` when given: a string, a list of them (or of inline
-    // tables), and with `tables` an inline table's "version".
-    bool value(std::vector<std::string>* found, bool tables) {
-        skipBlank();
-        if (i_ >= s_.size()) return false;
-        const char c = s_[i_];
-        if (c == '"' || c == '\'') {
-            auto text = string();
-            if (!text || (found && text->second)) return false;
-            if (found) found->push_back(text->first);
-            return true;
-        }
-        if (c == '[') {
-            ++i_;
-            for (;;) {
-                skipSpace();
-                if (i_ < s_.size() && s_[i_] == ']') break;
-                if (!value(found, tables)) return false;
-                skipSpace();
-                if (i_ < s_.size() && s_[i_] == ',') ++i_;
-                else if (i_ >= s_.size() || s_[i_] != ']') return false;
-            }
-            ++i_;
-            return true;
-        }
-        if (c == '{') {
-            ++i_;
-            bool version = false;
-            for (;;) {
-                skipSpace();
-                if (i_ < s_.size() && s_[i_] == '}') break;
-                auto name = key();
-                if (!name || !expect("=")) return false;
-                const bool isVersion = name->size() == 1 && name->front() == "version";
-                version = version || isVersion;
-                if (!value(isVersion && tables ? found : nullptr, false)) return false;
-                skipSpace();
-                if (i_ < s_.size() && s_[i_] == ',') ++i_;
-                else if (i_ >= s_.size() || s_[i_] != '}') return false;
-            }
-            ++i_;
-            return !found || !tables || version;
-        }
-        // A number, date or boolean: none names a version.
-        if (found) return false;
-        const std::size_t start = i_;
-        while (i_ < s_.size() && std::string_view(" \t\r\n,]}#").find(s_[i_]) == std::string_view::npos) ++i_;
-        return i_ > start;
-    }
-
-    std::string_view s_;
-    const std::set<std::string>& tools_;
-    std::size_t i_ = 0;
-    std::vector<std::string> versions_;
-};
+    return versions;
+}
 
 // The names a default, pin or variable's text holds, read by the syntax; nothing when the
 // text is not of that form.
 Words namesIn(const std::string& text, VersionSyntax syntax, const std::set<std::string>& language, bool toml) {
     switch (syntax) {
         case VersionSyntax::miseConfig:
-            return toml ? MiseToml(text, language).versions() : languageWords(text, VersionSyntax::toolLines, language);
+            return toml ? miseToolVersions(text, language) : languageWords(text, VersionSyntax::toolLines, language);
         case VersionSyntax::rustToolchain: return rustToolchainOf(text, toml);
         case VersionSyntax::rustupSettings: return rustupSettingsOf(text);
         case VersionSyntax::toolLines:
