@@ -13,7 +13,6 @@
 #include "safety/ShellCommand.h"
 #include "kelvo/platform/FileSystem.h"
 
-#define TOML_EXCEPTIONS 0
 #include <toml++/toml.h>
 
 namespace kelvo {
@@ -53,9 +52,11 @@ std::vector<std::string> wordsOf(const std::string& text) {
 
 // A TOML document as a table; nothing when it is not TOML.
 std::optional<toml::table> tomlTable(const std::string& text) {
-    toml::parse_result parsed = toml::parse(text);
-    if (!parsed) return std::nullopt;
-    return std::move(parsed).table();
+    try {
+        return toml::parse(text);
+    } catch (const toml::parse_error&) {
+        return std::nullopt;
+    }
 }
 
 // rust-toolchain.toml's channel; a path toolchain pins nothing installed here. The legacy
