@@ -28,7 +28,10 @@ TEST_F(SafetyGuardTest, TheServicesGuardsAllowOnlyWhatLiesInsideTheirRootsAndHol
     fs::create_directory_symlink("/usr", home / "system-link");
     fs::create_directory_symlink(home / "Library/Developer/Xcode/Archives", home / "archives-link");
     fs::create_directory_symlink(makeDirectory(home / "Library/Caches/tool"), root / "outside-link");
-    const SafetyGuard clean = cleanGuard(environmentAt(home, tmp)), prepare = prepareGuard(environmentAt(home, tmp));
+    Environment mac = environmentAt(home, tmp), linux = mac;
+    mac.catalog = CatalogProfile::macos;
+    linux.catalog = CatalogProfile::gnuLinux;
+    const SafetyGuard clean = cleanGuard(mac), prepare = prepareGuard(mac), prepareOnLinux = prepareGuard(linux);
     const SafetyGuard excluding = cleanGuard(environmentAt(home, tmp, {"~/Projects/keep", "~/Projects/" + composed}));
 
     const struct { const SafetyGuard& guard; path candidate; bool deletable; } cases[] = {
@@ -36,8 +39,9 @@ TEST_F(SafetyGuardTest, TheServicesGuardsAllowOnlyWhatLiesInsideTheirRootsAndHol
         {clean, home, false}, {clean, home / ".", false}, {clean, path(home.string() + "/"), false},
         {clean, tmp, false}, {clean, "", false}, {clean, tmp / "build.log", true},
         {clean, home / "Library/Caches/com.example", true}, {clean, "relative/x", false},
-        // /Applications belongs to the prepare domain, the temporary folder to the clean one.
+        // /Applications belongs to the prepare domain on macOS, the temporary folder to the clean one.
         {prepare, "/Applications/Foo.app", true}, {clean, "/Applications/Foo.app", false},
+        {prepareOnLinux, "/Applications/Foo.app", false}, {prepareOnLinux, home / ".pyenv/versions/3.9.1", true},
         {prepare, "/Applications", false}, {prepare, tmp / "x", false},
         // Inside is decided on whole components.
         {clean, root / "home2/x", false}, {clean, home / ".flutter", false}, {clean, home / ".flutter/settings", false},

@@ -12,12 +12,8 @@ using CatalogTable::Kind;
 using CatalogTable::Placement;
 using F = Family;
 
-constexpr Level safe = Level::safe;
-constexpr Level moderate = Level::moderate;
-constexpr Level aggressive = Level::aggressive;
-constexpr RegenCost rebuild = RegenCost::rebuild;
-constexpr RegenCost reindex = RegenCost::reindex;
-constexpr RegenCost redownload = RegenCost::redownload;
+using enum Level;
+using enum RegenCost;
 constexpr Placement nowhere{};
 
 // The package managers that hold their caches while they run.

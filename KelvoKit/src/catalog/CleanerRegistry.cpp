@@ -21,12 +21,8 @@ namespace {
 
 using Spec = PerProjectCleaner::ArtifactSpec;
 
-constexpr Level safe = Level::safe;
-constexpr Level moderate = Level::moderate;
-constexpr Level aggressive = Level::aggressive;
-constexpr RegenCost rebuild = RegenCost::rebuild;
-constexpr RegenCost reindex = RegenCost::reindex;
-constexpr RegenCost redownload = RegenCost::redownload;
+using enum Level;
+using enum RegenCost;
 // Every kind of project folder can be regenerated; none is user data.
 constexpr Reversibility regenerable = Reversibility::regenerable;
 

@@ -16,7 +16,10 @@ std::optional<ScanResult> PrepareService::scan(const ScanOptions& options) const
 }
 
 SafetyGuard PrepareService::guard() const {
-    std::vector<std::filesystem::path> roots{env.home, "/Applications"};
+    // Applications are bundles in /Applications on macOS only; on Linux what the domain
+    // offers lies in the home.
+    std::vector<std::filesystem::path> roots{env.home};
+    if (env.catalog == CatalogProfile::macos) roots.emplace_back("/Applications");
     if (env.flutterBinCache) roots.push_back(env.flutterBinCache->parent_path());
     return SafetyGuard{env.home, std::move(roots), PrepareRegistry::prepareProtectedPaths(env),
                        env.resolvedExtraExclusions()};
