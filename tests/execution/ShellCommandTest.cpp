@@ -49,6 +49,7 @@ TEST(ShellCommand, RefusesWhatItCannotReadToTheEnd) {
         {"rm -rf ${TMPDIR:-/}", commandSyntax, "${TMPDIR:"}, {"rm -rf /t/x\\ y", commandSyntax, "\\"},
         {"rm -rf '/t/x", commandSyntax, "'"}, {"rm -rf ~root/x", commandSyntax, "~"}, {"cd /; rm -rf x", commandSyntax, "cd"},
         {"TMPDIR=/ tool", commandSyntax, "TMPDIR=/"}, {"tool;; tool", commandSyntax, ";"},
+        {"rm -rf $1/x", commandSyntax, "$1"},
     };
     for (const auto& c : cases) {
         ShellVariables given = variables;

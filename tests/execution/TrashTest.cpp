@@ -10,7 +10,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // Files and folders go into the home trash; a second item of the same name gets the next
-// name; the info file leads back to where each came from.
+// name, as does one whose name a file left without its info holds; the info file leads back
+// to where each came from.
 TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
     TempDir dir;
     const fs::path home = dir / "home", trash = home / ".local/share/Trash";
@@ -18,7 +19,9 @@ TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
         {writeFile(home / "a b%.log", 10), "a b%.log"},
         {writeFile(home / ".cache/pip/wheels/w.whl", 5000).parent_path(), "wheels"},
         {writeFile(home / "other/wheels", 3), "wheels.2"},
+        {writeFile(home / "orphan", 4), "orphan.2"},
     };
+    writeFile(trash / "files/orphan", 1);
     Executor executor = executorFor(home, dir / "tmp");
     executor.homeTrash = trash;
     for (const auto& c : cases) {
@@ -32,6 +35,8 @@ TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
         EXPECT_EQ(platform::originalPathIn(info), c.item);
         EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
     }
+    EXPECT_EQ(fs::file_size(trash / "files/orphan"), 1u);
+    EXPECT_FALSE(present(trash / "info/orphan.trashinfo"));
 }
 
 // A link in the way is never followed: not as the item, not in the chain above it; and
