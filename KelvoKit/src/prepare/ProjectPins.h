@@ -5,9 +5,10 @@
 // "home =" line of each pyvenv.cfg). The walk goes at most maxDepth folders below each root,
 // never follows a link, and passes over folders that hold no pins of a project's own:
 // node_modules, version-control folders, build output, and hidden folders other than a
-// ".venv"; it does not enter a virtual environment once its pyvenv.cfg is read. A folder or
-// that cannot be read is listed in `unreadable`, since a pin may hide there; a pin file that
-// cannot be read is a pin without text, which only the tools reading that name weigh.
+// ".venv"; it does not enter a virtual environment once its pyvenv.cfg is read. A folder or a
+// virtual environment that cannot be read is listed in `unreadable`, since a pin may hide there;
+// a pin file that cannot be read is a pin without text, which only the tools reading that
+// name weigh.
 #include <filesystem>
 #include <optional>
 #include <set>
