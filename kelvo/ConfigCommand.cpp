@@ -31,7 +31,7 @@ int runEdit(const ConfigEdit& edit, const GlobalOptions& global) {
     }
     const auto outcome = edit.applyTo(loaded, CleanerRegistry::familiesWithDetectors(global.liveEnvironment()));
     if (outcome.refusal) {
-        fmt::print(stderr, "{}\n", *outcome.refusal);
+        fmt::print(stderr, "{}\n", outcome.refusal->text());
         return usageErrorStatus;
     }
     if (!outcome.changed && Config::exists(home)) {

@@ -21,10 +21,28 @@ struct ConfigEdit {
     std::string key;    // set only: a name of settableKeys()
     std::string value;  // the path as typed, or the value's text
 
+    // Why a change was refused, as a value; `text` says it in the user's language, naming
+    // the key and what it accepts.
+    struct Refusal {
+        enum class Code {
+            badPath,       // value: the path as typed
+            notListed,     // value: the path the list does not hold
+            invalidValue,  // value: as typed; choices: the names it accepts, when a list
+            unknownKey,    // choices: the settable keys
+        };
+        Code code = Code::invalidValue;
+        std::string key;
+        std::string value;
+        std::vector<std::string> choices;
+
+        std::string text() const;
+        friend bool operator==(const Refusal&, const Refusal&) = default;
+    };
+
     struct Outcome {
-        Config config;                        // the result; the configuration given when refused
-        std::optional<std::string> refusal;   // localised, naming the key
-        bool changed = false;                 // false when it already was so (a path listed twice)
+        Config config;                  // the result; the configuration given when refused
+        std::optional<Refusal> refusal;
+        bool changed = false;           // false when it already was so (a path listed twice)
     };
 
     // Family names are read as a user types them ("py", "jvm"); only the offered families
