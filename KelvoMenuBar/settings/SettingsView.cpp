@@ -306,22 +306,28 @@ void SettingsView::setSchedule(int index) {
     auto schedule = shell_.schedule(model_.cleanService().env);
     // A threshold chosen with `kelvo schedule --notify-above` is kept.
     schedule.notifyAboveBytes = schedule.status().notifyAboveBytes.value_or(schedule.notifyAboveBytes);
-    const auto outcome = schedule.set(*frequency);
-    using Manager = ScanSchedule::Outcome::Manager;
-    QString message;
-    if (outcome.failedFile)
-        message = AppText::t("settings.schedule.fileFailed", outcome.failedFile->string(), outcome.fileError.message());
-    else if (outcome.manager == Manager::commandFailed)
-        message = AppText::t("settings.schedule.commandFailed", std::int64_t{outcome.commandStatus.value_or(-1)},
-                             outcome.laterCommand);
-    else if (outcome.manager == Manager::notRunning)
-        message = AppText::t("settings.schedule.noManager", outcome.laterCommand);
-    scheduleMessage_->setText(message);
-    scheduleMessage_->setVisible(!message.isEmpty());
-    // What the folder holds now, whatever was asked.
-    const auto now = schedule.status().frequency.value_or(ScanSchedule::Frequency::weekly);
-    const QSignalBlocker quiet(schedule_);
-    schedule_->setCurrentIndex(schedule_->findData(QString::fromStdString(std::string(ScanSchedule::rawValue(now)))));
+    schedule_->setEnabled(false);
+    const auto shown = [self = QPointer<SettingsView>(this), schedule](const ScanSchedule::Outcome& outcome) {
+        if (!self) return;
+        using Manager = ScanSchedule::Outcome::Manager;
+        QString message;
+        if (outcome.failedFile)
+            message = AppText::t("settings.schedule.fileFailed", outcome.failedFile->string(), outcome.fileError.message());
+        else if (outcome.manager == Manager::commandFailed)
+            message = AppText::t("settings.schedule.commandFailed", std::int64_t{outcome.commandStatus.value_or(-1)},
+                                 outcome.laterCommand);
+        else if (outcome.manager == Manager::notRunning)
+            message = AppText::t("settings.schedule.noManager", outcome.laterCommand);
+        self->scheduleMessage_->setText(message);
+        self->scheduleMessage_->setVisible(!message.isEmpty());
+        // What the folder holds now, whatever was asked.
+        const auto now = schedule.status().frequency.value_or(ScanSchedule::Frequency::weekly);
+        const QSignalBlocker quiet(self->schedule_);
+        self->schedule_->setCurrentIndex(
+            self->schedule_->findData(QString::fromStdString(std::string(ScanSchedule::rawValue(now)))));
+        self->schedule_->setEnabled(true);
+    };
+    model_.applySchedule(schedule, *frequency, shown);
 }
 
 void SettingsView::installCLI() {

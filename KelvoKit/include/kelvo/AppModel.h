@@ -40,6 +40,7 @@
 #include "kelvo/Family.h"
 #include "kelvo/PrepareService.h"
 #include "kelvo/Reporter.h"
+#include "kelvo/ScanSchedule.h"
 #include "kelvo/VersionGate.h"
 
 namespace kelvo {
@@ -146,6 +147,10 @@ public:
     // The folders under the home that hold projects while the configuration names none
     // of its own (ProjectDiscovery), passed to done; none otherwise.
     void findProjectFolders(std::function<void(std::vector<std::filesystem::path>)> done);
+    // Sets the scheduled scan in the background, since the user manager may be slow to
+    // answer, and passes what happened to done on the model's thread.
+    void applySchedule(ScanSchedule schedule, ScanSchedule::Frequency frequency,
+                       std::function<void(ScanSchedule::Outcome)> done);
 
     // Cancels the kept scan task, if any, and starts a new one that it keeps.
     void startScan();

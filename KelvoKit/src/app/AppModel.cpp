@@ -207,6 +207,17 @@ void AppModel::findProjectFolders(std::function<void(std::vector<std::filesystem
     });
 }
 
+void AppModel::applySchedule(ScanSchedule schedule, ScanSchedule::Frequency frequency,
+                             std::function<void(ScanSchedule::Outcome)> done) {
+    dependencies_.inBackground([schedule = std::move(schedule), frequency, reply = replyToModel(),
+                                done = std::move(done)] {
+        auto outcome = schedule.set(frequency);
+        reply([outcome = std::move(outcome), done](AppModel&) {
+            if (done) done(outcome);
+        });
+    });
+}
+
 void AppModel::startScan() {
     if (scanTask_) scanTask_->request_stop();
     scanTask_.emplace();
