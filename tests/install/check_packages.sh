@@ -92,4 +92,8 @@ clean --id per-|per-project-node_modules
 scan --family py|python
 help |size
 CASES
+# The installed tool schedules itself, by its installed path (no user manager runs here).
+env -u XDG_RUNTIME_DIR "$kelvo" schedule weekly >/dev/null || fail "kelvo schedule weekly failed"
+grep -x "ExecStart=$kelvo scan --quiet --notify-above 5368709120" "$HOME/.config/systemd/user/kelvo-scan.service" \
+  >/dev/null || fail "the scheduled scan does not run the installed program"
 echo "packages ok: $(cd "$work/packages" && ls ./*.deb | xargs -n1 basename | tr '\n' ' ')"
