@@ -20,16 +20,13 @@ TEST(LiveProcessProbe, FindsLongNamesAndCommandLineFragments) {
 
     const LiveProcessProbe probe;
     // By its whole name and by the one the kernel cuts at 15 characters.
-    EXPECT_TRUE(probe.isRunning("com.docker.backend-test"));
-    EXPECT_TRUE(probe.isRunning("com.docker.back"));
-    EXPECT_TRUE(probe.isRunningUnder(commandLine));
-    EXPECT_TRUE(probe.isRunningUnder(root.path().filename().string()));
-    EXPECT_FALSE(probe.isRunning("com.docker.backend"));
-    EXPECT_FALSE(probe.isRunning("docker.backend-test"));
-    EXPECT_FALSE(probe.isRunning(""));
-    EXPECT_FALSE(probe.isRunningUnder(""));
-
-
+    const struct { std::string name; bool byCommandLine, expected; } rows[] = {
+        {"com.docker.backend-test", false, true}, {"com.docker.back", false, true}, {commandLine, true, true},
+        {root.path().filename().string(), true, true}, {"com.docker.backend", false, false},
+        {"docker.backend-test", false, false}, {"", false, false}, {"", true, false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.byCommandLine ? probe.isRunningUnder(row.name) : probe.isRunning(row.name), row.expected) << row.name;
     process.stop();
     EXPECT_FALSE(probe.isRunning("com.docker.backend-test"));
     EXPECT_FALSE(probe.isRunningUnder(commandLine));

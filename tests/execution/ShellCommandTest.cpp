@@ -1,15 +1,10 @@
 // Reading what a command line can reach before it runs.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "safety/ShellCommand.h"
-#include "support/TempDir.h"
 
 namespace kelvo {
 namespace {
-
-using std::filesystem::path;
 
 const ShellVariables variables{{"HOME", "/h"}, {"TMPDIR", "/t"}};
 
@@ -60,20 +55,6 @@ TEST(ShellCommand, RefusesWhatItCannotReadToTheEnd) {
     EXPECT_EQ(ShellCommand::read("rm -rf $TMPDIR/x", {{"TMPDIR", "/t t"}}).refusal,
               (Reason{commandVariable, "TMPDIR"}));
     EXPECT_FALSE(ShellCommand::read("rm -rf \"$TMPDIR\"/x", {{"TMPDIR", "/t t"}}).refusal);
-}
-
-TEST(ShellCommand, APatternStandsForTheVisibleEntriesItMatchesNow) {
-    testing::TempDir folder;
-    testing::makeDirectory(folder / "haste-map-1");
-    testing::writeFile(folder / "haste-map-2");
-    testing::makeDirectory(folder / ".haste-map-hidden");
-    testing::makeDirectory(folder / "other");
-    auto matches = ShellCommand::matches({folder / "haste-map-*", "haste-map-*"});
-    std::sort(matches.begin(), matches.end());
-    EXPECT_EQ(matches, (std::vector<path>{folder / "haste-map-1", folder / "haste-map-2"}));
-    EXPECT_EQ(ShellCommand::matches({folder / "*", "*"}).size(), 3u);
-    EXPECT_EQ(ShellCommand::matches({folder / "plain", ""}), std::vector<path>{folder / "plain"});
-    EXPECT_TRUE(ShellCommand::matches({folder / "missing/*", "*"}).empty());
 }
 
 }  // namespace

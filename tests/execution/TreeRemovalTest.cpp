@@ -30,8 +30,7 @@ WorkSharing everyStep(std::function<void()> step) {
 
 TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     TempDir root;
-    const path tree = makeDirectory(root / "tree");
-    const path sibling = writeFile(root / "sibling/keep", 10);
+    const path tree = makeDirectory(root / "tree"), sibling = writeFile(root / "sibling/keep", 10);
     // Each branch is deeper than a walk keeps open, so the top folder is closed and
     // reopened while its other branches still wait to be removed.
     for (int branch = 0; branch < 12; ++branch)
@@ -48,8 +47,7 @@ TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
 
 TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
     TempDir root;
-    const path tree = makeDirectory(root / "tree");
-    const path outside = makeDirectory(root / "outside");
+    const path tree = makeDirectory(root / "tree"), outside = makeDirectory(root / "outside");
     for (int canary = 0; canary < 20; ++canary) writeFile(outside / ("canary" + std::to_string(canary)), 10);
     const std::string before = listing(outside);
     path deepest = tree;
@@ -73,8 +71,7 @@ TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
 
 TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
     TempDir root;
-    const path tree = root / "tree";
-    const path deep = writeFile(tree / "a/b/c/file", 10);
+    const path tree = root / "tree", deep = writeFile(tree / "a/b/c/file", 10);
     writeFile(tree / "other", 10);
     // The top folder has been read to its end by the time the walk is this deep.
     bool added = false;
@@ -92,8 +89,7 @@ TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
 TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
     // Hard links, in memory when possible: names are what counts here.
     TempDir root(TempDir::memory);
-    const path wide = makeDirectory(root / "wide");
-    const path sibling = writeFile(root / "sibling", 10);
+    const path wide = makeDirectory(root / "wide"), sibling = writeFile(root / "sibling", 10);
     writeFile(wide / "original", 10);
     const int fd = ::open(wide.c_str(), O_RDONLY | O_DIRECTORY);
     ASSERT_GE(fd, 0);
@@ -115,8 +111,7 @@ TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
 
 TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     TempDir root;
-    const path file = writeFile(root / "dir/file", 100);
-    const path inside = writeFile(root / "target/inside", 100);
+    const path file = writeFile(root / "dir/file", 100), inside = writeFile(root / "target/inside", 100);
     fs::create_directory_symlink(root / "target", root / "dir/link");
     const path real = writeFile(root / "real/sub/tree/file", 100).parent_path();
     fs::create_directory_symlink(root / "real", root / "via");
@@ -141,10 +136,8 @@ TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
 // namespace of its own, so the mount disappears with it whatever happens.
 TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
     TempDir root;
-    const path tree = root / "tree";
+    const path tree = root / "tree", mountPoint = makeDirectory(tree / "mounted"), canaryInMount = mountPoint / "canary";
     writeFile(tree / "own/file", 100);
-    const path mountPoint = makeDirectory(tree / "mounted");
-    const path canaryInMount = mountPoint / "canary";
 
     const int status = inPrivateMount(mountPoint, [&] {
         writeFile(canaryInMount, 10);

@@ -18,31 +18,22 @@ unsigned modeOf(const path& location) {
     return status.st_mode & 07777;
 }
 
-struct UnprivilegedRemovalTest : ExecutionTest {
-    // Gives the home to 65534 when we are root; otherwise the files are ours already.
-    void handOver() const {
-        if (runningAsRoot()) chownTree(home, nobodyId, nobodyId);
-    }
-};
+using UnprivilegedRemovalTest = ExecutionTest;
 
 TEST_F(UnprivilegedRemovalTest, ParentsOwnedBySomeoneElseLeavePartialTargets) {
     if (!runningAsRoot())
         GTEST_SKIP() << "a tree owned partly by root and partly by uid 65534 can only be built as root";
-    const path first = home / "cache/first";
+    const path first = home / "cache/first", second = home / "cache/second", mixed = home / "cache/mixed", own = mixed / "own";
     writeFile(first / "a/blob", 30000);
     writeFile(first / "b", 5000);
-    const path second = home / "cache/second";
     const path secondFile = writeFile(second / "locked/held", 8000);
-    const path mixed = home / "cache/mixed";
-    const path own = mixed / "own";
     writeFile(own / "blob", 20000);
     const path lockedFile = writeFile(mixed / "locked/held", 8000);
-    handOver();
+    chownTree(home, nobodyId, nobodyId);
     chownTree(second / "locked", 0, 0);
     chownTree(mixed / "locked", 0, 0);
 
-    const std::int64_t firstBytes = DirectorySizer().measure(first).bytes;
-    const std::int64_t ownBytes = allocatedBytes(own) + allocatedBytesBelow(own);
+    const std::int64_t firstBytes = DirectorySizer().measure(first).bytes, ownBytes = allocatedBytes(own) + allocatedBytesBelow(own);
     ASSERT_GT(firstBytes, 30000);
 
     const auto run = runUnprivileged([&] {
@@ -81,7 +72,7 @@ TEST_F(UnprivilegedRemovalTest, ReadOnlyTreesAreOpenedUpButNeverTheParentOfATarg
                                 allocatedBytesBelow(tree / "write-search-only");
     const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen + allocatedBytes(folder / "inner");
     ASSERT_GT(unseen, 0);
-    handOver();
+    if (runningAsRoot()) chownTree(home, nobodyId, nobodyId);  // otherwise the files are ours already
     for (const auto& entry : fs::recursive_directory_iterator(tree))
         fs::permissions(entry.path(), entry.is_directory() ? fs::perms(0555) : fs::perms(0444));
     for (const auto& [place, mode] : {std::pair{tree / "a/secret", 0}, {tree / "no-search", 0600}, {tree / "write-search-only", 0300},

@@ -16,15 +16,10 @@
 #include "kelvo/WorkerPool.h"
 #include "support/TempDir.h"
 
-namespace kelvo {
+namespace kelvo::testing {
 namespace {
 
 using std::filesystem::path;
-using testing::allocatedBytes;
-using testing::allocatedBytesBelow;
-using testing::makeDirectory;
-using testing::TempDir;
-using testing::writeFile;
 
 // A folder of a million names. Making a million files on disk takes this machine about
 // 50 seconds, so the names are hard links (16 files, each linked 62,500 times: below every
@@ -32,8 +27,7 @@ using testing::writeFile;
 // far less than a file. A file counts only when all its names were met, and then once, so
 // the total proves that each of the million names was listed.
 TEST(LargeFolder, MillionEntriesAreEachCountedOnce) {
-    constexpr int entries = 1'000'000;
-    constexpr int files = 16;
+    constexpr int entries = 1'000'000, files = 16;
     const TempDir parent(TempDir::memory);
     const path big = makeDirectory(parent / "big");
     const int fd = ::open(big.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -50,8 +44,7 @@ TEST(LargeFolder, MillionEntriesAreEachCountedOnce) {
     const int linkError = errno;
     const std::int64_t perFile = allocatedBytes(big / nameOf(0));
 
-    Measurement alone;
-    Measurement pooled;
+    Measurement alone, pooled;
     if (made == entries) {
         WorkerPool pool(4);
         alone = DirectorySizer().measure(parent.path());
@@ -72,11 +65,9 @@ TEST(DirectorySizerLimits, FoldersRemovedDuringTheWalk) {
     TempDir root;
     const path tree = makeDirectory(root / "tree");
     constexpr int folders = 20;
-    for (int folder = 0; folder < folders; ++folder)
-        for (int file = 0; file < 30; ++file)
-            writeFile(tree / ("folder-" + std::to_string(folder)) / ("sub-" + std::to_string(file % 6)) /
-                          ("f" + std::to_string(file)),
-                      5000);
+    for (int index = 0; index < folders * 30; ++index)
+        writeFile(tree / ("folder-" + std::to_string(index / 30)) / ("sub-" + std::to_string(index % 6)) /
+                      ("f" + std::to_string(index % 30)), 5000);
     WorkerPool pool(4);
     const DirectorySizer sizer(pool);
     const Measurement initial = sizer.measure(tree);
@@ -106,4 +97,4 @@ TEST(DirectorySizerLimits, FoldersRemovedDuringTheWalk) {
 }
 
 }  // namespace
-}  // namespace kelvo
+}  // namespace kelvo::testing

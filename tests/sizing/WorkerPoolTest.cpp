@@ -32,7 +32,8 @@ void expectFinishes(const std::function<void()>& work) {
 }
 
 // Each task opens a group of its own, fills it with tasks that do the same one level
-// deeper, and waits for it: every level waits on the next one.
+// deeper, and waits for it: every level waits on the next one. With one thread, only a
+// waiter that runs queued tasks itself gets through.
 void spawnNested(WorkerPool& pool, int level, int depth, std::atomic<int>& ran) {
     ++ran;
     if (level == depth) return;
@@ -54,30 +55,6 @@ TEST(WorkerPool, NestedGroupsWaitingOnEachOtherFinish) {
         // 4 tasks at the first level, each with 3 + 9 + 27 + 81 below it.
         EXPECT_EQ(ran.load(), 4 * (1 + 3 + 9 + 27 + 81)) << threads << " threads";
     }
-}
-
-TEST(WorkerPool, WaiterRunsQueuedTasksWhileEveryWorkerIsBusy) {
-    expectFinishes([] {
-        WorkerPool pool(1);
-        std::atomic<bool> released{false};
-        std::atomic<bool> started{false};
-        TaskGroup blocked;
-        // The only worker waits for a task that nothing but the waiting thread can run.
-        pool.submit(blocked, [&] {
-            started = true;
-            while (!released) std::this_thread::sleep_for(1ms);
-        });
-        while (!started) std::this_thread::sleep_for(1ms);
-        TaskGroup releaser;
-        std::thread::id ranOn;
-        pool.submit(releaser, [&] {
-            ranOn = std::this_thread::get_id();
-            released = true;
-        });
-        pool.wait(releaser);
-        EXPECT_EQ(ranOn, std::this_thread::get_id());
-        pool.wait(blocked);
-    });
 }
 
 TEST(WorkerPool, IdleWorkerIsReportedOnlyWhileOneWaitsForWork) {
