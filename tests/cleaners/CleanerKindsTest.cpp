@@ -36,17 +36,6 @@ protected:
     testing::TempDir home;
 };
 
-TEST_F(PathCleanerScan, OneTargetOfTheExistingPathsInTheGivenOrderSummed) {
-    writeFile(home / "z-first/data", 10000);
-    writeFile(home / "a-second/deeper/data", 20000);
-    const fs::path file = writeFile(home / "Logs/tool.log", 10000);
-    const auto targets = cleaner({"z-first", "missing", "a-second", "Logs/tool.log"}).scan();
-    ASSERT_EQ(targets.size(), 1u);
-    EXPECT_EQ(targets[0].kind, CleanKind::paths({home / "z-first", home / "a-second", file}));
-    EXPECT_EQ(targets[0].sizeBytes, allocatedBytesBelow(home / "z-first") + allocatedBytesBelow(home / "a-second") + allocatedBytes(file));
-    EXPECT_EQ(std::tuple(targets[0].level, targets[0].regenCost, targets[0].notes), std::tuple(Level::moderate, RegenCost::redownload, ""));
-}
-
 TEST_F(PathCleanerScan, NothingWhenEveryPathIsMissingEmptyDanglingOrTheScanIsStopped) {
     makeDirectory(home / "empty");
     writeFile(home / "zero-length", 0);
