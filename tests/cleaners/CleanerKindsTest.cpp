@@ -283,33 +283,6 @@ TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered)
     EXPECT_NE(notes.find((temp / "corrupt-index/work").string()), std::string::npos) << notes;
 }
 
-TEST(PerProjectCleaner, EnvironmentsNeedTheirConfigurationAndALockToBePreselected) {
-    // The id of the target holding the environment, "" when it is not offered.
-    const std::vector<std::tuple<std::string, std::vector<std::string>, std::string>> cases{
-        {"uv", {"pyproject.toml", "uv.lock", ".venv/pyvenv.cfg"}, "per-project-.venv"},
-        {"pip", {"setup.py", "requirements-dev.txt", "venv/pyvenv.cfg"}, "per-project-venv"},
-        {"by-hand", {"pyproject.toml", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
-        {"pipfile", {"Pipfile", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
-        {"no-cfg", {"pyproject.toml", "poetry.lock", ".venv/bin/python"}, ""},
-    };
-    testing::TempDir temp;
-    for (const auto& [name, files, id] : cases)
-        for (const auto& file : files) writeFile(temp / name / file, 4096);
-    const auto targets = makeCleaner({temp.path()}, catalogCleaner(CatalogProfile::gnuLinux).specs()).scan();
-    for (const auto& [name, files, id] : cases) {
-        std::string found;
-        for (const auto& target : targets)
-            for (const auto& folder : target.kind.pathList())
-                if (folder.parent_path() == temp / name) found = target.id;
-        EXPECT_EQ(found, id) << name;
-    }
-    for (const auto& target : targets) {
-        const bool unpinned = target.id.ends_with(PerProjectCleaner::unpinnedSuffix);
-        EXPECT_EQ(PlanSelection::isPreselected(target), !unpinned) << target.id;
-        EXPECT_EQ(target.notes.find("uv.lock") != std::string::npos, unpinned) << target.notes;
-    }
-}
-
 TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {
     // The fresh entry is made a day before now; everything else a month.
     const std::vector<std::tuple<std::string, std::string, bool>> cases{
