@@ -204,15 +204,6 @@ TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughA
     }
 }
 
-TEST(Catalog, AHomeAtTheRootOffersNothingBelowItInEitherProfile) {
-    for (const auto profile : {macos, linux}) {
-        auto env = environment(profile);
-        env.home = "/";
-        for (const auto& [id, places] : placesById(env))
-            for (const auto& place : places) EXPECT_EQ(place, env.tmpDir) << id;
-    }
-}
-
 TEST(ProjectDiscovery, FindsTheFoldersHoldingProjectsInATableOfHomes) {
     // Files home-relative ("/" at the end: a folder; "@" at the start: a link out); the folders
     // expected; the configured project folders (none: the defaults).
