@@ -11,7 +11,6 @@
 #include "kelvo/L10n.h"
 #include "catalog/PathCleaner.h"
 #include "kelvo/PerProjectCleaner.h"
-#include "kelvo/PlanSelection.h"
 #include "support/DeepTree.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
