@@ -2,9 +2,7 @@
 // locations follow the XDG folders and the tools' variables, what happens to a variable
 // that points where nothing may be cleaned, and where projects are found in a home.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include "kelvo/CleanService.h"
 #include "kelvo/CleanerRegistry.h"
 #include "catalog/CommandCleaner.h"
 #include "kelvo/Config.h"
@@ -16,7 +14,6 @@
 #include "catalog/VersionedDirCleaner.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TargetIds.h"
-#include "support/Targets.h"
 #include "support/TempDir.h"
 
 namespace kelvo {
@@ -205,80 +202,6 @@ TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughA
             if (cleaner->id() == id) ids = testing::idSetOf(cleaner->scan());
         EXPECT_EQ(ids, offered);
     }
-}
-
-TEST(LinuxCatalog, AVariablePointingOutsideTheAllowedFoldersIsNotFollowedAndSaysSo) {
-    const auto env = environment(linux, {{"PIP_CACHE_DIR", "/srv/pip"}, {"GEM_HOME", "/home/dev"}, {"XDG_CACHE_HOME", "/var/cache/dev"}});
-    const auto built = CleanerRegistry::build(env);
-    std::set<std::string> ids;
-    for (const auto& cleaner : built.cleaners) {
-        ids.insert(cleaner->id());
-        for (const auto& place : placesOf(*cleaner)) {
-            EXPECT_FALSE(inside(place, "/srv") || inside(place, "/var")) << cleaner->id() << " " << place;
-            EXPECT_NE(place, env.home) << cleaner->id();
-        }
-    }
-    EXPECT_FALSE(ids.contains("pip-cache"));
-    EXPECT_FALSE(ids.contains("ccache"));
-    // Entries with places elsewhere keep those: thumbnails also looks in ~/.thumbnails.
-    EXPECT_EQ(placesById(env).at("thumbnails"), std::vector<fs::path>{"/home/dev/.thumbnails"});
-    const std::vector<std::pair<std::string, std::string>> mentioned{
-        {"GEM_HOME", "rubygems"}, {"PIP_CACHE_DIR", "pip-cache"}, {"XDG_CACHE_HOME", "ccache"}};
-    ASSERT_EQ(built.notes.size(), mentioned.size());
-    for (std::size_t index = 0; index < mentioned.size(); ++index) {
-        EXPECT_NE(built.notes[index].find(mentioned[index].first), std::string::npos) << built.notes[index];
-        EXPECT_NE(built.notes[index].find(mentioned[index].second), std::string::npos) << built.notes[index];
-    }
-}
-
-TEST(Catalog, AHomeAtTheRootOffersNothingBelowItInEitherProfile) {
-    for (const auto profile : {macos, linux}) {
-        auto env = environment(profile);
-        env.home = "/";
-        for (const auto& [id, places] : placesById(env))
-            for (const auto& place : places) EXPECT_EQ(place, env.tmpDir) << id;
-    }
-}
-
-TEST(LinuxCatalog, MetroCleanupInTheSharedTemporaryFolderNeverTouchesAnotherUsersEntries) {
-    if (!testing::runningAsRoot()) GTEST_SKIP() << "making another user's entries needs root";
-    testing::TempDir root;
-    auto env = environment(linux);
-    env.home = root / "home";
-    env.tmpDir = root / "tmp";
-    std::optional<CleanTarget> metro;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
-        if (const auto* command = dynamic_cast<const CommandCleaner*>(cleaner.get()); command && command->id() == "metro-cache")
-            metro = testing::targetOf("metro-cache", CleanKind::command(command->command()), 0, Family::reactNative);
-    ASSERT_TRUE(metro);
-    for (const char* entry : {"metro-cache/a", "haste-map-mine/b", "haste-map-theirs/c", "unrelated/e"})
-        testing::writeFile(env.tmpDir / entry, 100);
-    ASSERT_EQ(::lchown((env.tmpDir / "haste-map-theirs").c_str(), 65534, 65534), 0);
-    const CleanService service{.env = env};
-    // While another user's entry matches, the line is refused whole.
-    EXPECT_EQ(service.clean({*metro}, false, false).skipped.size(), 1u);
-    EXPECT_EQ(testing::listing(env.tmpDir), "haste-map-mine/\nhaste-map-mine/b\nhaste-map-theirs/\nhaste-map-theirs/c\n"
-                                            "metro-cache/\nmetro-cache/a\nunrelated/\nunrelated/e\n");
-    fs::remove_all(env.tmpDir / "haste-map-theirs");
-    EXPECT_EQ(service.clean({*metro}, false, false).deleted, std::vector<std::string>{"metro-cache"});
-    EXPECT_EQ(testing::listing(env.tmpDir), "unrelated/\nunrelated/e\n");
-}
-
-TEST(LinuxCatalog, SettingsOfferOnlyTheFamiliesTheProfileHasDetectorsForUnderItsNames) {
-    const auto linuxFamilies = CleanerRegistry::familiesWithDetectors(environment(linux));
-    const auto macosFamilies = CleanerRegistry::familiesWithDetectors(environment(macos));
-    const auto has = [](const std::vector<Family>& families, Family family) {
-        return std::find(families.begin(), families.end(), family) != families.end();
-    };
-    for (Family family : {Family::xcodeCore, Family::simulators, Family::webBuild, Family::appLeftovers})
-        EXPECT_FALSE(has(linuxFamilies, family)) << rawValue(family);
-    EXPECT_TRUE(has(macosFamilies, Family::xcodeCore));
-    EXPECT_FALSE(has(macosFamilies, Family::webBuild));
-    EXPECT_TRUE(std::is_sorted(linuxFamilies.begin(), linuxFamilies.end()));
-    // Raw values stay; only the general family's display name changes.
-    for (Family family : allFamilies())
-        EXPECT_EQ(displayName(family, linux) == displayName(family, macos), family != Family::general) << rawValue(family);
-    EXPECT_EQ(displayName(Family::general, linux), L10n::t("family.linux.macosGeneral"));
 }
 
 TEST(ProjectDiscovery, FindsTheFoldersHoldingProjectsInATableOfHomes) {

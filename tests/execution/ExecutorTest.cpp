@@ -48,20 +48,6 @@ TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedN
     EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", "Foo.app")), std::nullopt);
 }
 
-TEST_F(ExecutorTest, DryRunCountsEstimatesAndTouchesNothing) {
-    const path cache = writeFile(home / "Library/Caches/tool/blob", 20000).parent_path();
-    const path foreign = writeFile(outside / "elsewhere", 10);
-    RecordingRunner runner;
-    auto dry = executor({}, {}, runner);
-    dry.dryRun = true;
-    const auto report = dry.execute({pathTarget("cache", {cache}, Family::devMisc, 1000), commandTarget("brew", "brew cleanup", 500),
-                                     pathTarget("foreign", {foreign}, Family::devMisc, 7), pathTarget("empty", {}, Family::devMisc, 3)});
-    EXPECT_EQ(summary(report), lines({"deleted cache", "deleted brew", "deleted empty",
-                                      skipped("foreign", protectedPath, foreign.string()), "freed 1503"}));
-    EXPECT_TRUE(runner.calls->empty());
-    EXPECT_TRUE(fs::exists(cache / "blob") && fs::exists(foreign));
-}
-
 TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
     std::vector<std::string> calls;
     const std::map<std::string, int> statuses{{"missing-tool", 127}, {"tool fail", 2}, {"tool crash", -1}, {"tool", 0}};

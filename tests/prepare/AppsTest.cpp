@@ -383,19 +383,10 @@ TEST(MonthsBefore, ThirtyDayMonthsAndTheClocksLimits) {
     for (const auto& [from, months, expected] : cases) EXPECT_EQ(monthsBefore(from, months), expected) << months;
 }
 
-TEST(ProtectedApplications, IdentifiersTheirPartsTheirVendorsAndNames) {
-    for (const std::string id : {"com.apple.Safari", "com.apple.Safari.SafeBrowsing", "com.google.Keep",
-                                 "org.mozilla.thunderbird", "com.acme.Docker", "com.acme.Code", "company.thebrowser.Other"})
-        EXPECT_TRUE(PrepareRegistry::isProtectedBundleID(id)) << id;
-    for (const std::string id : {"com.acme.Coder", "com.acme", "com", "", "com.googlex.Keep", "org.mozillafoundation.x"})
-        EXPECT_FALSE(PrepareRegistry::isProtectedBundleID(id)) << id;
+TEST(ProtectedApps, TheBrandIsTheFirstTwoPiecesOfADottedName) {
     const std::vector<std::pair<std::string, std::optional<std::string>>> brands{
         {"a.b", "a.b"}, {"a.b.c.d", "a.b"}, {"a..b", std::nullopt}, {"com", std::nullopt}, {".x.y", std::nullopt}};
     for (const auto& [text, brand] : brands) EXPECT_EQ(ProtectedApps::brandPrefix(text), brand) << text;
-    EXPECT_TRUE(PrepareRegistry::isProtectedName("Google Chrome"));
-    EXPECT_TRUE(PrepareRegistry::isProtectedName("SAFARI"));
-    EXPECT_FALSE(PrepareRegistry::isProtectedName("Chrome"));
-    EXPECT_FALSE(PrepareRegistry::isProtectedName(" safari"));
 }
 
 }  // namespace

@@ -163,18 +163,6 @@ CleanTarget target(std::string id, Level level, std::int64_t size = 10, Family f
     return made;
 }
 
-TEST(PlanSelection, PreselectsRegenerableNonAggressiveEstimableTargetsNotBehindALink) {
-    const std::vector<std::pair<CleanTarget, bool>> cases{
-        {{.id = "safe-path-0"}, true}, {{.id = "moderate", .level = Level::moderate}, true},
-        {{.id = "aggressive", .level = Level::aggressive}, false},
-        {{.id = "command-0", .kind = CleanKind::command("x")}, false},
-        {{.id = "command-1", .kind = CleanKind::command("x"), .sizeBytes = 1}, true},
-        {{.id = "user", .sizeBytes = 10, .reversibility = Reversibility::userData}, false},
-        {{.id = "linked", .sizeBytes = 10, .blockedByLink = true}, false},
-    };
-    for (const auto& [made, preselected] : cases) EXPECT_EQ(PlanSelection::isPreselected(made), preselected) << made.id;
-}
-
 TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
     PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive, 5, Family::docker), target("a", Level::safe),
                         target("c", Level::aggressive)});

@@ -168,34 +168,7 @@ TEST_F(PrepareOnFakeHome, CleanUsesTheServicesGuardProbeAndCommandRunner) {
                             {"xcrun simctl runtime delete R1", {{"HOME", home.string()}, {"TMPDIR", (root / "tmp").string()}}}}));
 }
 
-// Services built with their dependencies left out, or given as null, use the live ones:
-// over a fake home they scan and clean like the tool does, and never call through a null.
-TEST(LiveDefaults, PrepareServiceScansAndCleansAFakeHome) {
-    TempDir root;
-    const auto home = root / "home";
-    PrepareService leftOut{.env = Environment::fromConfig(home, root / "tmp", Config::defaults())};
-    leftOut.env.catalog = CatalogProfile::macos;  // the profile whose detectors read application bundles
-    // Without a metadata tool the live source falls back to modification dates.
-    const auto oldApp = makeApp(home / "Applications", "Old", {.bundleID = "com.x.Old"});
-    for (const auto& entry : fs::recursive_directory_iterator(oldApp))
-        setModificationTime(entry.path(), std::chrono::system_clock::now() - 400 * 24h);
-    setModificationTime(oldApp, std::chrono::system_clock::now() - 400 * 24h);
-    const auto leftover = writeFile(home / "Library/Caches/com.gone.Editor/db", 4096).parent_path();
-    auto givenNull = leftOut;
-    givenNull.probe = nullptr;
-    givenNull.runCommand = nullptr;
-    givenNull.metadata = nullptr;
-    givenNull.simLister = nullptr;
-    for (const auto* service : {&leftOut, &givenNull}) {
-        const auto ids = idSetOf(service->scan().value().targets);
-        EXPECT_TRUE(ids.contains("app:com.x.Old") && ids.contains("leftover:com.gone.Editor")) << ::testing::PrintToString(ids);
-    }
-    const auto target = targetOf("leftover:com.gone.Editor", CleanKind::paths({leftover}), 4096, Family::appLeftovers);
-    EXPECT_EQ(givenNull.clean({target}, false, false).deleted, Ids{target.id});
-    EXPECT_FALSE(fs::exists(leftover));
-    EXPECT_TRUE(fs::exists(oldApp / "Contents/Info.plist"));
-}
-
+// Services and the executor given null dependencies use the live ones, never calling through a null.
 TEST(LiveDefaults, CleanServiceAndExecutorRunCommandsThroughTheShell) {
     TempDir home;
     const ScopedEnvironment path(ScopedEnvironment::Values{{"PATH", "/usr/bin:/bin"}});
