@@ -59,7 +59,8 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADi
          "// written by hand\n{\n  /* the identifier */ CFBundleIdentifier = com.x.Enc;\n"
          "  CFBundleDocumentTypes = ( { CFBundleTypeName = Doc; LSItemContentTypes = (a, \"b\",); } );\n"
          "  CFBundleSignature = <0fbd 7777>; NSPrincipalClass = <*I5>;\n}\n", true},
-        {"OpenStep with escapes", R"({ CFBundleIdentifier = "com.\170.\U0045nc"; })", true},
+        {"OpenStep with escapes", R"({ CFBundleIdentifier = "com.\170.\U0045\U006ec"; })", true},
+        {"OpenStep with CR LF line ends", "{\r\n  CFBundleIdentifier = com.x.Enc;\r\n}\r\n", true},
         {"OpenStep with every escape", R"({ A = "\a\b\f\n\r\t\v\q"; CFBundleIdentifier = "com\056x.Enc"; })", true},
         {"OpenStep in UTF-16", utf16(openStepUTF16, false), true},
         {"nesting up to 512 levels",
