@@ -71,9 +71,12 @@ std::vector<Command> addConfigCommands(CLI::App& app, ConfigEdit& edit, const Gl
     pathCommand("exclude", ConfigEdit::Action::exclude, "Never touch a path, nor anything inside it");
     pathCommand("include", ConfigEdit::Action::include, "Remove a path from the exclusions");
     auto* set = config->add_subcommand("set", "Set one value: keepRecentDays (0-60), defaultLevel (safe, moderate, "
-                                              "aggressive), enabledFamilies (all, none or names) or "
-                                              "checkMinimumVersion (true or false)");
-    set->add_option("KEY", edit.key, "keepRecentDays, defaultLevel, enabledFamilies or checkMinimumVersion")->required();
+                                              "aggressive), enabledFamilies (all, none or names), "
+                                              "checkMinimumVersion (true or false) or moveToTrash (true, false "
+                                              "or default)");
+    set->add_option("KEY", edit.key,
+                    "keepRecentDays, defaultLevel, enabledFamilies, checkMinimumVersion or moveToTrash")
+        ->required();
     set->add_option("VALUE", edit.value, "The value, as text")->required();
     commands.push_back({set, [&edit, &global] {
                             edit.action = ConfigEdit::Action::set;

@@ -56,7 +56,8 @@ std::string ConfigEdit::Refusal::text() const {
 }
 
 const std::vector<std::string>& ConfigEdit::settableKeys() {
-    static const std::vector<std::string> keys{"keepRecentDays", "defaultLevel", "enabledFamilies", "checkMinimumVersion"};
+    static const std::vector<std::string> keys{"keepRecentDays", "defaultLevel", "enabledFamilies", "checkMinimumVersion",
+                                               "moveToTrash"};
     return keys;
 }
 
@@ -117,6 +118,11 @@ ConfigEdit::Outcome ConfigEdit::applyTo(const Config& config, const std::vector<
         if (text != "true" && text != "false")
             return refused(config, Code::invalidValue, key, value);
         result.checkMinimumVersion = text == "true";
+    } else if (key == "moveToTrash") {
+        // "default": the key left out, so each family's own default applies.
+        if (text != "true" && text != "false" && text != "default")
+            return refused(config, Code::invalidValue, key, value, {"true", "false", "default"});
+        result.moveToTrash = text == "default" ? std::nullopt : std::optional(text == "true");
     } else {
         return refused(config, Code::unknownKey, key, value, settableKeys());
     }
