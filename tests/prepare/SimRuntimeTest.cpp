@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "kelvo/L10n.h"
 #include "prepare/OldSimRuntimeDetector.h"
 #include "kelvo/PrepareSummary.h"
@@ -53,11 +55,13 @@ TEST(SimRuntimeParse, FieldsOfTheWrongTypeTakeTheirDefaultsAndOtherMembersAreLef
         "sizeWholeFloat": {"sizeBytes": 4096.0, "deletable": 1, "lastUsedAt": ""},
         "negative": {"sizeBytes": -7, "deletable": 0},
         "tooLarge": {"sizeBytes": 18446744073709551615, "deletable": false},
+        "floatPastTheTop": {"sizeBytes": 9223372036854775808.0}, "floatAtTheBottom": {"sizeBytes": -9223372036854775808.0},
         "text": "not an object", "list": [1, 2], "null": null, "number": 3
     })");
     const std::map<std::string, std::pair<std::int64_t, bool>> expected{
         {"sizeAsText", {0, false}}, {"sizeFraction", {0, false}}, {"sizeWholeFloat", {4096, true}},
-        {"negative", {-7, false}},  {"tooLarge", {0, false}},
+        {"negative", {-7, false}},  {"tooLarge", {0, false}}, {"floatPastTheTop", {0, false}},
+        {"floatAtTheBottom", {std::numeric_limits<std::int64_t>::min(), false}},
     };
     ASSERT_EQ(runtimes.size(), expected.size());
     for (const auto& [identifier, fields] : expected) {
