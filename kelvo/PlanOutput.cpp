@@ -122,7 +122,12 @@ void printReport(const ExecutionReport& report, bool dryRun) {
         fmt::print("{}\n", L10n::t(key, static_cast<std::int64_t>(items.size())));
         for (const auto& item : items) fmt::print("  {}: {}\n", item.id, item.reason.text());
     };
-    list(would + "deleted", report.deleted);
+    // What went to the trash is told apart from what is gone.
+    std::vector<std::string> removed;
+    for (const auto& id : report.deleted)
+        if (std::find(report.trashed.begin(), report.trashed.end(), id) == report.trashed.end()) removed.push_back(id);
+    list(would + "deleted", removed);
+    list(would + "trashedIds", report.trashed);
     list(would + "partial", report.partial);
     list(would + "freedUnknown", report.freedUnknown);
     entries(would + "skipped", report.skipped);

@@ -29,6 +29,7 @@ TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
         const auto report = executor.execute({pathTarget("t", {c.item})});
         EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
         EXPECT_GT(report.trashedBytes, 0);
+        EXPECT_EQ(report.trashed, std::vector<std::string>{"t"});
         EXPECT_FALSE(present(c.item));
         EXPECT_TRUE(present(trash / "files" / c.trashedAs));
         const std::string info = platform::readFile(trash / "info" / (c.trashedAs + ".trashinfo")).value_or("");

@@ -125,15 +125,7 @@ ExecutionReport cleanByTrashChoice(const Service& service, const std::vector<Cle
     for (const auto& target : chosen) (service.env.movesToTrash(target.family) ? trashed : removed).push_back(target);
     if (trashed.empty() || removed.empty()) return service.clean(chosen, dryRun, force, !trashed.empty());
     auto report = service.clean(removed, dryRun, force, false);
-    auto more = service.clean(trashed, dryRun, force, true);
-    report.freedBytes += more.freedBytes;
-    report.trashedBytes += more.trashedBytes;
-    const auto append = [](auto& into, auto& from) { into.insert(into.end(), from.begin(), from.end()); };
-    append(report.deleted, more.deleted);
-    append(report.partial, more.partial);
-    append(report.freedUnknown, more.freedUnknown);
-    append(report.skipped, more.skipped);
-    append(report.errors, more.errors);
+    report.append(service.clean(trashed, dryRun, force, true));
     return report;
 }
 

@@ -25,6 +25,7 @@ std::string ExecutionReportJSON::encoded(const ExecutionReport& report, bool dry
         {"deleted", ids(report.deleted)},
         {"partial", ids(report.partial)},
         {"freedUnknown", ids(report.freedUnknown)},
+        {"trashed", ids(report.trashed)},
         {"skipped", entries(report.skipped, "reason")},
         {"errors", entries(report.errors, "message")},
     };

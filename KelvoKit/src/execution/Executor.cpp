@@ -34,20 +34,6 @@ void skip(ExecutionReport& report, const CleanTarget& target, Reason reason) {
     report.skipped.push_back({target.id, std::move(reason)});
 }
 
-template <class T>
-void moveAppend(std::vector<T>& into, std::vector<T>& from) {
-    into.insert(into.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-}
-
-void append(ExecutionReport& whole, ExecutionReport& part) {
-    whole.freedBytes += part.freedBytes;
-    whole.trashedBytes += part.trashedBytes;
-    moveAppend(whole.deleted, part.deleted);
-    moveAppend(whole.partial, part.partial);
-    moveAppend(whole.freedUnknown, part.freedUnknown);
-    moveAppend(whole.skipped, part.skipped);
-    moveAppend(whole.errors, part.errors);
-}
 
 // The removals a run has started on the pool, with the paths they work on. A target that
 // touches one of those paths, and every command, waits for them all first, so that each
@@ -63,7 +49,7 @@ public:
         std::vector<std::string> standard;
         for (const auto& location : paths) standard.push_back(Paths::standardized(location).string());
         if (overlapsRunning(standard)) waitForAll();
-        moveAppend(running_, standard);
+        running_.insert(running_.end(), std::make_move_iterator(standard.begin()), std::make_move_iterator(standard.end()));
         if (!pool_) {
             ownPool_ = std::make_unique<WorkerPool>();
             pool_ = ownPool_.get();
@@ -148,8 +134,12 @@ ExecutionReport removalOf(const Executor& executor, const CleanTarget& target, W
         }
     }
     (executor.homeTrash ? report.trashedBytes : report.freedBytes) += (!skippedSome || removedSome) ? freed : 0;
-    if (!skippedSome) report.deleted.push_back(target.id);
-    else if (removedSome) report.partial.push_back(target.id);
+    if (!skippedSome) {
+        report.deleted.push_back(target.id);
+        if (executor.homeTrash) report.trashed.push_back(target.id);
+    } else if (removedSome) {
+        report.partial.push_back(target.id);
+    }
     return report;
 }
 
@@ -220,6 +210,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
 
         if (dryRun) {
             report.deleted.push_back(target.id);
+            if (homeTrash) report.trashed.push_back(target.id);
             (homeTrash ? report.trashedBytes : report.freedBytes) += target.sizeBytes;
             continue;
         }
@@ -230,7 +221,7 @@ ExecutionReport Executor::execute(const std::vector<CleanTarget>& targets) const
     }
     removals.waitForAll();
     ExecutionReport whole;
-    for (auto& report : reports) append(whole, report);
+    for (auto& report : reports) whole.append(std::move(report));
     return whole;
 }
 
