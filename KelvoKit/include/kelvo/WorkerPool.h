@@ -50,6 +50,8 @@ private:
     };
     void workerLoop();
     void runJob(Job& job);
+    // Takes the queue's first job and runs it with the mutex released; held again after.
+    void runFirstQueued(std::unique_lock<std::mutex>& lock);
     void updateIdleHint();  // with the mutex held
 
     mutable std::mutex mutex_;

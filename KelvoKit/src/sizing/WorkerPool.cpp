@@ -72,25 +72,24 @@ void WorkerPool::workerLoop() {
         workAvailable_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
         --idleThreads_;
         if (queue_.empty()) return;  // stopping and nothing left
-        Job job = std::move(queue_.front());
-        queue_.pop_front();
-        updateIdleHint();
-        lock.unlock();
-        runJob(job);
-        lock.lock();
+        runFirstQueued(lock);
     }
+}
+
+void WorkerPool::runFirstQueued(std::unique_lock<std::mutex>& lock) {
+    Job job = std::move(queue_.front());
+    queue_.pop_front();
+    updateIdleHint();
+    lock.unlock();
+    runJob(job);
+    lock.lock();
 }
 
 void WorkerPool::wait(TaskGroup& group) {
     std::unique_lock lock(mutex_);
     while (group.pending_.load(std::memory_order_acquire) != 0) {
         if (!queue_.empty()) {
-            Job job = std::move(queue_.front());
-            queue_.pop_front();
-            updateIdleHint();
-            lock.unlock();
-            runJob(job);
-            lock.lock();
+            runFirstQueued(lock);
             continue;
         }
         // Nothing queued: this thread is idle until a task of its group finishes or new
