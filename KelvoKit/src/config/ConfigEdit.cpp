@@ -7,6 +7,7 @@
 #include "kelvo/Environment.h"
 #include "kelvo/L10n.h"
 #include "kelvo/RiskAxes.h"
+#include "vocabulary/Text.h"
 
 namespace kelvo {
 namespace {
@@ -15,12 +16,6 @@ std::string joined(const std::vector<std::string>& words, const char* separator 
     std::string text;
     for (const auto& word : words) text += (text.empty() ? "" : separator) + word;
     return text;
-}
-
-std::string trimmed(const std::string& text, const char* blanks) {
-    const auto begin = text.find_first_not_of(blanks);
-    if (begin == std::string::npos) return {};
-    return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
 using Code = ConfigEdit::Refusal::Code;

@@ -11,6 +11,7 @@
 #include "vocabulary/Paths.h"
 #include "prepare/ProjectPins.h"
 #include "safety/ShellCommand.h"
+#include "vocabulary/Text.h"
 #include "kelvo/platform/FileSystem.h"
 
 #include <toml++/toml.h>
@@ -24,13 +25,6 @@ using Words = std::optional<std::vector<std::string>>;
 
 constexpr std::size_t settingsLimit = 256 * 1024;
 constexpr int aliasDepthLimit = 8;
-
-std::string trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    const auto last = text.find_last_not_of(" \t\r\n");
-    return std::string(text.substr(first, last - first + 1));
-}
 
 std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> result;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "vocabulary/Paths.h"
+#include "vocabulary/Text.h"
 #include "kelvo/platform/FileSystem.h"
 
 namespace kelvo {
@@ -16,13 +17,6 @@ namespace {
 constexpr std::array<std::string_view, 6> passedOver{"node_modules", "target", "__pycache__", "site-packages",
                                                       "dist-packages", "bower_components"};
 constexpr std::size_t pinFileLimit = 64 * 1024;
-
-std::string trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r");
-    if (first == std::string_view::npos) return {};
-    const auto last = text.find_last_not_of(" \t\r");
-    return std::string(text.substr(first, last - first + 1));
-}
 
 // The value of the "home" key of a pyvenv.cfg ("home = /x/bin"); empty when there is none.
 std::string venvHome(const std::string& config) {
