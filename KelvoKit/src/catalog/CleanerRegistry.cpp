@@ -15,6 +15,7 @@
 #include "kelvo/PerProjectCleaner.h"
 #include "catalog/PlaceMarks.h"
 #include "catalog/VersionedDirCleaner.h"
+#include "vocabulary/Text.h"
 
 namespace kelvo {
 namespace {
@@ -189,9 +190,7 @@ public:
     std::vector<std::string> notes() const {
         std::vector<std::string> texts;
         for (const auto& [variable, refused] : refused_) {
-            std::string ids;
-            for (const auto& id : refused.ids) ids += (ids.empty() ? "" : ", ") + id;
-            texts.push_back(L10n::t(refused.reasonKey, variable, refused.value, ids));
+            texts.push_back(L10n::t(refused.reasonKey, variable, refused.value, joined(refused.ids)));
         }
         return texts;
     }

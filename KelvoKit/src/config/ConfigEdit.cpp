@@ -12,12 +12,6 @@
 namespace kelvo {
 namespace {
 
-std::string joined(const std::vector<std::string>& words, const char* separator = ", ") {
-    std::string text;
-    for (const auto& word : words) text += (text.empty() ? "" : separator) + word;
-    return text;
-}
-
 using Code = ConfigEdit::Refusal::Code;
 
 ConfigEdit::Outcome refused(const Config& config, Code code, std::string key, std::string value,

@@ -483,12 +483,6 @@ std::optional<LastUse> lastUseOf(const fs::path& folder, const VersionManager& r
     return std::nullopt;
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const auto& name : names) text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 }  // namespace
 
 OldRuntimeDetector::OldRuntimeDetector(Environment env, int olderThanMonths, Clock::time_point now,
