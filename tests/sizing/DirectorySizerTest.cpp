@@ -6,7 +6,6 @@
 #include "kelvo/WorkerPool.h"
 #include "support/DeepTree.h"
 #include "support/TempDir.h"
-#include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 namespace {
@@ -111,40 +110,6 @@ TEST_F(DirectorySizerMeasure, PathsLongerThanPathMaxAreMeasuredAndNeverGuessedEm
     // A link on the way down such a path is not followed: what lies behind it is unknown, not empty.
     fs::create_directory_symlink(root / "real", root / "via");
     expectBoth(root / "via" / bottom.lexically_relative(root / "real") / "tree", {0, true});
-}
-
-// The unreadable parts are seen as such only by an ordinary user: the measurement runs in
-// a child switched to uid 65534, which sends its result back as text. No pool may be
-// running while the test forks, so this one makes its own after the fork.
-TEST(DirectorySizerUnreadable, PartsThatCannotBeReadGiveALowerBound) {
-    TempDir root;
-    // A folder that cannot be opened at all, and one that can be listed but not searched.
-    const path withLocked = makeDirectory(root / "with-locked"), readable = writeFile(withLocked / "readable/data", 40000);
-    const path locked = makeDirectory(withLocked / "locked");
-    writeFile(locked / "secret", 100000);
-    makeDirectory(locked / "deeper");
-    ::chmod(locked.c_str(), 0);
-    const path withListOnly = makeDirectory(root / "with-list-only"), listOnly = makeDirectory(withListOnly / "list-only");
-    writeFile(listOnly / "hidden-size", 100000);
-    ::chmod(listOnly.c_str(), 0644);
-    const auto run = runAsUnprivileged([&] {
-        WorkerPool pool(2);
-        std::string answer;
-        for (const path& tree : {withLocked, withListOnly})
-            for (const Measurement& measurement : {DirectorySizer().measure(tree), DirectorySizer(pool).measure(tree)})
-                answer += std::to_string(measurement.bytes) + (measurement.hadErrors ? " partial\n" : " whole\n");
-        return answer;
-    });
-    if (run.switchRefused) GTEST_SKIP() << run.failure;
-    ASSERT_TRUE(run.output) << run.failure;
-    // Each folder that cannot be entered still counts its own blocks.
-    const std::string lockedLine = std::to_string(allocatedBytes(withLocked / "readable") + allocatedBytes(readable) +
-                                                  allocatedBytes(locked)) + " partial\n";
-    const std::string listOnlyLine = std::to_string(allocatedBytes(listOnly)) + " partial\n";
-    EXPECT_EQ(*run.output, lockedLine + lockedLine + listOnlyLine + listOnlyLine);
-    if (::geteuid() == 0) {
-        EXPECT_EQ(DirectorySizer().measure(withLocked), (Measurement{allocatedBytesBelow(withLocked), false}));
-    }
 }
 
 TEST_F(DirectorySizerMeasure, AMemoAnswersAgainWithoutWalkingAndAStoppedWalkIsNotRemembered) {
