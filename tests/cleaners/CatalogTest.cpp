@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvo/CleanerRegistry.h"
+#include "catalog/CatalogCleaner.h"
 #include "catalog/CommandCleaner.h"
 #include "kelvo/Config.h"
 #include "kelvo/L10n.h"
@@ -48,14 +49,6 @@ std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) 
     return places;
 }
 
-// The reversibility of an entry that has one (all but the per-project one).
-std::optional<Reversibility> reversibilityOf(const Cleaner& cleaner) {
-    if (const auto* c = dynamic_cast<const PathCleaner*>(&cleaner)) return c->reversibility();
-    if (const auto* c = dynamic_cast<const CommandCleaner*>(&cleaner)) return c->reversibility();
-    if (const auto* c = dynamic_cast<const VersionedDirCleaner*>(&cleaner)) return c->reversibility();
-    return std::nullopt;
-}
-
 bool inside(const fs::path& path, const fs::path& root) {
     return Paths::isInside(Paths::standardized(path).string(), Paths::standardized(root).string());
 }
@@ -82,10 +75,10 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
                 if (cleaner->id() == "per-project") continue;
                 for (const auto& [language, catalog] : L10n::bundle().catalogs)
                     EXPECT_TRUE(catalog.texts.contains("cleaner." + cleaner->id())) << language;
-                const auto reversibility = reversibilityOf(*cleaner);
-                ASSERT_TRUE(reversibility);
+                const auto* entry = dynamic_cast<const CatalogCleaner*>(cleaner.get());
+                ASSERT_TRUE(entry);
                 // Only the Linux profile has entries of user data (the trash, container pruning).
-                EXPECT_TRUE(profile != macos || *reversibility == Reversibility::regenerable);
+                EXPECT_TRUE(profile != macos || entry->reversibility() == Reversibility::regenerable);
                 // A versioned entry offers its parent's subfolders, so its parent may be a root itself.
                 const bool offersChildren = dynamic_cast<const VersionedDirCleaner*>(cleaner.get()) != nullptr;
                 for (const auto& place : placesOf(*cleaner)) {
@@ -110,19 +103,15 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
     }
 }
 
-TEST(LinuxCatalog, ProjectFoldersKeepTheMacOSKindsAddLinuxOnesAndTagsButNeverUserState) {
+// Which of the two profiles tags caches by CACHEDIR.TAG is in scenarios/projects.txt and linux-home.txt.
+TEST(LinuxCatalog, ProjectFoldersAreUniqueKeepTheMacOSKindsAndNeverUserState) {
     const auto macosCleaners = CleanerRegistry::makeCleaners(environment(macos));
     const auto cleaners = CleanerRegistry::makeCleaners(environment(linux));
-    const auto* linuxKinds = dynamic_cast<const PerProjectCleaner*>(cleaners.back().get());
-    const auto* macosKinds = dynamic_cast<const PerProjectCleaner*>(macosCleaners.back().get());
-    ASSERT_TRUE(linuxKinds && macosKinds);
-    EXPECT_FALSE(macosKinds->cacheTagged().has_value());
-    ASSERT_TRUE(linuxKinds->cacheTagged().has_value());
     std::set<std::string> names;
-    for (const auto& kind : linuxKinds->specs()) EXPECT_TRUE(names.insert(kind.dirName).second) << kind.dirName;
-    EXPECT_FALSE(names.contains(linuxKinds->cacheTagged()->dirName));
-    for (const auto& kind : macosKinds->specs()) EXPECT_TRUE(names.contains(kind.dirName)) << kind.dirName;
-    EXPECT_GT(names.size(), macosKinds->specs().size());
+    for (const auto& kind : dynamic_cast<const PerProjectCleaner&>(*cleaners.back()).specs())
+        EXPECT_TRUE(names.insert(kind.dirName).second) << kind.dirName;
+    for (const auto& kind : dynamic_cast<const PerProjectCleaner&>(*macosCleaners.back()).specs())
+        EXPECT_TRUE(names.contains(kind.dirName)) << kind.dirName;
     // Settings, project links, notebook backups, service state, committed code and links.
     for (const char* kept : {".bundle", ".vercel", ".netlify", ".swiftpm", ".idea", ".ipynb_checkpoints", ".devenv",
                              "vendor", "result", "bazel-out"})
