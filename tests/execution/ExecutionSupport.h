@@ -1,7 +1,6 @@
 #pragma once
 // Shared pieces of the executor tests: an executor behind the clean service's guard for a
-// home and temporary folder of the test's own, target builders, a command runner that
-// records what it was asked, the whole report as text for one comparison, and a run as the
+// home and temporary folder of the test's own, target builders, the whole report as text for one comparison, and a run as the
 // unprivileged user 65534 (root ignores permission bits) with that text passed back.
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -20,26 +19,13 @@ namespace kelvo::testing {
 
 constexpr unsigned nobodyId = 65534;
 
-// Answers with a fixed status and remembers every command line it was given, with the
-// variables it was to run with.
-struct RecordingRunner {
-    int status = 0;
-    std::shared_ptr<std::vector<std::string>> calls = std::make_shared<std::vector<std::string>>();
-    std::shared_ptr<std::vector<ShellVariables>> variables = std::make_shared<std::vector<ShellVariables>>();
-    int operator()(const std::string& commandLine, const ShellVariables& given) const {
-        calls->push_back(commandLine);
-        variables->push_back(given);
-        return status;
-    }
-};
-
 // No process runs unless named; commands answer 0 unless a runner is given.
 inline Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
                             std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
                             CommandFunction runner = {}) {
     return {.safety = cleanGuard(environmentAt(home, tmp)),
             .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
-            .runCommand = runner ? std::move(runner) : CommandFunction(RecordingRunner{})};
+            .runCommand = runner ? std::move(runner) : [](const std::string&, const ShellVariables&) { return 0; }};
 }
 
 inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths,
@@ -49,12 +35,6 @@ inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem
 
 inline CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes = 0) {
     return {.id = id, .name = id, .kind = CleanKind::command(commandLine), .sizeBytes = sizeBytes};
-}
-
-// Writes a bundle's Contents/Info.plist with the given identifier and executable name.
-inline void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable) {
-    writeInfoPlist(bundle, {{"CFBundleIdentifier", bundleID}, {"CFBundleExecutable", executable}});
-    writeFile(bundle / "Contents/MacOS" / executable, 4096);
 }
 
 // Whether anything, a dangling link included, is at the location.
