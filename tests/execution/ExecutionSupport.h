@@ -43,13 +43,10 @@ inline bool present(const std::filesystem::path& location) {
     return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
 }
 
-// The line of a target skipped, or failed, for the reason: the reason's key and subject, so
+// The line of a target skipped, or failed (as "error "), for the reason: the reason's key and subject, so
 // that a comparison never depends on a sentence.
 inline std::string skipped(const std::string& id, Reason::Code code, const std::string& subject, const char* as = "skipped ") {
     return as + id + ": " + std::string(Reason::key(code)) + " " + subject;
-}
-inline std::string failed(const std::string& id, Reason::Code code, const std::string& subject = {}) {
-    return skipped(id, code, subject, "error ");
 }
 
 // The lines a test expects, joined one per line.
@@ -67,7 +64,8 @@ inline std::string summary(const ExecutionReport& report) {
                                       {"unknown ", &report.freedUnknown}})
         for (const auto& id : *ids) out.push_back(prefix + id);
     for (const auto& entry : report.skipped) out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject));
-    for (const auto& entry : report.errors) out.push_back(failed(entry.id, entry.reason.code, entry.reason.subject));
+    for (const auto& entry : report.errors)
+        out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject, "error "));
     out.push_back("freed " + std::to_string(report.freedBytes));
     return lines(out);
 }

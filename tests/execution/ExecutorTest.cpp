@@ -1,5 +1,3 @@
-#include <map>
-
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
 #include "support/DeepTree.h"
@@ -43,23 +41,6 @@ TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedN
     EXPECT_FALSE(present(bundle) || present(gradle) || present(docker));
     for (const char* kept : {"docker-data", "Applications", ".gradle"}) EXPECT_TRUE(fs::is_directory(home / kept)) << kept;
     EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", "Foo.app")), std::nullopt);
-}
-
-TEST_F(ExecutorTest, CommandExitStatusesBecomeErrorsOrDeletions) {
-    std::vector<std::string> calls;
-    const std::map<std::string, int> statuses{{"missing-tool", 127}, {"tool fail", 2}, {"tool crash", -1}, {"tool", 0}};
-    const auto report = executor({}, {}, [&](const std::string& line, const ShellVariables&) {
-                            calls.push_back(line);
-                            return statuses.at(line);
-                        }).execute({commandTarget("missing", "missing-tool", 100), commandTarget("failing", "tool fail", 100),
-                                    commandTarget("crashing", "tool crash", 100), commandTarget("working", "tool", 100)});
-    EXPECT_EQ(calls, (std::vector<std::string>{"missing-tool", "tool fail", "tool crash", "tool"}));
-    EXPECT_EQ(summary(report), lines({"deleted working", "unknown working", failed("missing", toolNotFound),
-                                      failed("failing", exitStatus, "2"), failed("crashing", exitStatus, "-1"), "freed 0"}));
-    // The shell runs the line with the given variables, over whatever this process has.
-    EXPECT_EQ(Executor::shell("touch \"$TMPDIR/ran\" && exit 3", {{"TMPDIR", tmp.string()}}), 3);
-    EXPECT_TRUE(fs::exists(tmp / "ran"));
-    EXPECT_EQ(Executor::shell("no-such-tool-for-kelvo-tests 2>/dev/null", {}), 127);
 }
 
 TEST_F(ExecutorTest, ARefusedPathOrLinkLeavesEveryPathOfItsTargetAndVanishedPathsFreeNothing) {
