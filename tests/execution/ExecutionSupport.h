@@ -91,13 +91,14 @@ inline int inPrivateMount(const std::filesystem::path& mountPoint, const std::fu
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-// A home and a temporary folder as allowed roots, and a folder outside both.
+// A home and a temporary folder as allowed roots, and a folder outside both, in memory where
+// possible (the race rounds build and remove tens of thousands of folders).
 struct ExecutionTest : ::testing::Test {
     Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
                       CommandFunction runner = {}) const {
         return executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
     }
-    TempDir root;
+    TempDir root{TempDir::memory};
     std::filesystem::path home = makeDirectory(root / "home"), tmp = makeDirectory(root / "tmp"),
                           outside = makeDirectory(root / "outside");
 };

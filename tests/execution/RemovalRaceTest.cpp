@@ -37,14 +37,13 @@ void buildTree(const path& tree, int folders, int subfolders) {
     ::close(treeFd);
 }
 
-struct RemovalRaceTest : ::testing::Test {
+struct RemovalRaceTest : ExecutionTest {
     // Outside every allowed root, shaped like the trees below so that a removal that
     // followed a link would find the same names there.
     RemovalRaceTest() {
         for (const char* name : {"s0/f", "s1/f", "s2/f", "s3/f", "s4/f", "b/tree/canary", "b/tree/d0/s0/f"}) writeFile(outside / name, 16);
         before = listing(outside);
     }
-    Executor executor() const { return executorFor(home, root / "tmp"); }
 
     // Each round builds the tree afresh and removes it while a thread keeps swapping the
     // victims for links to the outside folder and back; nothing outside may go. Returns
@@ -84,9 +83,7 @@ struct RemovalRaceTest : ::testing::Test {
         return swaps;
     }
 
-    // The rounds build and remove tens of thousands of folders.
-    TempDir root{TempDir::memory};
-    path home = makeDirectory(root / "home"), outside = root / "outside", canary = writeFile(outside / "canary", 64);
+    path canary = writeFile(outside / "canary", 64);
     std::string before;
 };
 
