@@ -1,7 +1,7 @@
 #pragma once
 // Shared pieces of the executor tests: an executor behind the clean service's guard for a
-// home and temporary folder of the test's own, target builders, the whole report as text for one comparison, and a run as the
-// unprivileged user 65534 (root ignores permission bits) with that text passed back.
+// home and temporary folder of the test's own, target builders, the whole report as text
+// for one comparison, and a private mount for a file system of a test's own.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -9,11 +9,9 @@
 
 #include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
-#include "kelvo/L10n.h"
 #include "support/AppBundle.h"
 #include "support/ServiceGuards.h"
 #include "support/TempDir.h"
-#include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 
@@ -68,12 +66,6 @@ inline std::string summary(const ExecutionReport& report) {
         out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject, "error "));
     out.push_back("freed " + std::to_string(report.freedBytes));
     return lines(out);
-}
-
-// Runs `work` as uid/gid 65534 (runAsUnprivileged) and hands back the summary of its report.
-inline UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work) {
-    L10n::bundle();  // loaded before the fork: the child may not be allowed to read the texts
-    return runAsUnprivileged([&] { return summary(work()); }, nobodyId);
 }
 
 // Runs `work` in a child with a mount namespace of its own and a small tmpfs at the mount
