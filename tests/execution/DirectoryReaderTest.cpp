@@ -28,12 +28,9 @@ TEST(DirectoryReader, EntriesComeWithTheirOwnTypeFromBothMethodsAndFromAStatusCa
     kelvo::testing::makeDirectory(root / "dir");
     fs::create_directory_symlink(root / "dir", root / "link");
     ASSERT_EQ(::mkfifo((root / "pipe").c_str(), 0600), 0);
-    const struct {
-        const char* name;
-        EntryType type;
-        int error;
-    } entries[] = {{"file", EntryType::file, 0}, {"dir", EntryType::directory, 0}, {"link", EntryType::symlink, 0},
-                   {"pipe", EntryType::other, 0}, {"gone", EntryType::other, ENOENT}};
+    const struct { const char* name; EntryType type; int error; } entries[] = {
+        {"file", EntryType::file, 0}, {"dir", EntryType::directory, 0}, {"link", EntryType::symlink, 0},
+        {"pipe", EntryType::other, 0}, {"gone", EntryType::other, ENOENT}};
     const Descriptor fd = openDirectory(root.path());
     std::map<std::string, EntryType> expected;
     for (const auto& entry : entries) {

@@ -1,6 +1,8 @@
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
+#include "kelvo/L10n.h"
 #include "support/DeepTree.h"
+#include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 namespace {
@@ -190,6 +192,53 @@ TEST_F(ExecutorTest, ProtectedApplicationsAreTestedOnlyInThePrepareFamilies) {
         EXPECT_TRUE(fs::exists(apps / kept / "Contents/Info.plist")) << kept;
     EXPECT_TRUE(fs::exists(leftover / "data"));
     EXPECT_FALSE(present(apps / "Tool.app") || present(apps / "Browser Copy.app"));
+}
+
+// Under permission bits, which root ignores: the execute runs in a child that has dropped to
+// uid/gid 65534, on a tree handed over to that user. A locked parent is never opened up; a
+// read-only tree inside one's own folder is; what cannot be looked at is never counted as gone.
+TEST_F(ExecutorTest, ReadOnlyTreesAreOpenedUpButNeverTheParentOfATargetOrAnUnreadableOne) {
+    const path tree = home / "cache/readonly";
+    writeFile(tree / "a/b/file", 9000);
+    writeFile(tree / "a/secret/hidden", 4000);
+    writeFile(tree / "no-search/file", 3000);
+    writeFile(tree / "write-search-only/file", 3000);
+    writeFile(tree / "top-file", 100);
+    const path neighbour = writeFile(home / "cache/neighbour/file", 100).parent_path();
+    const path locked = home / "cache/locked";
+    const path file = writeFile(locked / "item.log", 4000);
+    const path folder = writeFile(locked / "folder/inner", 4000).parent_path();
+    const path closedItem = writeFile(home / "cache/closed/item", 4000);
+    // The removing user cannot see into the three locked folders before they are opened
+    // up, so what it measures as freed leaves their content out.
+    const std::int64_t unseen = allocatedBytesBelow(tree / "a/secret") + allocatedBytesBelow(tree / "no-search") +
+                                allocatedBytesBelow(tree / "write-search-only");
+    const std::int64_t expected = DirectorySizer().measure(tree).bytes - unseen + allocatedBytes(folder / "inner");
+    ASSERT_GT(unseen, 0);
+    if (runningAsRoot()) chownTree(home, nobodyId, nobodyId);  // otherwise the files are ours already
+    for (const auto& entry : fs::recursive_directory_iterator(tree))
+        fs::permissions(entry.path(), entry.is_directory() ? fs::perms(0555) : fs::perms(0444));
+    for (const auto& [place, mode] : {std::pair{tree / "a/secret", 0}, {tree / "no-search", 0600}, {tree / "write-search-only", 0300},
+                                      {tree, 0555}, {neighbour, 0555}, {locked, 0555}, {home / "cache/closed", 0}})
+        fs::permissions(place, fs::perms(mode));
+
+    L10n::bundle();  // loaded before the fork: the child may not be allowed to read the texts
+    const auto run = runAsUnprivileged([&] {
+        return summary(executor().execute({pathTarget("readonly", {tree}), pathTarget("file", {file}),
+                                           pathTarget("folder", {folder}), pathTarget("closed", {closedItem})}));
+    }, nobodyId);
+    fs::permissions(home / "cache/closed", fs::perms(0755));
+    ASSERT_TRUE(run.output) << run.failure;
+    // The folder's content could go (the folder is ours), the folder itself could not.
+    EXPECT_EQ(*run.output, lines({"deleted readonly", "partial folder", skipped("file", noPermission, "item.log"),
+                                  skipped("folder", systemRemnant, "folder"), skipped("closed", ownerUnknown, closedItem.string()),
+                                  "freed " + std::to_string(expected)}));
+    EXPECT_FALSE(present(tree));
+    // Only the removed tree had its bits changed.
+    for (const auto& [folder, mode] : {std::pair{neighbour, 0555}, {locked, 0555}, {home / "cache", 0755}})
+        EXPECT_EQ(fs::symlink_status(folder).permissions(), fs::perms(mode)) << folder;
+    EXPECT_TRUE(fs::exists(neighbour / "file") && fs::exists(file) && fs::exists(closedItem) && fs::is_directory(folder));
+    EXPECT_FALSE(present(folder / "inner"));
 }
 
 }  // namespace

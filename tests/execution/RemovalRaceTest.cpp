@@ -2,8 +2,7 @@
 // side on a pool, another thread keeps swapping parts of it (or of its parent chain) for
 // symbolic links into a folder outside the allowed roots. Whatever the interleaving,
 // nothing in that folder may go.
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -19,22 +18,13 @@ using fs::path;
 
 constexpr int rounds = 20;
 
-// First-level folders d0..dN, each with sub-folders, one small file per first-level
-// folder. Made through descriptors: a few thousand folders per round must stay cheap.
+// First-level folders d0..dN, each with sub-folders, one small file per first-level folder.
 void buildTree(const path& tree, int folders, int subfolders) {
-    fs::create_directories(tree);
-    const int treeFd = ::open(tree.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(treeFd, 0);
     for (int folder = 0; folder < folders; ++folder) {
-        const std::string name = "d" + std::to_string(folder);
-        ::mkdirat(treeFd, name.c_str(), 0755);
-        const int folderFd = ::openat(treeFd, name.c_str(), O_RDONLY | O_DIRECTORY);
-        ASSERT_GE(folderFd, 0);
-        for (int sub = 0; sub < subfolders; ++sub) ::mkdirat(folderFd, ("s" + std::to_string(sub)).c_str(), 0755);
-        ::close(::openat(folderFd, "f", O_WRONLY | O_CREAT, 0644));
-        ::close(folderFd);
+        const path top = tree / ("d" + std::to_string(folder));
+        for (int sub = 0; sub < subfolders; ++sub) fs::create_directories(top / ("s" + std::to_string(sub)));
+        writeFile(top / "f");
     }
-    ::close(treeFd);
 }
 
 struct RemovalRaceTest : ExecutionTest {
