@@ -1,13 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <map>
 #include <set>
-#include <string>
 
 #include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryReader.h"

@@ -17,15 +17,6 @@ namespace kelvo::testing {
 
 constexpr unsigned nobodyId = 65534;
 
-// No process runs unless named; commands answer 0 unless a runner is given.
-inline Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
-                            std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
-                            CommandFunction runner = {}) {
-    return {.safety = cleanGuard(environmentAt(home, tmp)),
-            .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
-            .runCommand = runner ? std::move(runner) : [](const std::string&, const ShellVariables&) { return 0; }};
-}
-
 inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths,
                               Family family = Family::devMisc, std::int64_t sizeBytes = 0) {
     return {.id = id, .name = id, .family = family, .kind = CleanKind::paths(std::move(paths)), .sizeBytes = sizeBytes};
@@ -86,9 +77,12 @@ inline int inPrivateMount(const std::filesystem::path& mountPoint, const std::fu
 // A home and a temporary folder as allowed roots, and a folder outside both, in memory where
 // possible (the race rounds build and remove tens of thousands of folders).
 struct ExecutionTest : ::testing::Test {
+    // No process runs unless named; commands answer 0 unless a runner is given.
     Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
                       CommandFunction runner = {}) const {
-        return executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
+        return {.safety = cleanGuard(environmentAt(home, tmp)),
+                .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
+                .runCommand = runner ? std::move(runner) : [](const std::string&, const ShellVariables&) { return 0; }};
     }
     TempDir root{TempDir::memory};
     std::filesystem::path home = makeDirectory(root / "home"), tmp = makeDirectory(root / "tmp"),

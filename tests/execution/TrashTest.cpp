@@ -8,16 +8,16 @@ namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using TrashTest = ExecutionTest;
 
 // An item goes into the home trash with an info file that leads back to where it came from.
 // A link in the way is never followed: not as the item, not in the chain above it; and
 // nothing of the trash itself moves.
-TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorTheTrashItself) {
-    TempDir dir;
-    const fs::path home = dir / "home", trash = home / ".local/share/Trash", item = writeFile(home / "a b%.log", 10);
-    Executor executor = executorFor(home, dir / "tmp");
-    executor.homeTrash = trash;
-    const auto report = executor.execute({pathTarget("t", {item})});
+TEST_F(TrashTest, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorTheTrashItself) {
+    const fs::path trash = home / ".local/share/Trash", item = writeFile(home / "a b%.log", 10);
+    Executor run = executor();
+    run.homeTrash = trash;
+    const auto report = run.execute({pathTarget("t", {item})});
     EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
     EXPECT_GT(report.trashedBytes, 0);
     EXPECT_EQ(report.trashed, std::vector<std::string>{"t"});
@@ -31,19 +31,18 @@ TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorTheTrashI
     fs::create_directory_symlink(home / "real", home / "swapped");
     platform::TrashedItem trashed;
     EXPECT_EQ(platform::moveToTrash(home / "swapped/cache", trash, trashed), std::errc::too_many_symbolic_link_levels);
-    EXPECT_EQ(executor.execute({pathTarget("t", {home / "swapped"})}).skipped.size(), 1u);
+    EXPECT_EQ(run.execute({pathTarget("t", {home / "swapped"})}).skipped.size(), 1u);
     EXPECT_TRUE(present(home / "real/cache/f"));
     EXPECT_TRUE(present(home / "swapped"));
     writeFile(trash / "files/old", 1);  // the trash cannot go into itself
-    EXPECT_EQ(summary(executor.execute({pathTarget("t", {trash / "files"})})),
+    EXPECT_EQ(summary(run.execute({pathTarget("t", {trash / "files"})})),
               lines({skipped("t", Reason::Code::trashItself, "files"), "freed 0"}));
 }
 
 // On another file system the volume's own trash takes the item; where it has none the item
 // stays (never a copy). Needs a mount of its own: a private mount namespace, as root.
-TEST(Trash, AnotherFileSystemUsesItsOwnTrashOrNone) {
-    TempDir dir;
-    const fs::path volume = makeDirectory(dir / "volume"), homeTrash = dir / "home/.local/share/Trash";
+TEST_F(TrashTest, AnotherFileSystemUsesItsOwnTrashOrNone) {
+    const fs::path volume = makeDirectory(root / "volume"), homeTrash = home / ".local/share/Trash";
     const int status = inPrivateMount(volume, [&] {
         platform::TrashedItem trashed;
         const auto own = platform::moveToTrash(writeFile(volume / "a/f", 10), homeTrash, trashed);
