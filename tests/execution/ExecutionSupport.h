@@ -7,9 +7,7 @@
 #include <sys/mount.h>
 #include <sys/wait.h>
 
-#include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
-#include "support/AppBundle.h"
 #include "support/ServiceGuards.h"
 #include "support/TempDir.h"
 

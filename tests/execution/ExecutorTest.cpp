@@ -1,6 +1,7 @@
 #include "ExecutionSupport.h"
 #include "kelvo/DirectorySizer.h"
 #include "kelvo/L10n.h"
+#include "support/AppBundle.h"
 #include "support/DeepTree.h"
 #include "support/Unprivileged.h"
 
