@@ -22,9 +22,9 @@ TEST(LiveProcessProbe, FindsLongNamesAndCommandLineFragments) {
     // By its whole name, the first word of a title it rewrote ("npm install") and the name the
     // kernel cuts at 15 characters.
     const struct { std::string name; bool byCommandLine, expected; } rows[] = {
-        {"com.docker.backend-test run", false, true}, {"com.docker.backend-test", false, true}, {"com.docker.back", false, true}, {commandLine, true, true},
-        {root.path().filename().string(), true, true}, {"com.docker.backend", false, false},
-        {"docker.backend-test", false, false}, {"", false, false}, {"", true, false},
+        {"com.docker.backend-test run", false, true}, {"com.docker.backend-test", false, true},
+        {"com.docker.back", false, true}, {commandLine, true, true}, {root.path().filename().string(), true, true},
+        {"com.docker.backend", false, false}, {"docker.backend-test", false, false}, {"", false, false}, {"", true, false},
     };
     for (const auto& row : rows)
         EXPECT_EQ(row.byCommandLine ? probe.isRunningUnder(row.name) : probe.isRunning(row.name), row.expected) << row.name;
