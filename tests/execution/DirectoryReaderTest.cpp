@@ -1,13 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <map>
 #include <set>
-#include <string>
 
 #include "kelvo/platform/Descriptor.h"
 #include "kelvo/platform/DirectoryReader.h"
@@ -28,12 +25,9 @@ TEST(DirectoryReader, EntriesComeWithTheirOwnTypeFromBothMethodsAndFromAStatusCa
     kelvo::testing::makeDirectory(root / "dir");
     fs::create_directory_symlink(root / "dir", root / "link");
     ASSERT_EQ(::mkfifo((root / "pipe").c_str(), 0600), 0);
-    const struct {
-        const char* name;
-        EntryType type;
-        int error;
-    } entries[] = {{"file", EntryType::file, 0}, {"dir", EntryType::directory, 0}, {"link", EntryType::symlink, 0},
-                   {"pipe", EntryType::other, 0}, {"gone", EntryType::other, ENOENT}};
+    const struct { const char* name; EntryType type; int error; } entries[] = {
+        {"file", EntryType::file, 0}, {"dir", EntryType::directory, 0}, {"link", EntryType::symlink, 0},
+        {"pipe", EntryType::other, 0}, {"gone", EntryType::other, ENOENT}};
     const Descriptor fd = openDirectory(root.path());
     std::map<std::string, EntryType> expected;
     for (const auto& entry : entries) {

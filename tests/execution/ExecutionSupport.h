@@ -1,46 +1,19 @@
 #pragma once
 // Shared pieces of the executor tests: an executor behind the clean service's guard for a
-// home and temporary folder of the test's own, target builders, a command runner that
-// records what it was asked, the whole report as text for one comparison, and a run as the
-// unprivileged user 65534 (root ignores permission bits) with that text passed back.
+// home and temporary folder of the test's own, target builders, the whole report as text
+// for one comparison, and a private mount for a file system of a test's own.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 
-#include "kelvo/ExecutionReport.h"
 #include "kelvo/Executor.h"
-#include "kelvo/L10n.h"
-#include "support/AppBundle.h"
 #include "support/ServiceGuards.h"
 #include "support/TempDir.h"
-#include "support/Unprivileged.h"
 
 namespace kelvo::testing {
 
 constexpr unsigned nobodyId = 65534;
-
-// Answers with a fixed status and remembers every command line it was given, with the
-// variables it was to run with.
-struct RecordingRunner {
-    int status = 0;
-    std::shared_ptr<std::vector<std::string>> calls = std::make_shared<std::vector<std::string>>();
-    std::shared_ptr<std::vector<ShellVariables>> variables = std::make_shared<std::vector<ShellVariables>>();
-    int operator()(const std::string& commandLine, const ShellVariables& given) const {
-        calls->push_back(commandLine);
-        variables->push_back(given);
-        return status;
-    }
-};
-
-// No process runs unless named; commands answer 0 unless a runner is given.
-inline Executor executorFor(const std::filesystem::path& home, const std::filesystem::path& tmp,
-                            std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
-                            CommandFunction runner = {}) {
-    return {.safety = cleanGuard(environmentAt(home, tmp)),
-            .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
-            .runCommand = runner ? std::move(runner) : CommandFunction(RecordingRunner{})};
-}
 
 inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem::path> paths,
                               Family family = Family::devMisc, std::int64_t sizeBytes = 0) {
@@ -51,25 +24,16 @@ inline CleanTarget commandTarget(const std::string& id, const std::string& comma
     return {.id = id, .name = id, .kind = CleanKind::command(commandLine), .sizeBytes = sizeBytes};
 }
 
-// Writes a bundle's Contents/Info.plist with the given identifier and executable name.
-inline void writeAppBundle(const std::filesystem::path& bundle, const std::string& bundleID, const std::string& executable) {
-    writeInfoPlist(bundle, {{"CFBundleIdentifier", bundleID}, {"CFBundleExecutable", executable}});
-    writeFile(bundle / "Contents/MacOS" / executable, 4096);
-}
-
 // Whether anything, a dangling link included, is at the location.
 inline bool present(const std::filesystem::path& location) {
     std::error_code error;
     return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
 }
 
-// The line of a target skipped, or failed, for the reason: the reason's key and subject, so
+// The line of a target skipped, or failed (as "error "), for the reason: the reason's key and subject, so
 // that a comparison never depends on a sentence.
 inline std::string skipped(const std::string& id, Reason::Code code, const std::string& subject, const char* as = "skipped ") {
     return as + id + ": " + std::string(Reason::key(code)) + " " + subject;
-}
-inline std::string failed(const std::string& id, Reason::Code code, const std::string& subject = {}) {
-    return skipped(id, code, subject, "error ");
 }
 
 // The lines a test expects, joined one per line.
@@ -87,15 +51,10 @@ inline std::string summary(const ExecutionReport& report) {
                                       {"unknown ", &report.freedUnknown}})
         for (const auto& id : *ids) out.push_back(prefix + id);
     for (const auto& entry : report.skipped) out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject));
-    for (const auto& entry : report.errors) out.push_back(failed(entry.id, entry.reason.code, entry.reason.subject));
+    for (const auto& entry : report.errors)
+        out.push_back(skipped(entry.id, entry.reason.code, entry.reason.subject, "error "));
     out.push_back("freed " + std::to_string(report.freedBytes));
     return lines(out);
-}
-
-// Runs `work` as uid/gid 65534 (runAsUnprivileged) and hands back the summary of its report.
-inline UnprivilegedRun runUnprivileged(const std::function<ExecutionReport()>& work) {
-    L10n::bundle();  // loaded before the fork: the child may not be allowed to read the texts
-    return runAsUnprivileged([&] { return summary(work()); }, nobodyId);
 }
 
 // Runs `work` in a child with a mount namespace of its own and a small tmpfs at the mount
@@ -113,13 +72,17 @@ inline int inPrivateMount(const std::filesystem::path& mountPoint, const std::fu
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-// A home and a temporary folder as allowed roots, and a folder outside both.
+// A home and a temporary folder as allowed roots, and a folder outside both, in memory where
+// possible (the race rounds build and remove tens of thousands of folders).
 struct ExecutionTest : ::testing::Test {
+    // No process runs unless named; commands answer 0 unless a runner is given.
     Executor executor(std::vector<std::string> running = {}, std::vector<std::string> fragments = {},
                       CommandFunction runner = {}) const {
-        return executorFor(home, tmp, std::move(running), std::move(fragments), std::move(runner));
+        return {.safety = cleanGuard(environmentAt(home, tmp)),
+                .probe = std::make_shared<StubProcessProbe>(running, std::move(fragments)),
+                .runCommand = runner ? std::move(runner) : [](const std::string&, const ShellVariables&) { return 0; }};
     }
-    TempDir root;
+    TempDir root{TempDir::memory};
     std::filesystem::path home = makeDirectory(root / "home"), tmp = makeDirectory(root / "tmp"),
                           outside = makeDirectory(root / "outside");
 };

@@ -2,8 +2,7 @@
 // side on a pool, another thread keeps swapping parts of it (or of its parent chain) for
 // symbolic links into a folder outside the allowed roots. Whatever the interleaving,
 // nothing in that folder may go.
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -19,32 +18,22 @@ using fs::path;
 
 constexpr int rounds = 20;
 
-// First-level folders d0..dN, each with sub-folders, one small file per first-level
-// folder. Made through descriptors: a few thousand folders per round must stay cheap.
+// First-level folders d0..dN, each with sub-folders, one small file per first-level folder.
 void buildTree(const path& tree, int folders, int subfolders) {
-    fs::create_directories(tree);
-    const int treeFd = ::open(tree.c_str(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(treeFd, 0);
     for (int folder = 0; folder < folders; ++folder) {
-        const std::string name = "d" + std::to_string(folder);
-        ::mkdirat(treeFd, name.c_str(), 0755);
-        const int folderFd = ::openat(treeFd, name.c_str(), O_RDONLY | O_DIRECTORY);
-        ASSERT_GE(folderFd, 0);
-        for (int sub = 0; sub < subfolders; ++sub) ::mkdirat(folderFd, ("s" + std::to_string(sub)).c_str(), 0755);
-        ::close(::openat(folderFd, "f", O_WRONLY | O_CREAT, 0644));
-        ::close(folderFd);
+        const path top = tree / ("d" + std::to_string(folder));
+        for (int sub = 0; sub < subfolders; ++sub) fs::create_directories(top / ("s" + std::to_string(sub)));
+        writeFile(top / "f");
     }
-    ::close(treeFd);
 }
 
-struct RemovalRaceTest : ::testing::Test {
+struct RemovalRaceTest : ExecutionTest {
     // Outside every allowed root, shaped like the trees below so that a removal that
     // followed a link would find the same names there.
     RemovalRaceTest() {
         for (const char* name : {"s0/f", "s1/f", "s2/f", "s3/f", "s4/f", "b/tree/canary", "b/tree/d0/s0/f"}) writeFile(outside / name, 16);
         before = listing(outside);
     }
-    Executor executor() const { return executorFor(home, root / "tmp"); }
 
     // Each round builds the tree afresh and removes it while a thread keeps swapping the
     // victims for links to the outside folder and back; nothing outside may go. Returns
@@ -84,9 +73,7 @@ struct RemovalRaceTest : ::testing::Test {
         return swaps;
     }
 
-    // The rounds build and remove tens of thousands of folders.
-    TempDir root{TempDir::memory};
-    path home = makeDirectory(root / "home"), outside = root / "outside", canary = writeFile(outside / "canary", 64);
+    path canary = writeFile(outside / "canary", 64);
     std::string before;
 };
 

@@ -8,14 +8,6 @@ namespace {
 
 const ShellVariables variables{{"HOME", "/h"}, {"TMPDIR", "/t"}};
 
-// Each place as "path" or "path ~ pattern".
-std::vector<std::string> placesOf(const ShellCommand& command) {
-    std::vector<std::string> places;
-    for (const auto& place : command.places)
-        places.push_back(place.path.string() + (place.pattern.empty() ? "" : " ~ " + place.pattern));
-    return places;
-}
-
 TEST(ShellCommand, ReadsThePlacesALineNamesWithTheRunsVariables) {
     const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"rm -rf \"$TMPDIR\"/metro-cache \"$TMPDIR\"/metro-bundler-cache-* ${TMPDIR}/haste-map-?",
@@ -28,7 +20,10 @@ TEST(ShellCommand, ReadsThePlacesALineNamesWithTheRunsVariables) {
     for (const auto& [line, places] : cases) {
         const auto command = ShellCommand::read(line, variables);
         EXPECT_FALSE(command.refusal) << line << ": " << command.refusal.value_or(Reason{}).subject;
-        EXPECT_EQ(placesOf(command), places) << line;
+        std::vector<std::string> read;  // each place as "path" or "path ~ pattern"
+        for (const auto& place : command.places)
+            read.push_back(place.path.string() + (place.pattern.empty() ? "" : " ~ " + place.pattern));
+        EXPECT_EQ(read, places) << line;
     }
 }
 

@@ -8,63 +8,40 @@ namespace kelvo::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using TrashTest = ExecutionTest;
 
-// Files and folders go into the home trash; a second item of the same name gets the next
-// name, as does one whose name a file left without its info holds; the info file leads back
-// to where each came from.
-TEST(Trash, MovesIntoHomeTrashWithInfoThatLeadsBack) {
-    TempDir dir;
-    const fs::path home = dir / "home", trash = home / ".local/share/Trash";
-    const struct { fs::path item; std::string trashedAs; } cases[] = {
-        {writeFile(home / "a b%.log", 10), "a b%.log"},
-        {writeFile(home / ".cache/pip/wheels/w.whl", 5000).parent_path(), "wheels"},
-        {writeFile(home / "other/wheels", 3), "wheels.2"},
-        {writeFile(home / "orphan", 4), "orphan.2"},
-    };
-    writeFile(trash / "files/orphan", 1);
-    Executor executor = executorFor(home, dir / "tmp");
-    executor.homeTrash = trash;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.item);
-        const auto report = executor.execute({pathTarget("t", {c.item})});
-        EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
-        EXPECT_GT(report.trashedBytes, 0);
-        EXPECT_EQ(report.trashed, std::vector<std::string>{"t"});
-        EXPECT_FALSE(present(c.item));
-        EXPECT_TRUE(present(trash / "files" / c.trashedAs));
-        const std::string info = platform::readFile(trash / "info" / (c.trashedAs + ".trashinfo")).value_or("");
-        EXPECT_EQ(platform::originalPathIn(info), c.item);
-        EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
-    }
-    EXPECT_EQ(fs::file_size(trash / "files/orphan"), 1u);
-    EXPECT_FALSE(present(trash / "info/orphan.trashinfo"));
-}
-
+// An item goes into the home trash with an info file that leads back to where it came from.
 // A link in the way is never followed: not as the item, not in the chain above it; and
 // nothing of the trash itself moves.
-TEST(Trash, NeverFollowsALinkNorMovesTheTrash) {
-    TempDir dir;
-    const fs::path home = dir / "home", trash = home / ".local/share/Trash";
+TEST_F(TrashTest, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorTheTrashItself) {
+    const fs::path trash = home / ".local/share/Trash", item = writeFile(home / "a b%.log", 10);
+    Executor run = executor();
+    run.homeTrash = trash;
+    const auto report = run.execute({pathTarget("t", {item})});
+    EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
+    EXPECT_GT(report.trashedBytes, 0);
+    EXPECT_EQ(report.trashed, std::vector<std::string>{"t"});
+    EXPECT_FALSE(present(item));
+    EXPECT_TRUE(present(trash / "files/a b%.log"));
+    const std::string info = platform::readFile(trash / "info/a b%.log.trashinfo").value_or("");
+    EXPECT_EQ(platform::originalPathIn(info), item);
+    EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
+
     writeFile(home / "real/cache/f", 10);
     fs::create_directory_symlink(home / "real", home / "swapped");
     platform::TrashedItem trashed;
     EXPECT_EQ(platform::moveToTrash(home / "swapped/cache", trash, trashed), std::errc::too_many_symbolic_link_levels);
-    Executor executor = executorFor(home, dir / "tmp");
-    executor.homeTrash = trash;
-    const auto report = executor.execute({pathTarget("t", {home / "swapped"})});
-    EXPECT_EQ(report.skipped.size(), 1u);
-    EXPECT_TRUE(present(home / "real/cache/f"));
-    EXPECT_TRUE(present(home / "swapped"));
+    EXPECT_EQ(run.execute({pathTarget("t", {home / "swapped"})}).skipped.size(), 1u);
+    for (const char* kept : {"real/cache/f", "swapped"}) EXPECT_TRUE(present(home / kept)) << kept;
     writeFile(trash / "files/old", 1);  // the trash cannot go into itself
-    EXPECT_EQ(summary(executor.execute({pathTarget("t", {trash / "files"})})),
+    EXPECT_EQ(summary(run.execute({pathTarget("t", {trash / "files"})})),
               lines({skipped("t", Reason::Code::trashItself, "files"), "freed 0"}));
 }
 
 // On another file system the volume's own trash takes the item; where it has none the item
 // stays (never a copy). Needs a mount of its own: a private mount namespace, as root.
-TEST(Trash, AnotherFileSystemUsesItsOwnTrashOrNone) {
-    TempDir dir;
-    const fs::path volume = makeDirectory(dir / "volume"), homeTrash = dir / "home/.local/share/Trash";
+TEST_F(TrashTest, AnotherFileSystemUsesItsOwnTrashOrNone) {
+    const fs::path volume = makeDirectory(root / "volume"), homeTrash = home / ".local/share/Trash";
     const int status = inPrivateMount(volume, [&] {
         platform::TrashedItem trashed;
         const auto own = platform::moveToTrash(writeFile(volume / "a/f", 10), homeTrash, trashed);

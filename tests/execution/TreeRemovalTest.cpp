@@ -12,6 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 using fs::path;
 using namespace platform;
+using TreeRemovalTest = ExecutionTest;
 
 int openDescriptors() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
@@ -28,8 +29,7 @@ WorkSharing everyStep(std::function<void()> step) {
             }};
 }
 
-TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
-    TempDir root;
+TEST_F(TreeRemovalTest, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     const path tree = makeDirectory(root / "tree"), sibling = writeFile(root / "sibling/keep", 10);
     // Each branch is deeper than a walk keeps open, so the top folder is closed and
     // reopened while its other branches still wait to be removed.
@@ -45,9 +45,8 @@ TEST(TreeRemoval, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     EXPECT_LE(peak - before, 36) << "descriptors should not grow with the depth of the tree";
 }
 
-TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
-    TempDir root;
-    const path tree = makeDirectory(root / "tree"), outside = makeDirectory(root / "outside");
+TEST_F(TreeRemovalTest, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
+    const path tree = makeDirectory(root / "tree");
     for (int canary = 0; canary < 20; ++canary) writeFile(outside / ("canary" + std::to_string(canary)), 10);
     const std::string before = listing(outside);
     path deepest = tree;
@@ -69,8 +68,7 @@ TEST(TreeRemoval, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
     EXPECT_TRUE(fs::is_directory(tree / "l0"));
 }
 
-TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
-    TempDir root;
+TEST_F(TreeRemovalTest, EntriesAddedWhileTheTreeGoesGoToo) {
     const path tree = root / "tree", deep = writeFile(tree / "a/b/c/file", 10);
     writeFile(tree / "other", 10);
     // The top folder has been read to its end by the time the walk is this deep.
@@ -86,9 +84,8 @@ TEST(TreeRemoval, EntriesAddedWhileTheTreeGoesGoToo) {
     EXPECT_FALSE(present(tree));
 }
 
-TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
-    // Hard links, in memory when possible: names are what counts here.
-    TempDir root(TempDir::memory);
+TEST_F(TreeRemovalTest, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
+    // Hard links, in memory where possible: names are what counts here.
     const path wide = makeDirectory(root / "wide"), sibling = writeFile(root / "sibling", 10);
     writeFile(wide / "original", 10);
     const int fd = ::open(wide.c_str(), O_RDONLY | O_DIRECTORY);
@@ -109,8 +106,7 @@ TEST(TreeRemoval, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
     ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
 }
 
-TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
-    TempDir root;
+TEST_F(TreeRemovalTest, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
     const path file = writeFile(root / "dir/file", 100), inside = writeFile(root / "target/inside", 100);
     fs::create_directory_symlink(root / "target", root / "dir/link");
     const path real = writeFile(root / "real/sub/tree/file", 100).parent_path();
@@ -134,8 +130,7 @@ TEST(TreeRemoval, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLinks) {
 
 // A file system mounted inside the tree is not part of it. Runs in a child with a mount
 // namespace of its own, so the mount disappears with it whatever happens.
-TEST(TreeRemoval, MountedFoldersInsideTheTreeAreNotEntered) {
-    TempDir root;
+TEST_F(TreeRemovalTest, MountedFoldersInsideTheTreeAreNotEntered) {
     const path tree = root / "tree", mountPoint = makeDirectory(tree / "mounted"), canaryInMount = mountPoint / "canary";
     writeFile(tree / "own/file", 100);
 
