@@ -124,14 +124,8 @@ TEST(ConfigSave, CreatesTheFoldersOrSaysWhyItCannot) {
 
 TEST_F(ConfigFile, SavedValuesComeBackEqualAndOverwriteALongerFile) {
     write(std::string(4096, ' ') + "{}");
-    Config config;
-    config.projectRoots = {"~/code", "/opt/work space", "caf\u00e9/\"quoted\"\\back"};
-    config.extraExclusions = {"~/code/keep"};
-    config.defaultLevel = "aggressive";
-    config.keepRecentDays = -2;
-    config.enabledFamilies = std::vector<std::string>{"python", "docker"};
-    config.checkMinimumVersion = false;
-    config.moveToTrash = false;
+    Config config{{"~/code", "/opt/work space", "caf\u00e9/\"quoted\"\\back"}, {"~/code/keep"}, "aggressive", -2,
+                  std::vector<std::string>{"python", "docker"}, false, false};
     ASSERT_FALSE(config.save(home.path()));
     EXPECT_EQ(load(), config);
     // Unchosen, only the leftovers of removed applications go to the trash; a choice is for every family.
@@ -202,31 +196,16 @@ TEST(EnvironmentRoots, HomeItselfIsNeverAProjectRootButMayBeAnExclusion) {
     EXPECT_EQ(environment.resolvedProjectRoots(), std::vector<path>{"/home/cafe\xCC\x81/a"});
 }
 
-TEST(LiveEnvironment, ReadsHomeTemporaryFolderConfigurationAndLocationVariables) {
+// Home, temporary folder and the file's other values: every scenario runs on them.
+TEST(LiveEnvironment, TakesTheFilesKnownFamiliesAndTheListedLocationVariablesThatAreSet) {
     testing::TempDir fakeHome;
-    testing::TempDir fakeTemporary;
-    Config config;
-    config.projectRoots = {"~/code"};
-    config.extraExclusions = {"~/code/keep"};
-    config.keepRecentDays = 9;
-    config.enabledFamilies = std::vector<std::string>{"docker", "bogus", "Python"};
-    ASSERT_FALSE(config.save(fakeHome.path()));
-    const ScopedEnvironment variables({{"HOME", fakeHome.path().string()},
-                                       {"TMPDIR", fakeTemporary.path().string()}, {"XDG_CACHE_HOME", "/c"},
-                                       {"npm_config_cache", ""},
+    ASSERT_FALSE((Config{.enabledFamilies = std::vector<std::string>{"docker", "bogus", "Python"}}).save(fakeHome.path()));
+    const ScopedEnvironment variables({{"HOME", fakeHome.path().string()}, {"XDG_CACHE_HOME", "/c"}, {"npm_config_cache", ""},
                                        {"PYENV_ROOT", ""}, {"RUSTUP_HOME", ""}, {"NVM_DIR", ""}, {"FNM_DIR", ""},
                                        {"KELVO_UNLISTED_DIR", "/u"}});
     const Environment environment = Environment::live();
-    EXPECT_EQ(environment.home, fakeHome.path());
-    EXPECT_EQ(environment.tmpDir, fakeTemporary.path());
-    EXPECT_EQ(environment.projectRoots, config.projectRoots);
-    EXPECT_EQ(environment.extraExclusions, config.extraExclusions);
-    EXPECT_EQ(environment.keepRecentDays, 9);
     EXPECT_EQ(environment.enabledFamilies, (std::set<Family>{Family::docker}));
-    EXPECT_EQ(environment.catalog, runningSystemProfile());
-    EXPECT_EQ(Environment::live(CatalogProfile::macos).catalog, CatalogProfile::macos);
-    EXPECT_EQ(environment.locationVariables,
-              (std::map<std::string, std::string, std::less<>>{{"XDG_CACHE_HOME", "/c"}}));
+    EXPECT_EQ(environment.locationVariables, (std::map<std::string, std::string, std::less<>>{{"XDG_CACHE_HOME", "/c"}}));
 }
 
 TEST(LiveEnvironment, AnUnsetOrEmptyHomeOrTemporaryFolderFallsBackToTheSystemsOwn) {

@@ -105,7 +105,6 @@ TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWitho
     ASSERT_FALSE(targets.empty());
     EXPECT_EQ(targets[0].kind, CleanKind::command("xcrun simctl runtime delete A-1_b.C"));
     EXPECT_EQ(targets[0].sizeBytes, 7000000000);
-    EXPECT_EQ(targets[0].level, Level::aggressive);
     const auto all = OldSimRuntimeDetector(lister, 3, std::nullopt).scan();
     EXPECT_EQ(idsOf(all), (std::vector<std::string>{"sim-runtime:A-1_b.C", "sim-runtime:Edge", "sim-runtime:JustBefore",
                                                     "sim-runtime:NeverUsed", "sim-runtime:x; rm -rf ~", "sim-runtime:it's"}));
