@@ -143,11 +143,8 @@ TEST(LiveAppMetadata, ParsesTheToolsDateWithItsOffsetAndNothingElse) {
     for (const auto& [text, expected] : cases) EXPECT_EQ(LiveAppMetadata::parseToolDate(text), expected) << text;
 }
 
-std::vector<CleanTarget> orphans(const fs::path& home, std::set<std::string> installed = {},
-                              std::vector<std::string> unidentifiedNames = {}) {
-    return OrphanedLeftoverDetector(home, std::move(installed), PrepareRegistry::protectedBundleIDs(),
-                                    PrepareRegistry::protectedNames(), std::move(unidentifiedNames))
-        .scan();
+std::vector<CleanTarget> orphans(const fs::path& home) {
+    return OrphanedLeftoverDetector(home, {}, PrepareRegistry::protectedBundleIDs(), PrepareRegistry::protectedNames(), {}).scan();
 }
 
 TEST(OrphanedLeftoverDetector, OneTargetPerUninstalledApplicationWithItsLocationsInOrder) {
@@ -175,28 +172,6 @@ TEST(OrphanedLeftoverDetector, OneTargetPerUninstalledApplicationWithItsLocation
     const DirectorySizer sizer;
     EXPECT_EQ(targets[1].sizeBytes, sizer.size(caches) + sizer.size(savedState) + sizer.size(preferences));
     EXPECT_TRUE(orphans(home / "missing").empty());
-}
-
-TEST(OrphanedLeftoverDetector, ProtectedInstalledAndPossiblyUnidentifiedApplicationsKeepTheirData) {
-    TempDir home;
-    for (const std::string name : {
-             "com.google.SomethingElse",    // protected vendor
-             "com.vendor.Terminal",         // last piece is a protected application name
-             "com.microsoft.VSCode.ShipIt", // part of a protected application
-             "com.apple.Music",             // the system's
-             "com.vendor.app.Helper",       // helper of something
-             "Homebrew", "com.x",           // not bundle identifiers
-             "com.inst.App", "com.inst.App.Agent",  // installed, and a part of it
-             "com.vendor.FooBar",           // an unidentified "Foo Bar": the last piece, blanks and case aside
-             "com.foo-bar.helper",          // a middle piece, "-" aside
-             "com.x.tool.kit.agent",        // a run of pieces is the dotted name "Tool.Kit"
-             "com.vendor.Terminals",        // offered: not a protected name
-             "com.vendor.FooBarista",       // offered: a piece must match whole
-             "com.x.kit",                   // offered: "kit" alone is not "Tool.Kit"
-         })
-        writeFile(home / "Library/Caches" / name / "data", 4096);
-    EXPECT_EQ(idsOf(orphans(home.path(), {"com.inst.App"}, {"Foo Bar", "Tool.Kit"})),
-              (std::vector<std::string>{"leftover:com.vendor.FooBarista", "leftover:com.vendor.Terminals", "leftover:com.x.kit"}));
 }
 
 TEST(OrphanedLeftoverDetector, ProtectionStepsWithTheDetectorsOwnLists) {
