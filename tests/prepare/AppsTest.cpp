@@ -131,13 +131,12 @@ TEST(LiveAppMetadata, ParsesTheToolsDateWithItsOffsetAndNothingElse) {
     for (const auto& [text, expected] : cases) EXPECT_EQ(LiveAppMetadata::parseToolDate(text), expected) << text;
 }
 
-std::vector<CleanTarget> orphans(const fs::path& home) {
-    return OrphanedLeftoverDetector(home, {}, PrepareRegistry::protectedBundleIDs(), PrepareRegistry::protectedNames(), {}).scan();
-}
-
 // The places without blanks in their names, and what names no leftover: the scenarios (apps.txt).
 TEST(OrphanedLeftoverDetector, OneTargetPerUninstalledApplicationWithItsLocationsInOrder) {
     TempDir home;
+    const auto orphans = [](const fs::path& home) {
+        return OrphanedLeftoverDetector(home, {}, PrepareRegistry::protectedBundleIDs(), PrepareRegistry::protectedNames(), {}).scan();
+    };
     const auto caches = writeFile(home / "Library/Caches/com.old.App/cache.db", 9000).parent_path();
     const auto savedState = writeFile(home / "Library/Saved Application State/com.old.App.savedState/w", 3000).parent_path();
     const auto preferences = writeFile(home / "Library/Preferences/com.old.App.plist", 500);

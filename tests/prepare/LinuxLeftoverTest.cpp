@@ -24,8 +24,6 @@ using testing::writeText;
 // root with a Flatpak system installation, an extra one named by its configuration, and snaps.
 struct FakeSystem {
     FakeSystem() {
-        home = temp / "home";
-        system = temp / "root";
         // Installed: one app per installation kind, and two snaps (a mount and a package file).
         fs::create_directories(system / "var/lib/flatpak/app/org.example.System/current");
         fs::create_directories(home / ".local/share/flatpak/app/org.example.User");
@@ -46,25 +44,22 @@ struct FakeSystem {
         env.catalog = CatalogProfile::gnuLinux;
     }
 
-    CleanerList preparers() const {
-        return PrepareRegistry::makePreparers(env, 6, std::chrono::system_clock::now(), nullptr, {}, std::nullopt,
-                                              nullptr, system);
-    }
-
-    std::set<std::string> offered(const std::shared_ptr<ScanNotes>& notes = nullptr) const {
+    // What the leftover detector offers, with the notes it takes.
+    std::vector<CleanTarget> scan(const std::shared_ptr<ScanNotes>& notes = nullptr) const {
         const DirectorySizer sizer;
-        return testing::idSetOf(preparers().at(0)->scan(ScanContext{sizer, {}, notes}));
+        return PrepareRegistry::makePreparers(env, 6, std::chrono::system_clock::now(), nullptr, {}, std::nullopt, nullptr, system)
+            .at(0)->scan(ScanContext{sizer, {}, notes});
     }
 
     TempDir temp;
-    fs::path home;
-    fs::path system;
+    fs::path home = temp / "home";
+    fs::path system = temp / "root";
     Environment env;
 };
 
 TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedWhole) {
     const FakeSystem fake;
-    const auto targets = fake.preparers().at(0)->scan();
+    const auto targets = fake.scan();
     ASSERT_EQ(testing::idsOf(targets), (std::vector<std::string>{"leftover:org.example.Gone", "leftover:snap:gone-snap"}));
     EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{fake.home / "snap/gone-snap"});
     EXPECT_EQ(targets[1].sizeBytes, testing::allocatedBytesBelow(fake.home / "snap/gone-snap"));
@@ -108,7 +103,7 @@ TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKindAndFlat
         FakeSystem fake;
         change(fake);
         const auto notes = std::make_shared<ScanNotes>();
-        EXPECT_EQ(fake.offered(notes), expected);
+        EXPECT_EQ(testing::idSetOf(fake.scan(notes)), expected);
         EXPECT_EQ(notes->take().size(), noteCount);
     }
 }

@@ -87,19 +87,15 @@ TEST(SimRuntimeDate, InternetDateTimeOnly) {
         EXPECT_EQ(SimRuntimeLister::parseDate(text), std::nullopt) << text;
 }
 
-RuntimeLister listing(std::vector<SimRuntime> runtimes) {
-    return [runtimes] { return runtimes; };
-}
-
 TEST(OldSimRuntimeDetector, OffersDeletableRuntimesUsedBeforeTheCutOffOrAllWithoutNow) {
     const auto cutOff = utc(2024, 4, 1);  // 3 months of 30 days before the 30th of June
-    const auto lister = listing({
+    const RuntimeLister lister = [runtimes = std::vector<SimRuntime>{
         {"A-1_b.C", "iOS 17.2", 7000000000, true, utc(2024, 3, 1)}, {"Locked", "iOS 16.0", 5000000000, false, utc(2024, 3, 1)},
         {"Edge", "iOS 16.1", 10, true, cutOff}, {"JustBefore", "iOS 16.2", 20, true, cutOff - 1s},
         {"NeverUsed", "iOS 15.0", 40, true, std::nullopt},
         {"x; rm -rf ~", "odd", 1, true, std::nullopt},  // a strange identifier stays one shell word
         {"it's", "quote", 1, true, std::nullopt},
-    });
+    }] { return runtimes; };
     const auto targets = OldSimRuntimeDetector(lister, 3, utc(2024, 6, 30)).scan();
     EXPECT_EQ(idsOf(targets), (std::vector<std::string>{"sim-runtime:A-1_b.C", "sim-runtime:JustBefore"}));
     ASSERT_FALSE(targets.empty());
