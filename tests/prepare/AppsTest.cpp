@@ -143,6 +143,9 @@ TEST(OrphanedLeftoverDetector, OneTargetPerUninstalledApplicationWithItsLocation
     // A saved state without its extension names none.
     writeFile(home / "Library/Saved Application State/com.v.Plain/d", 4096);
     writeFile(home / "Library/Application Support/com.v.Support/d", 4096);
+    // What occupies nothing is left out.
+    testing::makeDirectory(home / "Library/Caches/com.empty.App");
+    writeFile(home / "Library/Preferences/com.empty.App.plist", 0);
     const auto targets = orphans(home.path());
     ASSERT_EQ(idsOf(targets), (std::vector<std::string>{"leftover:com.old.App", "leftover:com.v.Support"}));
     EXPECT_EQ(targets[0].kind, CleanKind::paths({caches, savedState, preferences}));
