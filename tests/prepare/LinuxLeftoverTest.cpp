@@ -8,7 +8,6 @@
 #include <string>
 
 #include "kelvo/Environment.h"
-#include "kelvo/PlanSelection.h"
 #include "kelvo/PrepareRegistry.h"
 #include "support/TargetIds.h"
 #include "support/TempDir.h"
@@ -25,8 +24,6 @@ using testing::writeText;
 // root with a Flatpak system installation, an extra one named by its configuration, and snaps.
 struct FakeSystem {
     FakeSystem() {
-        home = temp / "home";
-        system = temp / "root";
         // Installed: one app per installation kind, and two snaps (a mount and a package file).
         fs::create_directories(system / "var/lib/flatpak/app/org.example.System/current");
         fs::create_directories(home / ".local/share/flatpak/app/org.example.User");
@@ -47,83 +44,68 @@ struct FakeSystem {
         env.catalog = CatalogProfile::gnuLinux;
     }
 
-    CleanerList preparers() const {
-        return PrepareRegistry::makePreparers(env, 6, std::chrono::system_clock::now(), nullptr, {}, std::nullopt,
-                                              nullptr, system);
-    }
-
-    std::set<std::string> offered(const std::shared_ptr<ScanNotes>& notes = nullptr) const {
+    // What the leftover detector offers, with the notes it takes.
+    std::vector<CleanTarget> scan(const std::shared_ptr<ScanNotes>& notes = nullptr) const {
         const DirectorySizer sizer;
-        return testing::idSetOf(preparers().at(0)->scan(ScanContext{sizer, {}, notes}));
+        return PrepareRegistry::makePreparers(env, 6, std::chrono::system_clock::now(), nullptr, {}, std::nullopt, nullptr, system)
+            .at(0)->scan(ScanContext{sizer, {}, notes});
     }
 
     TempDir temp;
-    fs::path home;
-    fs::path system;
+    fs::path home = temp / "home";
+    fs::path system = temp / "root";
     Environment env;
 };
 
-TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedAsUserDataNotPreselected) {
+TEST(LinuxLeftovers, DataOfApplicationsNoInstallationHasIsOfferedWhole) {
     const FakeSystem fake;
-    const auto& home = fake.home;
-    const auto preparers = fake.preparers();
-    ASSERT_EQ(preparers.size(), 2u);  // leftovers, then old runtimes
-    const auto targets = preparers[0]->scan();
-    ASSERT_EQ(targets.size(), 2u);
-    EXPECT_EQ(targets[0].id, "leftover:org.example.Gone");
-    EXPECT_EQ(targets[0].kind.pathList(), std::vector<fs::path>{home / ".var/app/org.example.Gone"});
-    EXPECT_EQ(targets[0].sizeBytes, testing::allocatedBytesBelow(home / ".var/app/org.example.Gone"));
-    EXPECT_EQ(targets[1].id, "leftover:snap:gone-snap");
-    EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{home / "snap/gone-snap"});
-    for (const auto& target : targets) EXPECT_EQ(target.reversibility, Reversibility::userData);
-    EXPECT_TRUE(PlanSelection(targets).selectedIDs.empty());
+    const auto targets = fake.scan();
+    ASSERT_EQ(testing::idsOf(targets), (std::vector<std::string>{"leftover:org.example.Gone", "leftover:snap:gone-snap"}));
+    EXPECT_EQ(targets[1].kind.pathList(), std::vector<fs::path>{fake.home / "snap/gone-snap"});
+    EXPECT_EQ(targets[1].sizeBytes, testing::allocatedBytesBelow(fake.home / "snap/gone-snap"));
 }
 
-TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKind) {
-    using Change = std::function<void(const fs::path& system, const fs::path& home)>;
+TEST(LinuxLeftovers, InstallationsThatCannotBeReadOfferNothingOfTheirKindAndFlatpaksVariablesNameItsOwn) {
     const auto replaceByFile = [](const fs::path& folder) {
         fs::remove_all(folder);
         writeFile(folder);
     };
     const std::set<std::string> snapsOnly{"leftover:snap:gone-snap"};
-    const std::vector<std::tuple<std::string, Change, std::set<std::string>>> cases{
-        {"flatpak app folder is a file", [&](auto& root, auto&) { replaceByFile(root / "var/lib/flatpak/app"); }, snapsOnly},
+    // Unknown Flatpak installations are said (one note), unknown snaps are not.
+    const std::vector<std::tuple<std::string, std::function<void(FakeSystem&)>, std::set<std::string>, std::size_t>> cases{
+        {"flatpak app folder is a file", [&](auto& fake) { replaceByFile(fake.system / "var/lib/flatpak/app"); }, snapsOnly, 1},
         {"installation file unreadable",
-         [](auto& root, auto&) { fs::create_directory(root / "etc/flatpak/installations.d/x.conf"); }, snapsOnly},
+         [](auto& fake) { fs::create_directory(fake.system / "etc/flatpak/installations.d/x.conf"); }, snapsOnly, 1},
         // A declared installation on a disk not mounted: its folder missing, or an empty mount point.
-        {"declared installation missing", [](auto& root, auto&) { fs::remove_all(root.parent_path() / "extra"); }, snapsOnly},
-        {"declared installation empty", [](auto& root, auto&) { fs::remove_all(root.parent_path() / "extra/repo"); }, snapsOnly},
-        {"snap packages folder is a file", [&](auto& root, auto&) { replaceByFile(root / "var/lib/snapd/snaps"); },
-         {"leftover:org.example.Gone"}},
+        {"declared installation missing", [](auto& fake) { fs::remove_all(fake.temp / "extra"); }, snapsOnly, 1},
+        {"declared installation empty", [](auto& fake) { fs::remove_all(fake.temp / "extra/repo"); }, snapsOnly, 1},
+        {"snap packages folder is a file", [&](auto& fake) { replaceByFile(fake.system / "var/lib/snapd/snaps"); },
+         {"leftover:org.example.Gone"}, 0},
         {"nothing installed anywhere",
-         [](auto& root, auto& user) { for (const fs::path& gone : {root, user / ".local/share/flatpak"}) fs::remove_all(gone); },
+         [](auto& fake) { for (const fs::path& gone : {fake.system, fake.home / ".local/share/flatpak"}) fs::remove_all(gone); },
          {"leftover:org.example.Gone", "leftover:org.example.System", "leftover:org.example.User",
-          "leftover:org.example.Extra", "leftover:snap:gone-snap", "leftover:snap:mounted", "leftover:snap:packed"}},
+          "leftover:org.example.Extra", "leftover:snap:gone-snap", "leftover:snap:mounted", "leftover:snap:packed"}, 0},
+        // The moved system folder replaces the one under the root: org.example.System is no longer installed.
+        {"installations the variables name",
+         [](auto& fake) {
+             const auto moved = fake.temp / "moved";
+             fs::create_directories(moved / "system/app/org.example.Gone");
+             fs::create_directories(moved / "user/app/org.example.Mine");
+             writeFile(fake.home / ".var/app/org.example.Mine/data/x.bin", 4096);
+             fake.env.locationVariables = {{"FLATPAK_SYSTEM_DIR", (moved / "system").string()},
+                                           {"FLATPAK_USER_DIR", (moved / "user").string()},
+                                           {"FLATPAK_CONFIG_DIR", (moved / "config").string()}};
+         },
+         {"leftover:org.example.System", "leftover:org.example.User", "leftover:org.example.Extra", "leftover:snap:gone-snap"}, 0},
     };
-    for (const auto& [name, change, expected] : cases) {
+    for (const auto& [name, change, expected, noteCount] : cases) {
         SCOPED_TRACE(name);
-        const FakeSystem fake;
-        change(fake.system, fake.home);
+        FakeSystem fake;
+        change(fake);
         const auto notes = std::make_shared<ScanNotes>();
-        EXPECT_EQ(fake.offered(notes), expected);
-        // Unknown Flatpak installations are said, unknown snaps are not.
-        EXPECT_EQ(notes->take().size(), expected.contains("leftover:org.example.Gone") ? 0u : 1u);
+        EXPECT_EQ(testing::idSetOf(fake.scan(notes)), expected);
+        EXPECT_EQ(notes->take().size(), noteCount);
     }
-}
-
-TEST(LinuxLeftovers, FlatpaksOwnVariablesNameItsInstallations) {
-    FakeSystem fake;
-    const auto moved = fake.temp / "moved";
-    const auto& home = fake.home;
-    fs::create_directories(moved / "system/app/org.example.Gone");
-    fs::create_directories(moved / "user/app/org.example.Mine");
-    writeFile(home / ".var/app/org.example.Mine/data/x.bin", 4096);
-    // The moved system folder replaces the one under the root: org.example.System is no longer installed.
-    fake.env.locationVariables = {{"FLATPAK_SYSTEM_DIR", (moved / "system").string()},
-                                  {"FLATPAK_USER_DIR", (moved / "user").string()},
-                                  {"FLATPAK_CONFIG_DIR", (moved / "config").string()}};
-    EXPECT_EQ(fake.offered(), (std::set<std::string>{"leftover:org.example.System", "leftover:org.example.User",
-                                                     "leftover:org.example.Extra", "leftover:snap:gone-snap"}));
 }
 
 }  // namespace
