@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "app/InMemoryStore.h"
-#include "app/MinVersionInfo.h"
 #include "kelvo/VersionGate.h"
 
 namespace kelvo {
@@ -41,11 +40,6 @@ TEST(VersionGate, DecidesFromTheDocumentElseFromTheCachedMinimum) {
         EXPECT_EQ(gate.check(), row.expected) << row.fetched.value_or("no answer");
         EXPECT_EQ(store->string("minVersionCached"), row.cachedAfter) << row.fetched.value_or("no answer");
     }
-}
-
-TEST(VersionGate, DocumentEncodesWithItsOneKey) {
-    EXPECT_EQ(MinVersionInfo{"1.4.2"}.encoded(), R"({"minVersion":"1.4.2"})");
-    EXPECT_EQ(MinVersionInfo::decode(R"({"minVersion":"1.4.2"})"), MinVersionInfo{"1.4.2"});
 }
 
 }  // namespace

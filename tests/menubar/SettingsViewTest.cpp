@@ -25,7 +25,7 @@ class SettingsViewTest : public PanelFixture {
 protected:
     SettingsView& openSettings(const Config& config = {}) {
         if (!panel) {
-            writeConfig(config);
+            EXPECT_FALSE(config.save(home));
             makePanel();
         }
         click(panel->header()->gearButton());

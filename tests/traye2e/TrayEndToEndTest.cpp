@@ -1,6 +1,6 @@
 // The application on a real X server with a real tray host: Xvfb, openbox and trayer,
 // started by this program on a free display. xdotool clicks the tray icon like a user;
-// the panel must appear at 420 x 560, and a click on Scan must fill its list from a fake home.
+// the panel must appear under it, on screen, and a click on Scan must fill its list from a fake home.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -14,7 +14,6 @@
 #include <QPushButton>
 #include <QSystemTrayIcon>
 #include <QTest>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -26,8 +25,6 @@
 #include "panel/ScanRow.h"
 #include "panel/TargetListModel.h"
 #include "panel/TargetList.h"
-#include "panel/UpdateRequiredView.h"
-#include "support/ScopedEnvironment.h"
 #include "support/StubServices.h"
 #include "support/TempDir.h"
 
@@ -118,7 +115,6 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
         (void)QTest::qWaitFor([&] { return app.panel().isVisible(); }, 2000);
     }
     ASSERT_TRUE(app.panel().isVisible()) << "no click on the icon opened the panel";
-    EXPECT_EQ(app.panel().size(), QSize(420, 560));
     EXPECT_TRUE(app.panel().QWidget::screen()->availableGeometry().contains(app.panel().geometry())) << "off screen";
     EXPECT_GT(app.panel().geometry().top(), app.tray()->geometry().top());  // hangs under the icon
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.panel(), 20000));
@@ -130,23 +126,6 @@ TEST(TrayEndToEnd, IconClickOpensThePanelAndAScanFillsIt) {
                                 60000));
     EXPECT_GE(app.panel().targetList()->rows()->rowCount(), 4);  // two sections, two targets
     EXPECT_TRUE(app.panel().targetList()->view()->isVisible());
-}
-
-TEST(TrayEndToEnd, DownloadPageOpensThroughTheDesktopsOpener) {
-    // A stand-in xdg-open, first on the search path, writes down what it was asked to open.
-    testing::TempDir stub;
-    const auto record = stub / "opened.txt";
-    testing::writeText(stub / "xdg-open", "#!/bin/sh\nprintf '%s' \"$1\" > '" + record.string() + "'\n");
-    std::filesystem::permissions(stub / "xdg-open", std::filesystem::perms::owner_all);
-    const std::string path = stub.path().string() + ":" + std::getenv("PATH");
-    const kelvo::testing::ScopedEnvironment onPath({{"PATH", path}});
-    ShellServices::openInBrowser(UpdateRequiredView::downloadPage());
-    const auto recorded = [&] {
-        std::ifstream file(record);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !recorded().empty(); }, 20000));
-    EXPECT_EQ(QUrl(QString::fromStdString(recorded())), UpdateRequiredView::downloadPage());
 }
 
 }  // namespace
