@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
+TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToACleanThatRemovesTheSelectionAlone) {
     ASSERT_FALSE(Config{}.save(home));
     diskFigure = {100, 5};
     makePanel();
@@ -99,42 +99,18 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     EXPECT_EQ(QToolTip::text().toStdString(), "npm cache\n" + (home / ".npm/_cacache").string());
     QToolTip::hideText();
 
-    // A click anywhere on a row ticks it; the header and the action follow.
-    const auto selectedBefore = model->selectedIDs();
+    // A click anywhere on a row ticks it or unticks it; the header and the action follow.
     clickRow("npm-cache");
     EXPECT_FALSE(model->selectedIDs().contains("npm-cache"));
-    clickRow("npm-cache");
-    EXPECT_EQ(model->selectedIDs(), selectedBefore);
     click(scan.selectNoneButton());
     expectButtons("nothing selected", true, false, true, false);
     EXPECT_EQ(panel->header()->selectedLabel()->text(), "0 B");
-
-    // Another domain starts from nothing, with a prompt unlike what a scan that finds nothing says.
-    click(panel->header()->domainButton(AppModel::Domain::prepare));
-    EXPECT_TRUE(model->targets().empty() && model->selectedIDs().empty());
-    EXPECT_EQ(footer.actionButton()->text(), "Free up: nothing selected");
-    EXPECT_FALSE(scan.selectAllButton()->isVisible());
-    const QString prompt = panel->targetList()->emptyText()->text();
-    click(scan.scanButton());
-    settle();
-    ASSERT_TRUE(model->targets().empty());
-    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
-    screenshot(*panel, "panel-nothing-found");
-    click(panel->header()->domainButton(AppModel::Domain::clean));
-    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
-}
-
-TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
-    ASSERT_FALSE(Config{}.save(home));
-    makePanel();
-    click(panel->scanRow()->scanButton());
-    settle();
-    model->setSelectedIDs({"npm-cache"});
+    clickRow("npm-cache");
+    EXPECT_EQ(model->selectedIDs(), std::set<std::string>{"npm-cache"});
     const std::string bytes = Format::bytes(selectedBytes(*model));
-    Footer& footer = *panel->footer();
     EXPECT_EQ(footer.actionButton()->text().toStdString(), "Clean " + bytes);
 
-    // Cancel first: nothing happens; then confirm.
+    // A confirmed clean removes the selection and nothing else; cancelled first, nothing happens.
     click(footer.actionButton());
     EXPECT_FALSE(footer.actionButton()->isVisible());
     EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 target (" + bytes + ")? This cannot be undone.");
@@ -156,6 +132,20 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     EXPECT_GE(model->lastReport()->freedBytes, 9000);
     EXPECT_EQ(footer.resultText()->text().toStdString(), "Freed " + Format::bytes(model->lastReport()->freedBytes));
     screenshot(*panel, "panel-done");
+
+    // Another domain starts from nothing, with a prompt unlike what a scan that finds nothing says.
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    EXPECT_TRUE(model->targets().empty() && model->selectedIDs().empty());
+    EXPECT_EQ(footer.actionButton()->text(), "Free up: nothing selected");
+    EXPECT_FALSE(scan.selectAllButton()->isVisible());
+    const QString prompt = panel->targetList()->emptyText()->text();
+    click(scan.scanButton());
+    settle();
+    ASSERT_TRUE(model->targets().empty());
+    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
+    screenshot(*panel, "panel-nothing-found");
+    click(panel->header()->domainButton(AppModel::Domain::clean));
+    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
 }
 
 TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {

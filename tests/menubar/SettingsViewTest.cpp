@@ -64,7 +64,7 @@ TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCan
     EXPECT_FALSE(Config::load(home).enabledFamilies);
 }
 
-TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults) {
+TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedAboveTheDefaultsAndAFailedSaveSaysWhy) {
     EXPECT_FALSE(openSettings().configProblem()->isVisible());  // a good file: no notice
     click(panel->settingsView()->closeButton());
     const auto file = kelvo::testing::writeText(Config::filePath(home), R"({"projectRoots": ["~/p"], "keepRecentDays": "7"})");
@@ -74,6 +74,17 @@ TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedWithItsKeyAboveTheDefaults)
                   "The defaults are shown below; Save writes them over it.");
     EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
     screenshot(*panel, "settings-config-problem");
+
+    // A save that fails keeps the screen and its edits and says why.
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    settings.keepRecent()->setValue(9);
+    click(settings.saveButton());  // returns: a FIFO is never opened
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
+    EXPECT_EQ(settings.keepRecent()->value(), 9);
+    EXPECT_NE(settings.saveError()->isVisible() ? settings.saveError()->text().indexOf("other than a regular file") : -1, -1);
+    EXPECT_TRUE(std::filesystem::is_fifo(file));
+    screenshot(*panel, "settings-save-failed");
 }
 
 TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
@@ -99,7 +110,7 @@ TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
     EXPECT_EQ(editor.paths(), QStringList{"~/b"});
 }
 
-TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntry) {
+TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntryOrSaysWhyNot) {
     SettingsView* settings = &openSettings();
     const auto entry = shell.autostart.entry;
     EXPECT_FALSE(settings->launchAtLogin()->isChecked());
@@ -117,19 +128,15 @@ TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntry) {
     EXPECT_TRUE(shell.autostart.enabled());
     settings->launchAtLogin()->click();
     EXPECT_FALSE(std::filesystem::exists(entry));
-}
 
-TEST_F(SettingsViewTest, ASaveThatFailsKeepsTheScreenAndItsEditsAndSaysWhy) {
-    SettingsView& settings = openSettings();
-    std::filesystem::remove(Config::filePath(home));
-    ASSERT_EQ(::mkfifo(Config::filePath(home).c_str(), 0600), 0);
-    settings.keepRecent()->setValue(9);
-    click(settings.saveButton());  // returns: a FIFO is never opened
-    EXPECT_EQ(panel->currentScreen(), Screen::settings);
-    EXPECT_EQ(settings.keepRecent()->value(), 9);
-    EXPECT_NE(settings.saveError()->isVisible() ? settings.saveError()->text().indexOf("other than a regular file") : -1, -1);
-    EXPECT_TRUE(std::filesystem::is_fifo(Config::filePath(home)));
-    screenshot(*panel, "settings-save-failed");
+    // A failure shows the reason and the real state: no autostart folder can be made below a file.
+    std::filesystem::remove_all(root / "config");
+    writeFile(root / "config", 10);
+    settings->launchAtLogin()->click();
+    EXPECT_FALSE(settings->launchAtLogin()->isChecked());
+    EXPECT_TRUE(settings->loginError()->isVisible());
+    EXPECT_TRUE(settings->loginError()->text().startsWith(SettingsView::loginFailurePrefix));
+    EXPECT_GT(settings->loginError()->text().size(), QString(SettingsView::loginFailurePrefix).size());
 }
 
 TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
@@ -147,16 +154,6 @@ TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
         const std::string text(std::istreambuf_iterator<char>(file), {});
         EXPECT_NE(text.find(std::string("\n") + row.exec + "\n"), std::string::npos) << text;
     }
-}
-
-TEST_F(SettingsViewTest, StartAtLoginFailureShowsTheReasonAndTheRealState) {
-    writeFile(root / "config", 10);  // the autostart folder cannot be made below a file
-    SettingsView& settings = openSettings();
-    settings.launchAtLogin()->click();
-    EXPECT_FALSE(settings.launchAtLogin()->isChecked());
-    EXPECT_TRUE(settings.loginError()->isVisible());
-    EXPECT_TRUE(settings.loginError()->text().startsWith(SettingsView::loginFailurePrefix));
-    EXPECT_GT(settings.loginError()->text().size(), QString(SettingsView::loginFailurePrefix).size());
 }
 
 TEST_F(SettingsViewTest, CommandLineLinkReplacesWhatIsThereOrSaysWhatToRun) {
