@@ -101,7 +101,7 @@ TEST_F(AppModelTest, LiveConstructionBuildsServicesFromTheEnvironmentTheGateAndT
     EXPECT_EQ(model.versionGate()->currentVersion, KelvoKit::version());
 }
 
-TEST_F(AppModelTest, ScanPublishesLargestFirstKeepingTheServicesOrderForEqualSizes) {
+TEST_F(AppModelTest, ScanPublishesLargestFirstKeepingTheServicesOrderForEqualSizesAndRunsTrashLeftovers) {
     testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 20000);
     *runtimes = {runtime("a", 5000), runtime("b", 9000), runtime("c", 9000), runtime("d", 1000)};
     auto model = makeModel();
@@ -120,6 +120,13 @@ TEST_F(AppModelTest, ScanPublishesLargestFirstKeepingTheServicesOrderForEqualSiz
     model->toggle("sim-runtime:a");
     model->toggle("sim-runtime:a");
     EXPECT_EQ(model->selectedIDs(), (std::set<std::string>{"sim-runtime:d", "ghost", "sim-runtime:b"}));
+
+    // Leftovers go to the trash until the settings choose otherwise.
+    model->setSelectedIDs({"leftover:com.gone.Editor"});
+    model->run(false, false);
+    finishWork();
+    EXPECT_TRUE(std::filesystem::exists(home / ".local/share/Trash/files/com.gone.Editor/db"));
+    EXPECT_GE(model->lastReport()->trashedBytes, 20000);
 }
 
 TEST_F(AppModelTest, CancelledScansPublishNothingButThePhase) {
@@ -188,18 +195,6 @@ TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
     EXPECT_EQ(*run.output, "sim-runtime:fail | sim-runtime:fail | partial 1");
     EXPECT_FALSE(std::filesystem::exists(gone.parent_path()));
     EXPECT_TRUE(std::filesystem::exists(keptPart) && std::filesystem::exists(held));
-}
-
-TEST_F(AppModelTest, RunMovesLeftoversToTheTrashUntilTheSettingsChoose) {
-    testing::writeFile(home.path() / "Library/Application Support/com.gone.App/data", 30000);
-    auto model = makeModel();
-    model->startScan();
-    finishWork();
-    model->setSelectedIDs({"leftover:com.gone.App"});
-    model->run(false, false);
-    finishWork();
-    EXPECT_TRUE(std::filesystem::exists(home.path() / ".local/share/Trash/files/com.gone.App/data"));
-    EXPECT_GE(model->lastReport()->trashedBytes, 30000);
 }
 
 TEST_F(AppModelTest, OnboardingWritesTheSortedFamiliesOrNoListAndReloads) {
