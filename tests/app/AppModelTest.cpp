@@ -164,18 +164,15 @@ TEST_F(AppModelTest, CancelledScansPublishNothingButThePhase) {
 // with parts that stay root's: one leftover goes in part, one not at all.
 TEST_F(AppModelTest, RunDropsDeletedAndPartlyDeletedTargetsAndKeepsTheRest) {
     if (!testing::runningAsRoot()) GTEST_SKIP() << "a home owned partly by root can only be built as root";
-    const auto library = home.path() / "Library";
-    const auto gone = testing::writeFile(library / "Application Support/com.gone.Partial/data", 30000);
-    const auto keptPart = testing::writeFile(library / "Caches/com.gone.Partial/locked/held", 8000);
-    const auto held = testing::writeFile(library / "Caches/com.gone.Held/locked/held", 8000);
-    Config removesLeftovers;  // which otherwise go to the trash, whole
-    removesLeftovers.moveToTrash = false;
-    ASSERT_FALSE(removesLeftovers.save(home.path()));
+    const auto gone = testing::writeFile(home / "Library/Application Support/com.gone.Partial/data", 30000);
+    const auto keptPart = testing::writeFile(home / "Library/Caches/com.gone.Partial/locked/held", 8000);
+    const auto held = testing::writeFile(home / "Library/Caches/com.gone.Held/locked/held", 8000);
+    ASSERT_FALSE(Config{.moveToTrash = false}.save(home.path()));  // leftovers otherwise go to the trash, whole
     testing::chownTree(home.path(), 65534, 65534);
     // Root's folder inside the user's leftover makes a partial removal; a leftover that is
     // root's as a whole is never offered.
-    testing::chownTree(library / "Caches/com.gone.Partial/locked", 0, 0);
-    testing::chownTree(library / "Caches/com.gone.Held", 0, 0);
+    testing::chownTree(keptPart.parent_path(), 0, 0);
+    testing::chownTree(held.parent_path().parent_path(), 0, 0);
     *runtimes = {runtime("ok", 700000), runtime("fail", 600000)};
 
     const auto run = testing::runAsUnprivileged([&] {
