@@ -1,8 +1,11 @@
 #include "PanelFixture.h"
 
-#include <QDir>
+#include <gtest/gtest.h>
+
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
+#include <QCoreApplication>
+#include <QDir>
 #include <QImage>
 #include <QLabel>
 #include <QScrollBar>
@@ -10,7 +13,7 @@
 
 namespace kelvo::app::testing {
 
-void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
+void screenshot(QWidget& widget, const std::string& name) {
     QCoreApplication::processEvents();  // layouts settle before anything is measured
     // Every text shown has the room it needs: a label its lines, a button its hint.
     for (const QLabel* label : widget.findChildren<QLabel*>()) {

@@ -1,5 +1,7 @@
 // The panel and its settings screen driven like a user would: clicks on buttons and rows, over a
 // fake home; and the updater behind the panel's button.
+#include <gtest/gtest.h>
+
 #include <QCheckBox>
 #include <QHelpEvent>
 #include <QLabel>
@@ -10,16 +12,20 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QTest>
 #include <QToolButton>
 #include <QToolTip>
 #include <sys/stat.h>
 
 #include <fstream>
+#include <memory>
 
 #include "PanelFixture.h"
+#include "PanelView.h"
 #include "app/InMemoryStore.h"
 #include "desktop/Updater.h"
 #include "kelvo/CleanerRegistry.h"
+#include "kelvo/Config.h"
 #include "kelvo/Format.h"
 #include "panel/Palette.h"
 #include "panel/ConfirmBox.h"
@@ -34,7 +40,14 @@
 #include "settings/OnboardingView.h"
 #include "settings/PathListEditor.h"
 #include "settings/SettingsView.h"
+#include "support/ClosureQueue.h"
 #include "support/LoopbackServer.h"
+#include "support/StubServices.h"
+#include "support/TempDir.h"
+
+QT_BEGIN_NAMESPACE
+inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
+QT_END_NAMESPACE
 
 namespace kelvo::app::testing {
 namespace {
@@ -42,8 +55,38 @@ namespace {
 using Phase = AppModel::Phase;
 using kelvo::testing::writeFile;
 
-class PanelViewTest : public PanelFixture {
+// A panel over a model of a fake home with stub probes and commands. The model's
+// user-interface thread and its background work are queues that settle() runs to the
+// end, so every step of a test happens in the order the test chooses.
+class PanelViewTest : public ::testing::Test {
 protected:
+    // The panel over a model of the fake home (with the gate when given), shown offscreen.
+    PanelView& makePanel(std::optional<VersionGate> gate = std::nullopt) {
+        const AppModelDependencies dependencies{
+            background.poster(), [this] { return Environment::fromConfig(home, root / "tmp", Config::load(home)); },
+            [](const Environment& env) { return kelvo::testing::stubServices(env); },
+            [this](const std::filesystem::path&) { return std::optional(diskFigure); }};
+        const auto services = dependencies.makeServices(dependencies.loadEnvironment());
+        model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);
+        model->refreshDisk();
+        panel = std::make_unique<PanelView>(*model, nullptr, shell);
+        panel->show();
+        return *panel;
+    }
+    // Runs the queued background work and the replies it posts until nothing is left.
+    void settle() {
+        for (auto work = background.takeAll(); true; work = background.takeAll()) {
+            for (auto& closure : work) closure();
+            ui.runAll();
+            if (work.empty()) break;
+        }
+        QCoreApplication::processEvents();
+    }
+    void click(QWidget* widget) {
+        ASSERT_TRUE(widget && widget->isVisible() && widget->isEnabled()) << (widget ? widget->metaObject()->className() : "");
+        QTest::mouseClick(widget, Qt::LeftButton);
+    }
+
     void SetUp() override {
         writeFile(home / ".npm/_cacache/content-v2/aa/bb", 9000);  // js packages, safe: preselected
         writeFile(home / ".cache/zig/o/cc", 30000);                // other languages, safe: preselected
@@ -73,6 +116,20 @@ protected:
         ASSERT_TRUE(area.isValid());
         QTest::mouseClick(panel->targetList()->view()->viewport(), Qt::LeftButton, {}, area.center());
     }
+
+    kelvo::testing::TempDir root;
+    std::filesystem::path home = root / "home";
+    kelvo::testing::ClosureQueue ui;
+    kelvo::testing::ClosureQueue background;
+    DiskSpace diskFigure{100'000'000'000, 50'000'000'000};
+    std::vector<QUrl> opened;
+    int quits = 0;
+    ShellServices shell{.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"},
+                        .cliLink = {root / "missing-tool", root / "bin"},
+                        .openUrl = [this](const QUrl& url) { opened.push_back(url); },
+                        .quit = [this] { ++quits; }};
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<PanelView> panel;
 };
 using SettingsViewTest = PanelViewTest;
 
