@@ -108,8 +108,6 @@ TEST(CompositeStore, ReadsFromTheFirstStoreThatHasTheKeyAndCopiesItIntoTheOthers
     EXPECT_EQ(second->string("m"), "x");
     EXPECT_FALSE(composite.string("absent"));
 
-    composite.set(std::nullopt, "k");
-    EXPECT_FALSE(first->string("k") || second->string("k"));
     composite.set("w", "k");
     EXPECT_TRUE(first->string("k") == "w" && second->string("k") == "w");
 }

@@ -1,61 +1,19 @@
 #include "PanelFixture.h"
 
-#include <QDir>
+#include <gtest/gtest.h>
+
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
+#include <QCoreApplication>
+#include <QDir>
 #include <QImage>
 #include <QLabel>
 #include <QScrollBar>
 #include <QTextDocument>
 
-#include "app/InMemoryStore.h"
-#include "support/StubServices.h"
-
 namespace kelvo::app::testing {
 
-PanelFixture::PanelFixture()
-    : shell{.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"},
-            .cliLink = {root / "missing-tool", root / "bin"},
-            .openUrl = [this](const QUrl& url) { opened.push_back(url); },
-            .quit = [this] { ++quits; }} {}
-
-AppModel& PanelFixture::makeModel(std::optional<VersionGate> gate) {
-    const AppModelDependencies dependencies{
-        background.poster(), [this] { return Environment::fromConfig(home, root / "tmp", Config::load(home)); },
-        [](const Environment& env) { return kelvo::testing::stubServices(env); },
-        [this](const std::filesystem::path&) { return std::optional(diskFigure); }};
-    const auto services = dependencies.makeServices(dependencies.loadEnvironment());
-    model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);
-    model->refreshDisk();
-    return *model;
-}
-
-PanelView& PanelFixture::makePanel(std::optional<VersionGate> gate) {
-    if (!model) makeModel(std::move(gate));
-    panel = std::make_unique<PanelView>(*model, nullptr, shell);
-    panel->show();
-    return *panel;
-}
-
-void PanelFixture::settle() {
-    for (auto work = background.takeAll(); true; work = background.takeAll()) {
-        for (auto& closure : work) closure();
-        ui.runAll();
-        if (work.empty()) break;
-    }
-    QCoreApplication::processEvents();
-}
-
-void PanelFixture::writeConfig(const Config& config) { ASSERT_FALSE(config.save(home)); }
-
-void PanelFixture::click(QWidget* widget) {
-    ASSERT_NE(widget, nullptr);
-    ASSERT_TRUE(widget->isVisible()) << widget->metaObject()->className();
-    ASSERT_TRUE(widget->isEnabled()) << widget->metaObject()->className();
-    QTest::mouseClick(widget, Qt::LeftButton);
-}
-
-void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
+void screenshot(QWidget& widget, const std::string& name) {
     QCoreApplication::processEvents();  // layouts settle before anything is measured
     // Every text shown has the room it needs: a label its lines, a button its hint.
     for (const QLabel* label : widget.findChildren<QLabel*>()) {
@@ -84,11 +42,6 @@ void PanelFixture::screenshot(QWidget& widget, const std::string& name) {
     for (int y = 0; y < image.height() && colours.size() < 3; y += 3)
         for (int x = 0; x < image.width() && colours.size() < 3; x += 3) colours.insert(image.pixel(x, y));
     EXPECT_GE(colours.size(), 3u) << name << " renders blank";
-}
-
-VersionGate gateWithMinimum(const std::string& minimum) {
-    return VersionGate("1.0.0", std::make_shared<InMemoryStore>(std::map<std::string, std::string>{}),
-                       [minimum] { return std::optional<std::string>(R"({"minVersion": ")" + minimum + "\"}"); });
 }
 
 }  // namespace kelvo::app::testing

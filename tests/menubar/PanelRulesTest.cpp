@@ -2,9 +2,13 @@
 // The action title and the order of the groups are checked on the panel itself.
 #include <gtest/gtest.h>
 
+#include <QIcon>
 #include <QStringList>
 
+#include "AppText.h"
+#include "Icons.h"
 #include "desktop/TrayPlacement.h"
+#include "kelvo/Family.h"
 #include "panel/PanelRules.h"
 
 namespace kelvo::app {
@@ -79,6 +83,33 @@ TEST(TrayPlacement, UnderTheIconOrAtThePointerAndAlwaysOnScreen) {
         {{}, {1900, 1070}, {1500, 510}},
     };
     for (const auto& row : rows) EXPECT_EQ(panelPosition(row.icon, row.pointer, screen, panel), row.expected) << row.icon.x();
+}
+
+// The application's texts and icons: both catalogs complete with the English
+// placeholders, and no symbol the screens draw without an icon of the theme.
+TEST(AppCatalogs, EveryKeyIsInEveryCatalogWithTheEnglishPlaceholders) {
+    const auto& catalogs = AppText::bundle().catalogs;
+    ASSERT_TRUE(catalogs.contains("en"));
+    ASSERT_TRUE(catalogs.contains("es"));
+    const auto& english = catalogs.at("en").texts;
+    for (const auto& [language, catalog] : catalogs) {
+        EXPECT_EQ(catalog.texts.size(), english.size()) << language;
+        for (const auto& [key, text] : catalog.texts) {
+            EXPECT_FALSE(text.empty()) << language << ": " << key;
+            const auto source = english.find(key);
+            ASSERT_NE(source, english.end()) << key << " is in " << language << " but not in English";
+            EXPECT_EQ(L10n::placeholderSignature(text), L10n::placeholderSignature(source->second)) << language << ": " << key;
+        }
+    }
+}
+
+TEST(AppIcons, EverySymbolDrawsAThemeIcon) {
+    for (const auto symbol : Icons::allSymbols()) {
+        const QIcon icon = Icons::symbol(symbol);
+        EXPECT_FALSE(icon.pixmap(16, 16).isNull()) << symbol << " as " << Icons::themeName(symbol);
+    }
+    for (Family family : allFamilies())
+        EXPECT_NE(Icons::themeName(iconName(family)), Icons::themeName("no.such.symbol")) << iconName(family);
 }
 
 }  // namespace

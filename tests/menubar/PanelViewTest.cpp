@@ -1,16 +1,31 @@
-// The panel driven like a user would: clicks on its buttons and rows, over a fake home.
-#include <QApplication>
+// The panel and its settings screen driven like a user would: clicks on buttons and rows, over a
+// fake home; and the updater behind the panel's button.
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
 #include <QHelpEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
-#include <QScrollArea>
-#include <QScrollBar>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
 #include <QToolButton>
 #include <QToolTip>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <memory>
 
 #include "PanelFixture.h"
+#include "PanelView.h"
+#include "app/InMemoryStore.h"
+#include "desktop/Updater.h"
+#include "kelvo/CleanerRegistry.h"
+#include "kelvo/Config.h"
 #include "kelvo/Format.h"
 #include "panel/Palette.h"
 #include "panel/ConfirmBox.h"
@@ -21,8 +36,18 @@
 #include "panel/TargetList.h"
 #include "panel/TargetListModel.h"
 #include "panel/UpdateRequiredView.h"
+#include "panel/UpdatesMenuButton.h"
 #include "settings/OnboardingView.h"
+#include "settings/PathListEditor.h"
 #include "settings/SettingsView.h"
+#include "support/ClosureQueue.h"
+#include "support/LoopbackServer.h"
+#include "support/StubServices.h"
+#include "support/TempDir.h"
+
+QT_BEGIN_NAMESPACE
+inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
+QT_END_NAMESPACE
 
 namespace kelvo::app::testing {
 namespace {
@@ -30,8 +55,38 @@ namespace {
 using Phase = AppModel::Phase;
 using kelvo::testing::writeFile;
 
-class PanelViewTest : public PanelFixture {
+// A panel over a model of a fake home with stub probes and commands. The model's
+// user-interface thread and its background work are queues that settle() runs to the
+// end, so every step of a test happens in the order the test chooses.
+class PanelViewTest : public ::testing::Test {
 protected:
+    // The panel over a model of the fake home (with the gate when given), shown offscreen.
+    PanelView& makePanel(std::optional<VersionGate> gate = std::nullopt) {
+        const AppModelDependencies dependencies{
+            background.poster(), [this] { return Environment::fromConfig(home, root / "tmp", Config::load(home)); },
+            [](const Environment& env) { return kelvo::testing::stubServices(env); },
+            [this](const std::filesystem::path&) { return std::optional(diskFigure); }};
+        const auto services = dependencies.makeServices(dependencies.loadEnvironment());
+        model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);
+        model->refreshDisk();
+        panel = std::make_unique<PanelView>(*model, nullptr, shell);
+        panel->show();
+        return *panel;
+    }
+    // Runs the queued background work and the replies it posts until nothing is left.
+    void settle() {
+        for (auto work = background.takeAll(); true; work = background.takeAll()) {
+            for (auto& closure : work) closure();
+            ui.runAll();
+            if (work.empty()) break;
+        }
+        QCoreApplication::processEvents();
+    }
+    void click(QWidget* widget) {
+        ASSERT_TRUE(widget && widget->isVisible() && widget->isEnabled()) << (widget ? widget->metaObject()->className() : "");
+        QTest::mouseClick(widget, Qt::LeftButton);
+    }
+
     void SetUp() override {
         writeFile(home / ".npm/_cacache/content-v2/aa/bb", 9000);  // js packages, safe: preselected
         writeFile(home / ".cache/zig/o/cc", 30000);                // other languages, safe: preselected
@@ -47,15 +102,39 @@ protected:
         ADD_FAILURE() << "no row for " << id;
         return {};
     }
+    // The settings screen, over a panel made first with the given file when missing.
+    SettingsView& openSettings(const Config& config = {}) {
+        if (!panel) {
+            EXPECT_FALSE(config.save(home));
+            makePanel();
+        }
+        click(panel->header()->gearButton());
+        return *panel->settingsView();
+    }
     void clickRow(const std::string& id) {
         const QRect area = panel->targetList()->view()->visualRect(rowOf(id));
         ASSERT_TRUE(area.isValid());
         QTest::mouseClick(panel->targetList()->view()->viewport(), Qt::LeftButton, {}, area.center());
     }
-};
 
-TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
-    writeConfig();
+    kelvo::testing::TempDir root;
+    std::filesystem::path home = root / "home";
+    kelvo::testing::ClosureQueue ui;
+    kelvo::testing::ClosureQueue background;
+    DiskSpace diskFigure{100'000'000'000, 50'000'000'000};
+    std::vector<QUrl> opened;
+    int quits = 0;
+    ShellServices shell{.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"},
+                        .cliLink = {root / "missing-tool", root / "bin"},
+                        .openUrl = [this](const QUrl& url) { opened.push_back(url); },
+                        .quit = [this] { ++quits; }};
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<PanelView> panel;
+};
+using SettingsViewTest = PanelViewTest;
+
+TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToACleanThatRemovesTheSelectionAlone) {
+    ASSERT_FALSE(Config{}.save(home));
     diskFigure = {100, 5};
     makePanel();
     EXPECT_EQ(panel->diskBar()->fillColour(), Palette::red);
@@ -72,7 +151,6 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     };
     ASSERT_EQ(panel->currentScreen(), Screen::main);
     expectButtons("empty", true, false, false, false);
-    EXPECT_EQ(footer.actionButton()->text(), "Clean: nothing selected");
     EXPECT_EQ(footer.updatesButton(), nullptr);  // no updater, no button
 
     click(scan.scanButton());
@@ -97,38 +175,20 @@ TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToCleaned) {
     QHelpEvent hover(QEvent::ToolTip, point, view->viewport()->mapToGlobal(point));
     QCoreApplication::sendEvent(view->viewport(), &hover);
     EXPECT_EQ(QToolTip::text().toStdString(), "npm cache\n" + (home / ".npm/_cacache").string());
-    for (QWidget* tip : QApplication::topLevelWidgets())
-        if (tip->inherits("QTipLabel") && tip->isVisible()) screenshot(*tip, "panel-row-paths");
     QToolTip::hideText();
 
-    // A click anywhere on a row ticks it; the header and the action follow.
-    const auto selectedBefore = model->selectedIDs();
+    // A click anywhere on a row ticks it or unticks it; the header and the action follow.
     clickRow("npm-cache");
     EXPECT_FALSE(model->selectedIDs().contains("npm-cache"));
-    clickRow("npm-cache");
-    EXPECT_EQ(model->selectedIDs(), selectedBefore);
     click(scan.selectNoneButton());
     expectButtons("nothing selected", true, false, true, false);
     EXPECT_EQ(panel->header()->selectedLabel()->text(), "0 B");
-
-    // Another domain starts from nothing.
-    click(panel->header()->domainButton(AppModel::Domain::prepare));
-    EXPECT_TRUE(model->targets().empty() && model->selectedIDs().empty());
-    EXPECT_EQ(footer.actionButton()->text(), "Free up: nothing selected");
-    EXPECT_FALSE(scan.selectAllButton()->isVisible());
-}
-
-TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
-    writeConfig();
-    makePanel();
-    click(panel->scanRow()->scanButton());
-    settle();
-    model->setSelectedIDs({"npm-cache"});
+    clickRow("npm-cache");
+    EXPECT_EQ(model->selectedIDs(), std::set<std::string>{"npm-cache"});
     const std::string bytes = Format::bytes(selectedBytes(*model));
-    Footer& footer = *panel->footer();
     EXPECT_EQ(footer.actionButton()->text().toStdString(), "Clean " + bytes);
 
-    // Cancel first: nothing happens; then confirm.
+    // A confirmed clean removes the selection and nothing else; cancelled first, nothing happens.
     click(footer.actionButton());
     EXPECT_FALSE(footer.actionButton()->isVisible());
     EXPECT_EQ(footer.confirmBox()->message()->text().toStdString(), "Remove 1 target (" + bytes + ")? This cannot be undone.");
@@ -150,10 +210,26 @@ TEST_F(PanelViewTest, ConfirmedCleanRemovesTheSelectionAndNothingElse) {
     EXPECT_GE(model->lastReport()->freedBytes, 9000);
     EXPECT_EQ(footer.resultText()->text().toStdString(), "Freed " + Format::bytes(model->lastReport()->freedBytes));
     screenshot(*panel, "panel-done");
+
+    // Another domain starts from nothing, with a prompt unlike what a scan that finds nothing says.
+    click(panel->header()->domainButton(AppModel::Domain::prepare));
+    EXPECT_TRUE(model->targets().empty() && model->selectedIDs().empty());
+    EXPECT_EQ(footer.actionButton()->text(), "Free up: nothing selected");
+    EXPECT_FALSE(scan.selectAllButton()->isVisible());
+    const QString prompt = panel->targetList()->emptyText()->text();
+    click(scan.scanButton());
+    settle();
+    ASSERT_TRUE(model->targets().empty());
+    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
+    screenshot(*panel, "panel-nothing-found");
+    click(panel->header()->domainButton(AppModel::Domain::clean));
+    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
 }
 
 TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
-    makePanel(gateWithMinimum("0.9"));
+    const auto minimum = std::make_shared<std::string>("0.9");  // published; 1.0.0 runs
+    makePanel(VersionGate("1.0.0", std::make_shared<InMemoryStore>(),
+                          [minimum] { return std::optional(R"({"minVersion": ")" + *minimum + "\"}"); }));
     settle();  // the version check the panel started when shown
     EXPECT_EQ(panel->currentScreen(), Screen::onboarding);
     screenshot(*panel, "onboarding");
@@ -161,9 +237,6 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_TRUE(Config::exists(home) && !Config::load(home).enabledFamilies);
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
-    QScrollBar* down = panel->settingsView()->findChild<QScrollArea*>()->verticalScrollBar();
-    down->setValue(down->maximum());
-    screenshot(*panel, "settings-end");
     click(panel->settingsView()->closeButton());
     EXPECT_EQ(panel->currentScreen(), Screen::main);
     screenshot(*panel, "panel-empty");
@@ -171,8 +244,8 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
 
     // A required update comes before everything, settings included.
-    panel.reset(), model.reset();
-    makePanel(gateWithMinimum("2.0"));
+    *minimum = "2.0";
+    model->checkMinimumVersion();
     settle();
     EXPECT_EQ(panel->currentScreen(), Screen::updateRequired);
     screenshot(*panel, "update-required");
@@ -182,32 +255,7 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMain) {
     EXPECT_EQ(quits, 1);
 }
 
-TEST_F(PanelViewTest, AScanThatFindsNothingSaysSoUnlikeThePromptBeforeAnyScan) {
-    writeConfig();
-    makePanel();
-    click(panel->header()->domainButton(AppModel::Domain::prepare));
-    const QString prompt = panel->targetList()->emptyText()->text();
-    screenshot(*panel, "panel-empty-prepare");
-    click(panel->scanRow()->scanButton());
-    settle();
-    ASSERT_TRUE(model->targets().empty());
-    EXPECT_NE(panel->targetList()->emptyText()->text(), prompt);
-    screenshot(*panel, "panel-nothing-found");
-    click(panel->header()->domainButton(AppModel::Domain::clean));
-    EXPECT_EQ(panel->targetList()->emptyText()->text(), prompt);  // the prompt again: nothing scanned here yet
-}
-
-TEST_F(PanelViewTest, DetectionDuringOnboardingEnablesTheFamiliesFound) {
-    makePanel();
-    OnboardingView& onboarding = *panel->onboardingView();
-    click(onboarding.detectButton());
-    EXPECT_TRUE(onboarding.detectingRow()->isVisible());
-    settle();
-    EXPECT_EQ(panel->currentScreen(), Screen::main);
-    EXPECT_EQ(Config::load(home).enabledFamilies, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs"}));
-}
-
-TEST_F(PanelViewTest, OnboardingShowsTheFoundProjectFoldersCheckedAndTheDetectionKeepsTheirFamily) {
+TEST_F(PanelViewTest, OnboardingShowsTheFoundProjectFoldersCheckedAndTheDetectionEnablesTheFamiliesFound) {
     writeFile(home / "code/app/package.json");  // projects with nothing built yet
     writeFile(home / "src/github.com/x/tool/Cargo.toml");
     std::filesystem::create_directories(root / "elsewhere");
@@ -220,10 +268,190 @@ TEST_F(PanelViewTest, OnboardingShowsTheFoundProjectFoldersCheckedAndTheDetectio
     onboarding.setFolderPicker([this] { return QString::fromStdString((root / "elsewhere").string()); });
     click(onboarding.addFolderButton());
     click(onboarding.detectButton());
+    EXPECT_TRUE(onboarding.detectingRow()->isVisible());
     settle();
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
     const Config saved = Config::load(home);
     EXPECT_EQ(saved.projectRoots, (std::vector<std::string>{"~/code", (root / "elsewhere").string()}));
     EXPECT_EQ(saved.enabledFamilies, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs", "perProject"}));
+}
+
+// The settings screen and its path editor: what Save stores, what Cancel drops, and the
+// two switches that act at once (start at login, the command-line link).
+TEST_F(SettingsViewTest, SaveStoresTheFamilyListOnlyWhenNotEveryFamilyIsOnAndCancelStoresNothing) {
+    const Config loaded{.defaultLevel = "aggressive", .keepRecentDays = 7, .enabledFamilies = {{"docker", "nonsense"}}};
+    SettingsView* settings = &openSettings(loaded);
+    EXPECT_TRUE(settings->familyToggle(Family::docker)->isChecked());
+    EXPECT_FALSE(settings->familyToggle(Family::python)->isChecked());
+    EXPECT_EQ(settings->keepRecent()->value(), 7);
+    settings->roots()->setPaths({"~/elsewhere"});
+    click(settings->cancelButton());
+    EXPECT_EQ(Config::load(home), loaded);
+
+    settings = &openSettings();
+    const auto offered = CleanerRegistry::familiesWithDetectors(model->cleanService().env);
+    for (Family family : offered) settings->familyToggle(family)->setChecked(family != Family::python);
+    settings->keepRecent()->setValue(12);
+    settings->checkVersion()->setChecked(false);
+    click(settings->saveButton());
+    EXPECT_EQ(panel->currentScreen(), Screen::main);
+    std::vector<std::string> allButPython;
+    for (Family family : offered)
+        if (family != Family::python) allButPython.emplace_back(rawValue(family));
+    std::ranges::sort(allButPython);
+    // The default level kept, though no control shows it.
+    EXPECT_EQ(Config::load(home), (Config{.defaultLevel = "aggressive", .keepRecentDays = 12, .enabledFamilies = allButPython,
+                                          .checkMinimumVersion = false}));
+
+    settings = &openSettings();
+    settings->familyToggle(Family::python)->setChecked(true);
+    click(settings->saveButton());
+    EXPECT_FALSE(Config::load(home).enabledFamilies);
+}
+
+TEST_F(SettingsViewTest, AFileThatCannotBeUsedIsNamedAboveTheDefaultsAndAFailedSaveSaysWhy) {
+    EXPECT_FALSE(openSettings().configProblem()->isVisible());  // a good file: no notice
+    click(panel->settingsView()->closeButton());
+    const auto file = kelvo::testing::writeText(Config::filePath(home), R"({"projectRoots": ["~/p"], "keepRecentDays": "7"})");
+    SettingsView& settings = openSettings();
+    EXPECT_EQ(settings.configProblem()->isVisible() ? settings.configProblem()->text().toStdString() : "",
+              "The configuration file " + file.string() + " cannot be used: the key \"extraExclusions\" is missing. " +
+                  "The defaults are shown below; Save writes them over it.");
+    EXPECT_EQ(settings.roots()->paths(), QStringList{"~/workspace"});
+    screenshot(*panel, "settings-config-problem");
+
+    // A save that fails keeps the screen and its edits and says why.
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    settings.keepRecent()->setValue(9);
+    click(settings.saveButton());  // returns: a FIFO is never opened
+    EXPECT_EQ(panel->currentScreen(), Screen::settings);
+    EXPECT_EQ(settings.keepRecent()->value(), 9);
+    EXPECT_NE(settings.saveError()->isVisible() ? settings.saveError()->text().indexOf("other than a regular file") : -1, -1);
+    EXPECT_TRUE(std::filesystem::is_fifo(file));
+    screenshot(*panel, "settings-save-failed");
+}
+
+TEST(PathListEditor, TrimsRefusesDuplicatesAndRemovesEveryEqualEntry) {
+    QString chosen;
+    PathListEditor editor("Folders", "folder", "hint", "placeholder", "/home/u", nullptr, [&](QWidget*) { return chosen; });
+    const struct { const char* typed; QStringList expected; } steps[] = {
+        {"  ~/code\t", {"~/code"}}, {"~/code", {"~/code"}}, {" \t ", {"~/code"}}, {"/srv/x", {"~/code", "/srv/x"}},
+    };
+    for (const auto& step : steps) {
+        QTest::keyClicks(editor.field(), step.typed);
+        QTest::keyClick(editor.field(), Qt::Key_Return);
+        EXPECT_EQ(editor.paths(), step.expected) << step.typed;
+        EXPECT_TRUE(editor.field()->text().isEmpty());
+    }
+    for (const auto& folder : {"/home/u/src", "", "/home/u"}) {  // a folder in the home, none chosen, the home
+        chosen = folder;
+        QTest::mouseClick(editor.chooseButton(), Qt::LeftButton);
+    }
+    EXPECT_EQ(editor.paths(), (QStringList{"~/code", "/srv/x", "~/src", "~"}));
+    editor.setPaths({"~/a", "~/b", "~/a"});
+    QTest::mouseClick(editor.removeButton(2), Qt::LeftButton);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(editor.paths(), QStringList{"~/b"});
+}
+
+TEST_F(SettingsViewTest, StartAtLoginWritesAndRemovesTheAutostartEntryOrSaysWhyNot) {
+    SettingsView* settings = &openSettings();
+    const auto entry = shell.autostart.entry;
+    EXPECT_FALSE(settings->launchAtLogin()->isChecked());
+    settings->launchAtLogin()->click();
+    std::ifstream file(entry);
+    EXPECT_NE(std::string(std::istreambuf_iterator<char>(file), {}).find("\nExec=/opt/kelvo/kelvo-menubar\n"), std::string::npos);
+    EXPECT_FALSE(settings->loginError()->isVisible());
+
+    // Hidden by the desktop's own settings: off, and the reopened screen says so.
+    std::ofstream(entry, std::ios::app) << "Hidden=true\n";
+    click(settings->closeButton());
+    settings = &openSettings();
+    EXPECT_FALSE(settings->launchAtLogin()->isChecked());
+    settings->launchAtLogin()->click();
+    EXPECT_TRUE(shell.autostart.enabled());
+    settings->launchAtLogin()->click();
+    EXPECT_FALSE(std::filesystem::exists(entry));
+
+    // A failure shows the reason and the real state: no autostart folder can be made below a file.
+    std::filesystem::remove_all(root / "config");
+    writeFile(root / "config", 10);
+    settings->launchAtLogin()->click();
+    EXPECT_FALSE(settings->launchAtLogin()->isChecked());
+    EXPECT_TRUE(settings->loginError()->isVisible());
+    EXPECT_TRUE(settings->loginError()->text().startsWith(SettingsView::loginFailurePrefix));
+    EXPECT_GT(settings->loginError()->text().size(), QString(SettingsView::loginFailurePrefix).size());
+}
+
+TEST(Autostart, TheProgramIsOneArgumentOfTheExecLineWhateverItsPathHolds) {
+    kelvo::testing::TempDir root;
+    const struct { const char* program; const char* exec; } rows[] = {
+        {"/opt/100%/kelvo", "Exec=/opt/100%%/kelvo"},
+        {"/opt/my apps/kelvo", R"(Exec="/opt/my apps/kelvo")"},
+        {"/opt/a$b\\c/kelvo", R"(Exec="/opt/a\\$b\\\\c/kelvo")"},
+    };
+    for (const auto& row : rows) {
+        const Autostart autostart{root / "kelvo.desktop", row.program};
+        ASSERT_FALSE(autostart.setEnabled(true));
+        std::ifstream file(autostart.entry);
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        EXPECT_NE(text.find(std::string("\n") + row.exec + "\n"), std::string::npos) << text;
+    }
+}
+
+TEST_F(SettingsViewTest, CommandLineLinkReplacesWhatIsThereOrSaysWhatToRun) {
+    const auto tool = writeFile(root / "app/kelvo", 10);
+    shell.cliLink = {tool, root / "bin"};
+    SettingsView& settings = openSettings();
+    writeFile(root / "bin/kelvo", 3);  // an old copy in the way
+    click(settings.installCliButton());
+    EXPECT_EQ(std::filesystem::read_symlink(root / "bin/kelvo"), tool);
+    EXPECT_TRUE(settings.cliInstalledMark()->isVisible());
+
+    const struct { CliLink link; CliLink::Outcome expected; } rows[] = {
+        {{root / "app/none", root / "bin2"}, CliLink::Outcome::notBundled},
+        {{tool, tool / "bin"}, CliLink::Outcome::refused},  // a folder below a file cannot be made
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.link.install(), row.expected) << row.link.linkFolder;
+    EXPECT_FALSE(std::filesystem::exists(root / "bin2"));
+    EXPECT_EQ(rows[1].link.fallbackCommand(), "sudo ln -sf \"" + tool.string() + "\" " + (tool / "bin/kelvo").string());
+}
+
+// The updater against a feed served on 127.0.0.1: the button is greyed out while the
+// answer is awaited, the dialog says what the feed said, and its button opens the page.
+TEST(Updater, ButtonIsGreyedOutWhileACheckRunsAndTheDialogOffersTheNewerRelease) {
+    kelvo::testing::LoopbackServer feed;  // holds its answer until the test gives it
+    std::vector<QUrl> opened;
+    Updater updater("1.0.0", VersionGate::download(feed.url("/feed.json")), [&](const QUrl& url) { opened.push_back(url); });
+    UpdatesMenuButton button(updater);
+    button.show();
+    ASSERT_TRUE(button.isEnabled());
+    QSignalSpy answered(&updater, &Updater::checked);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_FALSE(button.isEnabled());
+    QTest::mouseClick(&button, Qt::LeftButton);  // ignored: one check at a time
+
+    feed.answer(kelvo::testing::LoopbackServer::response(
+        "200 OK", R"({"version": "1.2.0", "url": "https://example.org/kelvo-1.2.0"})"));
+    ASSERT_TRUE(answered.wait(30000));
+    EXPECT_EQ(answered.count(), 1);
+    EXPECT_EQ(answered.at(0).at(0).value<Updater::Answer>(), Updater::Answer::newer);
+    EXPECT_TRUE(button.isEnabled());
+    ASSERT_NE(updater.dialog(), nullptr);
+    EXPECT_EQ(updater.dialog()->text(), "Kelvo 1.2.0 is available (you have 1.0.0).");
+    for (auto* choice : updater.dialog()->findChildren<QPushButton*>())
+        if (choice->text() == "Open the download page") choice->click();
+    EXPECT_EQ(opened, std::vector<QUrl>{QUrl("https://example.org/kelvo-1.2.0")});
+}
+
+TEST(Updater, AnswerComparesVersionsByTheGateRule) {
+    const struct { const char* feed; Updater::Answer expected; } rows[] = {
+        {R"({"version": "1.10", "url": "u"})", Updater::Answer::newer},
+        {R"({"version": "1.2.0", "url": "u"})", Updater::Answer::upToDate},
+        {R"({"version": 2, "url": "u"})", Updater::Answer::failed},
+    };
+    for (const auto& row : rows) EXPECT_EQ(Updater::answer("1.2", Updater::Release::decode(row.feed)), row.expected) << row.feed;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 # A notification server for tests, on the session bus it is started on: writes each
 # Notify call as one JSON line to the file named by its argument, answers it as closed at
-# once, and writes "ready" to the file named second once it owns the name.
+# once, and writes "ready" to the file named second once it owns the name. It ends with the bus.
 import json
 import sys
 
@@ -21,10 +21,6 @@ class Server(dbus.service.Object):
     def GetServerInformation(self):
         return "stub", "kelvo-tests", "1", "1.2"
 
-    @dbus.service.method(NAME, out_signature="as")
-    def GetCapabilities(self):
-        return ["actions", "body"]
-
     @dbus.service.method(NAME, in_signature="susssasa{sv}i", out_signature="u")
     def Notify(self, app, replaces, icon, summary, body, actions, hints, timeout):
         self.last += 1
@@ -32,10 +28,6 @@ class Server(dbus.service.Object):
             out.write(json.dumps({"app": app, "summary": summary, "body": body, "actions": list(actions)}) + "\n")
         GLib.idle_add(self.NotificationClosed, self.last, 3)
         return self.last
-
-    @dbus.service.method(NAME, in_signature="u")
-    def CloseNotification(self, number):
-        self.NotificationClosed(number, 3)
 
     @dbus.service.signal(NAME, signature="uu")
     def NotificationClosed(self, number, reason):
