@@ -30,7 +30,7 @@ struct StubManager final : platform::UserServiceManager {
 struct ScheduleTest : ::testing::Test {
     testing::TempDir dir;
     std::shared_ptr<StubManager> manager = std::make_shared<StubManager>();
-    ScanSchedule schedule{dir / "units", dir / "my bin%/kelvo", 1LL << 30, manager};
+    ScanSchedule schedule{dir / "units", dir / "my $bin%/kelvo", 1LL << 30, manager};
     std::string unit(std::string_view name) { return LocalFiles::read(dir / "units" / name).value_or(""); }
 };
 
@@ -39,7 +39,7 @@ TEST_F(ScheduleTest, OnWritesTheUnitsAndEnablesTheTimerOffDisablesAndRemovesThem
     EXPECT_TRUE(on.succeeded());
     EXPECT_EQ(manager->calls, (std::vector<Words>{{"daemon-reload"}, {"enable", "--now", "kelvo-scan.timer"}}));
     EXPECT_NE(unit("kelvo-scan.service").find("\nType=oneshot\nExecStart=\"" + dir.path().string() +
-                                              "/my bin%%/kelvo\" scan --quiet --notify-above 1073741824\n"),
+                                              "/my $bin%%/kelvo\" scan --quiet --notify-above 1073741824\n"),
               std::string::npos);
     EXPECT_EQ(schedule.status().frequency, Frequency::weekly);
     EXPECT_EQ(schedule.status().notifyAboveBytes, 1LL << 30);

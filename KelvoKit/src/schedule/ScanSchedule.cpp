@@ -20,17 +20,18 @@ constexpr std::array<std::pair<Frequency, std::string_view>, 3> frequencyNamesTa
     {Frequency::weekly, "weekly"},
 }};
 
-// One word of an ExecStart= line: "%" starts a specifier and "$" a variable, so both are
-// doubled; a backslash or a quote is escaped, and a word holding a blank is quoted.
-std::string execWord(const std::string& word) {
+// The program's path as the first word of an ExecStart= line: "%" starts a specifier there,
+// so it is doubled, while "$" is taken as written; a backslash or a quote is escaped, and a
+// path holding a blank is quoted.
+std::string execPath(const std::string& path) {
     std::string escaped;
-    for (const char c : word) {
-        if (c == '%' || c == '$') escaped += std::string(2, c);
+    for (const char c : path) {
+        if (c == '%') escaped += "%%";
         else if (c == '\\' || c == '"') escaped += std::string{'\\', c};
         else if (c == '\n') escaped += "\\n";
         else escaped += c;
     }
-    if (word.find_first_of(" \t\n'\"") == std::string::npos) return escaped;
+    if (path.find_first_of(" \t\n'\"") == std::string::npos) return escaped;
     return "\"" + escaped + "\"";
 }
 
@@ -91,7 +92,7 @@ std::string ScanSchedule::serviceUnit() const {
            "\n"
            "[Service]\n"
            "Type=oneshot\n"
-           "ExecStart=" + execWord(program.string()) + " scan --quiet --notify-above " +
+           "ExecStart=" + execPath(program.string()) + " scan --quiet --notify-above " +
            std::to_string(notifyAboveBytes) + "\n"
            // A background look: it yields the processor and the disk to everything else.
            "Nice=19\n"
