@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
 
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 #include "kelvo/ProcessProbe.h"
+#include "kelvo/platform/Process.h"
 #include "support/NamedProcess.h"
 #include "support/TempDir.h"
 
@@ -31,6 +36,24 @@ TEST(LiveProcessProbe, FindsLongNamesAndCommandLineFragments) {
     process.stop();
     EXPECT_FALSE(probe.isRunning("com.docker.backend-test"));
     EXPECT_FALSE(probe.isRunningUnder(commandLine));
+}
+
+// A signal whose handler does not restart system calls interrupts the reading of a program's
+// output: the capture goes on to the program's end, losing nothing.
+TEST(RunProgram, ACaptureGoesOnThroughInterruptedReads) {
+    struct sigaction quiet {}, previous {};
+    quiet.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &quiet, &previous), 0);
+    std::atomic<bool> done = false;
+    std::thread interrupter([&done, reader = ::pthread_self()] {
+        for (; !done; std::this_thread::sleep_for(std::chrono::milliseconds(2))) ::pthread_kill(reader, SIGUSR1);
+    });
+    const auto outcome = platform::runProgram("/bin/sh", {"-c", "echo start; sleep 0.2; echo end"}, true);
+    done = true;
+    interrupter.join();
+    ::sigaction(SIGUSR1, &previous, nullptr);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->standardOutput, "start\nend\n");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "vocabulary/MonthsBefore.h"
 #include "prepare/OrphanedLeftoverDetector.h"
 #include "kelvo/PrepareRegistry.h"
+#include "kelvo/platform/PropertyList.h"
 #include "safety/ProtectedApps.h"
 #include "prepare/UnusedAppDetector.h"
 #include "support/AppBundle.h"
@@ -74,6 +75,9 @@ TEST(InstalledApps, ReadsTheIdentifierInEveryPropertyListEncodingAndWhatIsNotADi
         EXPECT_EQ(inventory.apps, (identified ? std::vector<AppInfo>{{bundle, "com.x.Enc", "Enc"}} : std::vector<AppInfo>{})) << what;
         EXPECT_EQ(inventory.unidentifiedNames, (identified ? std::vector<std::string>{} : std::vector<std::string>{"Enc"})) << what;
     }
+    // An octal escape takes at most three digits, and octal ones only.
+    EXPECT_EQ(platform::readTopLevelStrings(std::string(R"({ A = "\1010\12x\9"; })")),
+              (std::map<std::string, std::string>{{"A", "A0\nx9"}}));
 }
 
 // Which bundles count and what names one without an identifier: the scenarios (apps.txt).

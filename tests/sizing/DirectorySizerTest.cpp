@@ -24,6 +24,17 @@ struct DirectorySizerMeasure : ::testing::Test {
     WorkerPool pool{4};
 };
 
+// Every measurement test rests on this comparison: all figures and the files met count, and
+// no list of files equals an empty one.
+TEST(Measurement, EqualInEveryFigureAndInTheFilesMet) {
+    const Measurement measured{4096, false};
+    EXPECT_EQ(measured, (Measurement{4096, false, 0, std::make_shared<const std::vector<LinkedFile>>()}));
+    const auto files = std::make_shared<const std::vector<LinkedFile>>(std::vector<LinkedFile>{{1, 2, 4096, 2, 1}});
+    for (const Measurement& other : {Measurement{8192}, Measurement{4096, true}, Measurement{4096, false, 1},
+                                     Measurement{4096, false, 0, files}})
+        EXPECT_NE(measured, other) << other.bytes << " " << other.hadErrors << " " << other.sharedBytes;
+}
+
 TEST_F(DirectorySizerMeasure, CountsAllocatedBlocksOfEveryNameBelowAndNothingBeyond) {
     // Each builds below its own folder.
     const std::pair<const char*, std::function<Expected(const path&)>> cases[] = {
