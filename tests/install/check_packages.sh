@@ -3,7 +3,7 @@
 # (dpkg -x) and checks them: every file where Debian expects it and in the right package,
 # nothing outside /usr, versions and dependencies, a desktop entry and AppStream metadata
 # that validate, a manual page with every command, and a tool that runs from the scratch
-# root with its own texts and whose bash completion offers commands, families and ids.
+# root and whose bash completion offers commands, families and ids.
 set -euo pipefail
 # Readers in pipelines read to the end (no grep -q, no head): with pipefail, a writer cut
 # off early by SIGPIPE would fail the check at random.
@@ -61,10 +61,8 @@ appstreamcli validate --no-net "$root/usr/share/metainfo/dev.kelvo.KelvoMenuBar.
   { cat "$work/appstream.log"; fail "AppStream metadata invalid"; }
 zcat "$root/usr/share/doc/kelvo/changelog.gz" | sed -n 1p | grep -F "kelvo ($version)" >/dev/null || fail "changelog is not of $version"
 
+# That the tool reads the texts of its own prefix, check_install.sh checks.
 kelvo=$root/usr/bin/kelvo
-# Texts from the scratch root's own share/kelvo: a marked text shows.
-sed -i 's/"cli.command.unknown": "[^"]*"/"cli.command.unknown": "MARKED %s"/' "$root/usr/share/kelvo/Kelvo_KelvoKit.bundle/en.json"
-[ "$("$kelvo" help bogus 2>&1)" = "MARKED bogus" ] || fail "the unpacked tool does not read its own texts"
 "$kelvo" --version | grep -x "kelvo $version" >/dev/null || fail "kelvo --version is not $version"
 
 commands=$("$kelvo" __complete commands)
