@@ -80,12 +80,10 @@ class Scenario:
             while not os.path.lexists(os.path.dirname(top)):
                 top = os.path.dirname(top)
             self.outside.append(top)
-        os.makedirs(os.path.dirname(target.rstrip("/")), exist_ok=True)
-        if target.endswith("/"):
-            os.makedirs(target, exist_ok=True)
-        elif kind in ("->", "=>"):
+        os.makedirs(target if target.endswith("/") else os.path.dirname(target), exist_ok=True)
+        if kind in ("->", "=>"):
             os.symlink(value, target) if kind == "->" else os.link(self.path(value), target)
-        else:
+        elif not target.endswith("/"):
             open(target, "w").write(value.encode().decode("unicode_escape") if kind == "=" else "k" * int(kind or 0))
 
     def json(self, path, op, expected):

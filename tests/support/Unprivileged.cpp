@@ -22,10 +22,8 @@ namespace {
     else
         try {
             message += work();
-        } catch (const std::exception& error) {
+        } catch (const std::exception& error) {  // anything else ends the child: no answer, a failure too
             message = std::string("Fthe work threw: ") + error.what();
-        } catch (...) {
-            message = "Fthe work threw";
         }
     FILE* out = ::fdopen(fd, "w");
     std::fwrite(message.data(), 1, message.size(), out);
