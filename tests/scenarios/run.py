@@ -17,10 +17,9 @@ def parse(path):
             continue
         if line.startswith("=== "):
             scenarios.append((line[4:].strip(), []))
-            continue
-        # An indented line repeats the verb above it.
-        line, verb = (verb + " " + line.strip(), verb) if line[0].isspace() else (line, line.split()[0])
-        (scenarios[-1][1] if scenarios else shared).append((number, line))
+        else:  # an indented line repeats the verb above it
+            line, verb = (verb + " " + line.strip(), verb) if line[0].isspace() else (line, line.split()[0])
+            (scenarios[-1][1] if scenarios else shared).append((number, line))
     return [(name, shared + lines) for name, lines in scenarios]
 
 
@@ -55,8 +54,7 @@ class Scenario:
     def du(self, paths):
         """Bytes below the paths, each file once, as du sees them (as the last run's user)."""
         full = [self.path(p) for p in paths]
-        run = subprocess.run(self.as_user + ["du", "-csB1", "--"] + full, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                             text=True)
+        run = subprocess.run(self.as_user + ["du", "-csB1", "--"] + full, capture_output=True, text=True)
         own = sum(os.lstat(p).st_blocks * 512 for p in full if os.path.isdir(p) and not os.path.islink(p))
         return str(int(run.stdout.split()[-2]) - own)
 
