@@ -83,7 +83,8 @@ class Scenario:
             os.symlink(value, target) if kind == "->" else os.link(self.path(value), target)
         elif not target.endswith("/"):
             open(target, "w").write(value.encode().decode("unicode_escape") if kind == "=" else "k" * int(kind or 0))
-            os.chmod(target, 0o755 if kind == "=" and value.startswith("#!") else 0o644)  # a script runs
+            if kind == "=" and value.startswith("#!"):
+                os.chmod(target, 0o755)  # a script runs
 
     def json(self, path, op, expected):
         value = json.loads(self.result.stdout)
