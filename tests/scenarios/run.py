@@ -17,10 +17,9 @@ def parse(path):
             continue
         if line.startswith("=== "):
             scenarios.append((line[4:].strip(), []))
-            continue
-        # An indented line repeats the verb above it.
-        line, verb = (verb + " " + line.strip(), verb) if line[0].isspace() else (line, line.split()[0])
-        (scenarios[-1][1] if scenarios else shared).append((number, line))
+        else:  # an indented line repeats the verb above it
+            line, verb = (verb + " " + line.strip(), verb) if line[0].isspace() else (line, line.split()[0])
+            (scenarios[-1][1] if scenarios else shared).append((number, line))
     return [(name, shared + lines) for name, lines in scenarios]
 
 
@@ -42,7 +41,7 @@ class Scenario:
         self.env = {"HOME": f"{root}/home", "TMPDIR": f"{root}/tmp", "PATH": f"{root}/bin", "LANG": "C"}
         os.makedirs(f"{root}/home"), os.makedirs(f"{root}/tmp"), os.makedirs(f"{root}/bin")
         os.symlink("/bin/rm", f"{root}/bin/rm")  # the one tool every machine has
-        self.result, self.unprivileged, self.expected_exit, self.before = None, False, None, []
+        self.result, self.as_user, self.expected, self.before = None, [], 0, []
 
     def path(self, relative):
         return os.path.join(self.root, relative)  # an absolute path stays as it is
@@ -55,24 +54,22 @@ class Scenario:
     def du(self, paths):
         """Bytes below the paths, each file once, as du sees them (as the last run's user)."""
         full = [self.path(p) for p in paths]
-        run = subprocess.run((SETPRIV if self.unprivileged and os.geteuid() == 0 else []) + ["du", "-csB1", "--"] + full,
-                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        run = subprocess.run(self.as_user + ["du", "-csB1", "--"] + full, capture_output=True, text=True)
         own = sum(os.lstat(p).st_blocks * 512 for p in full if os.path.isdir(p) and not os.path.islink(p))
         return str(int(run.stdout.split()[-2]) - own)
 
-    def finish_run(self):
-        if self.result and self.expected_exit is None and self.result.returncode != 0:
+    def check_exit(self):
+        if self.result and self.result.returncode != self.expected:
             raise Failure(f"exit {self.result.returncode}\n{self.result.stdout}{self.result.stderr}")
 
     def run_tool(self, words, unprivileged):
-        self.finish_run()
-        if unprivileged and os.geteuid() == 0:
-            check = subprocess.run(SETPRIV + ["id", "-u"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-            if check.stdout.strip() != "65534":
-                raise Failure("cannot drop to uid 65534: " + check.stdout.strip())
-        self.before, self.unprivileged, self.expected_exit, self.previous = listing(self.root), unprivileged, None, self.result
-        self.result = subprocess.run((SETPRIV if unprivileged and os.geteuid() == 0 else []) + [self.kelvo] + words,
-                                     env=self.env, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+        self.check_exit()  # the run before ended as expected
+        self.as_user = SETPRIV if unprivileged and os.geteuid() == 0 else []
+        if self.as_user and (user := subprocess.run(SETPRIV + ["id", "-u"], capture_output=True, text=True)).stdout != "65534\n":
+            raise Failure(f"cannot drop to uid 65534: {user.stdout}{user.stderr}")
+        self.before, self.expected, self.previous = listing(self.root), 0, self.result
+        self.result = subprocess.run(self.as_user + [self.kelvo] + words, env=self.env, stdin=subprocess.DEVNULL,
+                                     capture_output=True, text=True)
 
     def make(self, path, kind="", value=None):
         target = self.path(path)
@@ -81,26 +78,22 @@ class Scenario:
             while not os.path.lexists(os.path.dirname(top)):
                 top = os.path.dirname(top)
             self.outside.append(top)
-        os.makedirs(os.path.dirname(target.rstrip("/")), exist_ok=True)
-        if target.endswith("/"):
-            os.makedirs(target, exist_ok=True)
-        elif kind in ("->", "=>"):
+        os.makedirs(target if target.endswith("/") else os.path.dirname(target), exist_ok=True)
+        if kind in ("->", "=>"):
             os.symlink(value, target) if kind == "->" else os.link(self.path(value), target)
-        else:
+        elif not target.endswith("/"):
             open(target, "w").write(value.encode().decode("unicode_escape") if kind == "=" else "k" * int(kind or 0))
+            if kind == "=" and value.startswith("#!"):
+                os.chmod(target, 0o755)  # a script runs
 
     def json(self, path, op, expected):
         value = json.loads(self.result.stdout)
-        for key, name in re.findall(r"\[([^\]]+)\]|([^.\[\]]+)", path):
-            key = key or name
-            if isinstance(value, list) and not key.isdigit():
-                value = next((item for item in value if item.get("id") == key), None)
-            elif isinstance(value, dict) and key in value or isinstance(value, list) and int(key) < len(value):
-                value = value[int(key) if isinstance(value, list) else key]
+        for key in (key or name for key, name in re.findall(r"\[([^\]]+)\]|([^.\[\]]+)", path)):
+            if isinstance(value, list):  # by position, or the item of that "id"
+                value = value[int(key)] if key.isdigit() and int(key) < len(value) else \
+                    next((item for item in value if item.get("id") == key), None)
             else:
-                value = None
-            if value is None:
-                break
+                value = value.get(key) if isinstance(value, dict) else None
         try:
             wanted = json.loads(expected)
         except json.JSONDecodeError:
@@ -112,6 +105,11 @@ class Scenario:
 
     def step(self, line):
         verb, _, rest = line.partition(" ")
+        if verb == "exit":  # the last run's status, or that of the run the line goes on with
+            status, _, run = rest.partition(" ")
+            run and self.step(run)
+            self.expected = int(status)
+            return self.check_exit()
         rest = self.expand(rest)
         words = shlex.split(rest) if verb in ("kelvo", "nobody", "env", "offers", "git") else rest.split()
         paths = [p for w in words for p in braces(w)]
@@ -154,10 +152,6 @@ class Scenario:
             self.vars[words[0]] = " ".join(words[1:])
         elif verb in ("kelvo", "nobody"):
             self.run_tool(words if verb == "kelvo" else words[1:], verb == "nobody")
-        elif verb == "exit":
-            self.expected_exit = int(words[0])
-            if self.result.returncode != self.expected_exit:
-                raise Failure(f"exit {self.result.returncode}\n{self.result.stdout}{self.result.stderr}")
         elif verb in ("out", "err"):
             text = self.result.stdout if verb == "out" else self.result.stderr
             pattern = rest[2:] if rest[:2] in ("~ ", "! ") else None
@@ -207,7 +201,7 @@ def main():
                     where = f"{path}:{number}"
                     scenario.step(line)
                 where = path
-                scenario.finish_run()
+                scenario.check_exit()
                 print(f"ok    {name}")
             except Skip as reason:
                 skipped += 1

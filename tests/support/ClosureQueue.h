@@ -3,9 +3,9 @@
 // test thread drains it) and, where a test orders background work itself, the workers.
 // Posting is safe from any thread; the queue must outlive what posts to it.
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace kelvo::testing {
@@ -31,22 +31,20 @@ public:
         std::unique_lock hold(mutex_);
         posted_.wait(hold, [&] { return !closures_.empty(); });
         Closure closure = std::move(closures_.front());
-        closures_.pop_front();
+        closures_.erase(closures_.begin());
         hold.unlock();
         closure();
     }
     // Removes the queued closures, oldest first, for a test to run in an order of its own.
     std::vector<Closure> takeAll() {
         const std::lock_guard hold(mutex_);
-        std::vector<Closure> closures(std::make_move_iterator(closures_.begin()), std::make_move_iterator(closures_.end()));
-        closures_.clear();
-        return closures;
+        return std::exchange(closures_, {});
     }
 
 private:
     std::mutex mutex_;
     std::condition_variable posted_;
-    std::deque<Closure> closures_;
+    std::vector<Closure> closures_;
 };
 
 }  // namespace kelvo::testing

@@ -64,12 +64,9 @@ fs::path makeFolderChain(const fs::path& base, std::size_t levels, const std::st
 fs::path writeDeepFile(const fs::path& path, std::size_t size) {
     const Fd parent = openDeep(path.parent_path(), true);
     const Fd file(::openat(parent.fd, path.filename().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    const std::string chunk(4096, 'k');
-    for (std::size_t written = 0; written < size;) {
-        const auto count = ::write(file.fd, chunk.data(), std::min(chunk.size(), size - written));
-        if (count <= 0) throw std::runtime_error("cannot write " + path.filename().string());
-        written += static_cast<std::size_t>(count);
-    }
+    const std::string bytes(size, 'k');
+    if (::write(file.fd, bytes.data(), size) != static_cast<ssize_t>(size))
+        throw std::runtime_error("cannot write " + path.filename().string());
     return path;
 }
 

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "support/DeepTree.h"
+
 namespace kelvo::testing {
 
 namespace fs = std::filesystem;
@@ -51,13 +53,7 @@ std::int64_t allocatedBytes(const fs::path& path) {
     return ::lstat(path.c_str(), &status) == 0 ? static_cast<std::int64_t>(status.st_blocks) * 512 : 0;
 }
 
-std::int64_t allocatedBytesBelow(const fs::path& directory) {
-    std::int64_t sum = 0;
-    std::error_code error;
-    for (fs::recursive_directory_iterator it(directory, error), end; !error && it != end; it.increment(error))
-        sum += allocatedBytes(it->path());
-    return sum;
-}
+std::int64_t allocatedBytesBelow(const fs::path& directory) { return deepAllocatedBytesBelow(directory); }
 
 std::string listing(const fs::path& directory) {
     std::vector<std::pair<std::string, bool>> lines;  // sorted by name, "/" marking folders afterwards

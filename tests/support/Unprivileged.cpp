@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace kelvo::testing {
@@ -21,16 +22,12 @@ namespace {
     else
         try {
             message += work();
-        } catch (const std::exception& error) {
+        } catch (const std::exception& error) {  // anything else ends the child: no answer, a failure too
             message = std::string("Fthe work threw: ") + error.what();
-        } catch (...) {
-            message = "Fthe work threw";
         }
-    for (std::size_t written = 0; written < message.size();) {
-        const ssize_t count = ::write(fd, message.data() + written, message.size() - written);
-        if (count <= 0 && errno != EINTR) break;
-        written += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
+    FILE* out = ::fdopen(fd, "w");
+    std::fwrite(message.data(), 1, message.size(), out);
+    std::fclose(out);
     ::_exit(0);
 }
 
@@ -46,14 +43,12 @@ UnprivilegedRun runAsUnprivileged(const std::function<std::string()>& work, unsi
         runChild(fds[1], work, static_cast<uid_t>(user));
     }
     ::close(fds[1]);
+    FILE* in = ::fdopen(fds[0], "r");
     std::string message;
-    char buffer[4096];
-    for (ssize_t count; child > 0 && ((count = ::read(fds[0], buffer, sizeof buffer)) > 0 || (count < 0 && errno == EINTR));)
-        if (count > 0) message.append(buffer, static_cast<std::size_t>(count));
-    ::close(fds[0]);
+    for (int c; child > 0 && (c = std::fgetc(in)) != EOF;) message += static_cast<char>(c);
+    std::fclose(in);
     int status = 0;
-    while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    if (child > 0) ::waitpid(child, &status, 0);
     if (child < 0) run.failure = std::string("fork: ") + std::strerror(errno);
     else if (message.empty()) run.failure = "the child ended without an answer (status " + std::to_string(status) + ")";
     else if (message[0] == 'O') run.output = message.substr(1);
