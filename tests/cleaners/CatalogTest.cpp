@@ -134,8 +134,7 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
         {{{"npm_config_cache", "/home/dev/npm"}}, "npm-cache", "/home/dev/npm/_cacache", true},
         {{{"GOPATH", "/home/dev/gp"}, {"GOMODCACHE", "/home/dev/mods"}}, "go-mod", "/home/dev/mods", true},
         {{{"ANDROID_HOME", "/home/dev/sdk"}}, "android-ndk", "/home/dev/sdk/ndk", true},
-        // Naming the home, a project root or a folder above one: nothing the tool keeps is offered.
-        {{{"XDG_CACHE_HOME", "/home/dev"}}, "pip-cache", "/home/dev/pip", false},
+        // Naming a folder above the home (the home and a project folder: scenarios/truth.txt).
         {{{"PIP_CACHE_DIR", "/home"}}, "pip-cache", "/home", false},
     };
     for (const auto& [variables, id, place, offered] : cases) {
@@ -152,8 +151,6 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
 TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughAVariableNamingTheUsersFolders) {
     // "~" stands for the home in the variables; the offered ids, none when empty.
     const std::vector<std::tuple<CatalogProfile, Variables, std::vector<std::string>, std::string, std::set<std::string>>> cases{
-        {linux, {{"XDG_CACHE_HOME", "~"}}, {"zig/h/a", "zig/o/b"}, "zig-cache-global", {}},
-        {linux, {{"CARGO_HOME", "~/projects"}}, {"projects/git/checkouts/x"}, "cargo-git", {}},
         {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/checkouts/x"}, "cargo-git", {"cargo-git"}},
         {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/src/main.rs"}, "cargo-git", {}},
         {linux, {{"CARGO_HOME", "~/rust"}}, {"rust/git/db/x", "rust/git/.git"}, "cargo-git", {}},
@@ -171,7 +168,6 @@ TEST(Catalog, APlaceIsOfferedOnlyWithItsToolsMarksWithoutAWorkTreeAndNotThroughA
         testing::TempDir home;
         auto env = environment(profile);
         env.home = home.path();
-        env.projectRoots = {"~/projects"};
         for (const auto& [name, value] : variables) env.locationVariables[name] = home.path().native() + value.substr(1);
         for (const auto& file : files) testing::writeFile(home / file, 4096);
         std::set<std::string> ids;
