@@ -48,12 +48,9 @@ TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
 }
 
 TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
-    CleanTarget target;
-    target.level = Level::moderate;
-    target.regenCost = RegenCost::redownload;
+    CleanTarget target{.regenCost = RegenCost::redownload, .level = Level::moderate};
     EXPECT_EQ(riskText(target), "Moderate · downloaded again when needed");
-    target.level = Level::aggressive;
-    target.regenCost = RegenCost::rebuild;
+    target = {.regenCost = RegenCost::rebuild, .level = Level::aggressive};
     EXPECT_EQ(riskText(target), "Aggressive");
 }
 

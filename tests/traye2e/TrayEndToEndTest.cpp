@@ -46,34 +46,6 @@ pid_t spawn(const std::vector<std::string>& command, int keepFd = -1) {
     return pid;
 }
 
-// Starts Xvfb on a display it picks itself; the display's number, or nothing.
-std::optional<std::string> startXServer() {
-    int pipe[2];
-    if (::pipe(pipe) != 0) return std::nullopt;
-    spawn({"Xvfb", "-displayfd", std::to_string(pipe[1]), "-screen", "0", "1280x800x24", "-nolisten", "tcp"}, pipe[1]);
-    ::close(pipe[1]);
-    std::string number;
-    for (char c; ::read(pipe[0], &c, 1) == 1 && c != '\n';) number += c;
-    ::close(pipe[0]);
-    return number.empty() ? std::nullopt : std::optional(":" + number);
-}
-
-void stopChildren() {
-    for (auto it = children.rbegin(); it != children.rend(); ++it) {
-        ::kill(-*it, SIGTERM);
-        ::waitpid(*it, nullptr, 0);
-    }
-}
-
-void xdotool(const QStringList& arguments) {
-    QProcess process;
-    process.start("xdotool", arguments);
-    ASSERT_TRUE(process.waitForStarted());
-    // The event loop keeps running while xdotool talks to the server.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000));
-    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-}
-
 TEST(TrayEndToEnd, IconClickOpensThePanelUnderTheIcon) {
     testing::TempDir root;
     const auto home = root / "home";
@@ -101,7 +73,12 @@ TEST(TrayEndToEnd, IconClickOpensThePanelUnderTheIcon) {
     // no icon is made again where the icon is now.
     for (int attempt = 0; attempt < 10 && !app.panel().isVisible(); ++attempt) {
         const QPoint icon = app.tray()->geometry().center();
-        xdotool({"mousemove", QString::number(icon.x()), QString::number(icon.y()), "click", "1"});
+        QProcess xdotool;
+        xdotool.start("xdotool", {"mousemove", QString::number(icon.x()), QString::number(icon.y()), "click", "1"});
+        ASSERT_TRUE(xdotool.waitForStarted());
+        // The event loop keeps running while xdotool talks to the server.
+        ASSERT_TRUE(QTest::qWaitFor([&] { return xdotool.state() == QProcess::NotRunning; }, 20000));
+        ASSERT_EQ(xdotool.exitCode(), 0) << xdotool.readAllStandardError().toStdString();
         (void)QTest::qWaitFor([&] { return app.panel().isVisible(); }, 2000);
     }
     ASSERT_TRUE(app.panel().isVisible()) << "no click on the icon opened the panel";
@@ -109,7 +86,6 @@ TEST(TrayEndToEnd, IconClickOpensThePanelUnderTheIcon) {
     EXPECT_GT(app.panel().geometry().top(), app.tray()->geometry().top());  // hangs under the icon
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.panel(), 20000));
     EXPECT_EQ(app.panel().currentScreen(), Screen::main);
-
 }
 
 }  // namespace
@@ -118,12 +94,19 @@ TEST(TrayEndToEnd, IconClickOpensThePanelUnderTheIcon) {
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     if (::testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
-    const auto display = kelvo::app::startXServer();
-    if (!display) {
+    // Xvfb on a display it picks itself and writes to the pipe.
+    int pipe[2];
+    if (::pipe(pipe) != 0) return 1;
+    kelvo::app::spawn({"Xvfb", "-displayfd", std::to_string(pipe[1]), "-screen", "0", "1280x800x24", "-nolisten", "tcp"}, pipe[1]);
+    ::close(pipe[1]);
+    std::string display = ":";
+    for (char c; ::read(pipe[0], &c, 1) == 1 && c != '\n';) display += c;
+    ::close(pipe[0]);
+    if (display == ":") {
         std::fprintf(stderr, "Xvfb did not start\n");
         return 1;
     }
-    ::setenv("DISPLAY", display->c_str(), 1);
+    ::setenv("DISPLAY", display.c_str(), 1);
     ::setenv("QT_QPA_PLATFORM", "xcb", 1);
     ::setenv("LANG", "C", 1);
     ::unsetenv("WAYLAND_DISPLAY");
@@ -135,6 +118,9 @@ int main(int argc, char** argv) {
         kelvo::app::Icons::useThemes();
         status = RUN_ALL_TESTS();
     }
-    kelvo::app::stopChildren();
+    for (auto it = kelvo::app::children.rbegin(); it != kelvo::app::children.rend(); ++it) {
+        ::kill(-*it, SIGTERM);
+        ::waitpid(*it, nullptr, 0);
+    }
     return status;
 }
