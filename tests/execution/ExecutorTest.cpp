@@ -13,27 +13,21 @@ using fs::path;
 using enum Reason::Code;
 using ExecutorTest = ExecutionTest;
 
-TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedNames) {
-    const path docker = writeFile(home / "docker-data/vms/disk.img", 8192).parent_path();
-    const path gradle = writeFile(home / ".gradle/caches/modules/a.jar", 100).parent_path().parent_path();
+// The programs each family guards, and force over them, are the clean and prepare services' to show.
+TEST_F(ExecutorTest, ARunningBundleStopsItsTargetEvenWhenForced) {
     const path bundle = home / "Applications/Foo.app", macOS = bundle / "Contents/MacOS";
     makeApp(home / "Applications", "Foo", {.bundleID = "com.acme.foo", .executable = "FooBin"});
-    const auto dockerTarget = pathTarget("docker-vms", {docker}, Family::docker);
-    const auto gradleTarget = pathTarget("gradle", {gradle}, Family::androidGradle);
+    const path npm = writeFile(home / ".npm/_cacache/a.json", 100).parent_path();
     const auto app = pathTarget("app:foo", {home / "Library/Caches/none", bundle}, Family::unusedApps);
     const std::string busy = skipped("app:foo", appRunning, bundle.string());
     const struct { std::vector<std::string> running, fragments; bool force; CleanTarget target; std::string first; } cases[] = {
-        {{"Docker"}, {}, false, dockerTarget, skipped("docker-vms", processRunning, "Docker")},
-        {{"java"}, {}, false, gradleTarget, skipped("gradle", processRunning, "java")},
-        // A running bundle is found by its name, its executable or a command line inside it;
-        // force does not override it.
+        // Found by its name, its executable or a command line inside it.
         {{"Foo"}, {}, false, app, busy}, {{"FooBin"}, {}, false, app, busy},
         {{}, {macOS.string()}, false, app, busy}, {{}, {(macOS / "FooBin").string() + " --flag"}, true, app, busy},
         {{"Foo"}, {}, true, app, busy},
-        // What goes: another bundle of the same name, a family that guards no program, a forced guard.
+        // What goes: another bundle of the same name, a family that guards no program.
         {{"Bar", "Foo.app"}, {"/elsewhere/Foo.app/Contents/MacOS"}, false, app, "deleted app:foo"},
-        {{"java", "Xcode"}, {}, false, pathTarget("npm", {gradle}, Family::jsPackages), "deleted npm"},
-        {{"Docker", "com.docker.backend"}, {}, true, dockerTarget, "deleted docker-vms"},
+        {{"java", "Xcode"}, {}, false, pathTarget("npm", {npm}, Family::jsPackages), "deleted npm"},
     };
     for (const auto& c : cases) {
         auto run = executor(c.running, c.fragments);
@@ -41,8 +35,8 @@ TEST_F(ExecutorTest, AProgramThatUsesATargetStopsItAndForceOverridesOnlyGuardedN
         const std::string report = summary(run.execute({c.target}));
         EXPECT_EQ(report.substr(0, report.find('\n')), c.first) << c.target.id << " " << c.running.size();
     }
-    EXPECT_FALSE(present(bundle) || present(gradle) || present(docker));
-    for (const char* kept : {"docker-data", "Applications", ".gradle"}) EXPECT_TRUE(fs::is_directory(home / kept)) << kept;
+    EXPECT_FALSE(present(bundle) || present(npm));
+    for (const char* kept : {"Applications", ".npm"}) EXPECT_TRUE(fs::is_directory(home / kept)) << kept;
     EXPECT_EQ(executor({"Foo"}).runningBundle(commandTarget("cmd", "Foo.app")), std::nullopt);
 }
 
