@@ -121,7 +121,9 @@ TEST_F(SafetyGuardTest, AHomeOrTemporaryFolderAtTheRootAnchorsNothing) {
         const auto refusal = c.code ? std::optional(Reason{*c.code, (homeRefused ? c.home : c.tmp).string()}) : std::nullopt;
         EXPECT_EQ(SafetyGuard::refusalFor(env), refusal) << c.home << " " << c.tmp;
         // A home that anchors nothing makes the guard refuse everything, even inside another root.
-        if (homeRefused) EXPECT_FALSE(cleanGuard(env).isDeletable(cache) || cleanGuard(env).isDeletable(tmp / "y")) << c.home;
+        if (homeRefused) {
+            EXPECT_FALSE(cleanGuard(env).isDeletable(cache) || cleanGuard(env).isDeletable(tmp / "y")) << c.home;
+        }
     }
     // "/" is never a root, even when the temporary folder says so.
     EXPECT_FALSE(cleanGuard(environmentAt(home, "/")).isDeletable("/etc/passwd"));
