@@ -39,7 +39,7 @@ constexpr std::u16string_view xmlUTF16 =
     u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<plist version=\"1.0\"><dict>"
     u"<key>CFBundleName</key><string>Caf\u00e9 \U0001F600</string>"
     u"<key>CFBundleIdentifier</key><string>com.x.Enc</string></dict></plist>";
-constexpr std::u16string_view openStepUTF16 = u"{ CFBundleName = \"Caf\u00e9 \U0001F600\"; CFBundleIdentifier = com.x.Enc; }";
+constexpr std::u16string_view openStepUTF16 = u"{ CFBundleName = \"Caf\u00e9 \U0010FFFF\"; CFBundleIdentifier = com.x.Enc; }";
 constexpr const char* xml =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
     "<key>CFBundleIdentifier</key><string>com.x.Enc</string></dict></plist>";
