@@ -107,7 +107,8 @@ class Scenario:
         verb, _, rest = line.partition(" ")
         if verb == "exit":  # the last run's status, or that of the run the line goes on with
             status, _, run = rest.partition(" ")
-            run and self.step(run)
+            if run:
+                self.step(run)
             self.expected = int(status)
             return self.check_exit()
         rest = self.expand(rest)

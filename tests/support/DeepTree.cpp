@@ -1,4 +1,5 @@
 #include "support/DeepTree.h"
+#include "support/TempDir.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -82,6 +83,6 @@ bool deepExists(const fs::path& path) try {
     return false;
 }
 
-std::int64_t deepAllocatedBytesBelow(const fs::path& directory) { return allocatedBelow(openDeep(directory, false).fd); }
+std::int64_t allocatedBytesBelow(const fs::path& directory) { return allocatedBelow(openDeep(directory, false).fd); }
 
 }  // namespace kelvo::testing

@@ -18,7 +18,5 @@ std::filesystem::path writeDeepFile(const std::filesystem::path& path, std::size
 void makeDeepSymlink(const std::filesystem::path& target, const std::filesystem::path& link);
 // Whether anything stands at the path (links not followed).
 bool deepExists(const std::filesystem::path& path);
-// The sum of the allocated sizes (blocks x 512) of every entry below a directory.
-std::int64_t deepAllocatedBytesBelow(const std::filesystem::path& directory);
 
 }  // namespace kelvo::testing

@@ -13,8 +13,10 @@ public:
     using Values = std::map<std::string, std::optional<std::string>>;
 
     explicit ScopedEnvironment(const Values& changes) {
-        for (const auto& [name, value] : changes)
-            earlier_[name] = std::getenv(name.c_str()) ? std::optional<std::string>(std::getenv(name.c_str())) : std::nullopt;
+        for (const auto& [name, value] : changes) {
+            const char* current = std::getenv(name.c_str());
+            earlier_[name] = current ? std::optional<std::string>(current) : std::nullopt;
+        }
         apply(changes);
     }
     ~ScopedEnvironment() { apply(earlier_); }

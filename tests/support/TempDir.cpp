@@ -9,8 +9,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include "support/DeepTree.h"
-
 namespace kelvo::testing {
 
 namespace fs = std::filesystem;
@@ -52,8 +50,6 @@ std::int64_t allocatedBytes(const fs::path& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 ? static_cast<std::int64_t>(status.st_blocks) * 512 : 0;
 }
-
-std::int64_t allocatedBytesBelow(const fs::path& directory) { return deepAllocatedBytesBelow(directory); }
 
 std::string listing(const fs::path& directory) {
     std::vector<std::pair<std::string, bool>> lines;  // sorted by name, "/" marking folders afterwards

@@ -36,7 +36,8 @@ std::filesystem::path makeDirectory(const std::filesystem::path& path);
 void setModificationTime(const std::filesystem::path& path, std::chrono::system_clock::time_point time);
 // The allocated size (blocks x 512) of one item, links not followed.
 std::int64_t allocatedBytes(const std::filesystem::path& path);
-// Sum of allocatedBytes over every entry below a directory (deepAllocatedBytesBelow).
+// Sum of allocatedBytes over every entry below a directory, however deep (paths past
+// PATH_MAX too: the walk goes by descriptors).
 std::int64_t allocatedBytesBelow(const std::filesystem::path& directory);
 // Every path below a directory (relative, sorted), with "/" after directories; links listed, not followed.
 std::string listing(const std::filesystem::path& directory);
