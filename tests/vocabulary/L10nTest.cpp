@@ -100,8 +100,6 @@ TEST(Vocabulary, RawValuesOfFamiliesAndLevelsAreUniqueExactAndRoundTripAndEveryF
     EXPECT_EQ(familyFromRawValue("Docker"), std::nullopt);
     const auto& clean = cleanDomainFamilies();
     EXPECT_TRUE(std::is_sorted(clean.begin(), clean.end()));
-    for (Family prepareOnly : {Family::appLeftovers, Family::unusedApps, Family::oldRuntimes})
-        EXPECT_EQ(std::count(clean.begin(), clean.end(), prepareOnly), 0);
     for (Level level : {Level::safe, Level::moderate, Level::aggressive}) EXPECT_EQ(levelFromRawValue(rawValue(level)), level);
     EXPECT_EQ(levelFromRawValue("Safe"), std::nullopt);
 }
@@ -144,19 +142,26 @@ CleanTarget target(std::string id, Family family, Level level, std::int64_t size
     return made;
 }
 
-TEST(Reporter, SumsByFamilyAndLevelKeepingZeroEntriesAndTheTargetsInOrder) {
-    const auto summary = Reporter::summarize({
-        target("x", Family::python, Level::moderate, 5),
-        target("y", Family::jvm, Level::safe, 0),  // only size 0: still an entry of 0
-        target("z", Family::python, Level::aggressive, 7),
-    });
-    EXPECT_EQ(summary.totalBytes, 12);
-    EXPECT_EQ(summary.byFamily, (std::map<Family, std::int64_t>{{Family::python, 12}, {Family::jvm, 0}}));
-    EXPECT_EQ(summary.byLevel, (std::map<Level, std::int64_t>{{Level::moderate, 5}, {Level::safe, 0}, {Level::aggressive, 7}}));
-    EXPECT_EQ(testing::idsOf(summary.targets), (std::vector<std::string>{"x", "y", "z"}));
-    const auto sorted = Reporter::largestFirst({target("five", Family::jvm, Level::safe, 5), target("nine1", Family::jvm, Level::safe, 9),
-                                                target("nine2", Family::jvm, Level::safe, 9), target("one", Family::jvm, Level::safe, 1)});
-    EXPECT_EQ(testing::idsOf(sorted), (std::vector<std::string>{"nine1", "nine2", "five", "one"}));
+// Sums keep zero entries and the targets' order; sorted, equal sizes keep it too; groups are
+// in family declaration order whatever the input order, each largest first, none when empty.
+TEST(Reporter, SumsSortsAndGroupsByFamily) {
+    const std::vector<CleanTarget> targets{
+        target("a", Family::python, Level::moderate, 5),
+        target("b", Family::jvm, Level::safe, 0),  // only size 0: still an entry of 0
+        target("c", Family::python, Level::aggressive, 9),
+        target("d", Family::docker, Level::moderate, 9),
+    };
+    const auto summary = Reporter::summarize(targets);
+    EXPECT_EQ(summary.totalBytes, 23);
+    EXPECT_EQ(summary.byFamily, (std::map<Family, std::int64_t>{{Family::python, 14}, {Family::jvm, 0}, {Family::docker, 9}}));
+    EXPECT_EQ(summary.byLevel, (std::map<Level, std::int64_t>{{Level::moderate, 14}, {Level::safe, 0}, {Level::aggressive, 9}}));
+    EXPECT_EQ(testing::idsOf(summary.targets), (std::vector<std::string>{"a", "b", "c", "d"}));
+    EXPECT_EQ(testing::idsOf(Reporter::largestFirst(targets)), (std::vector<std::string>{"c", "d", "a", "b"}));
+    std::vector<std::pair<Family, std::vector<std::string>>> groups;
+    for (const auto& [family, members] : Reporter::byFamily(targets)) groups.emplace_back(family, testing::idsOf(members));
+    EXPECT_EQ(groups, (std::vector<std::pair<Family, std::vector<std::string>>>{
+                          {Family::docker, {"d"}}, {Family::jvm, {"b"}}, {Family::python, {"c", "a"}}}));
+    EXPECT_TRUE(Reporter::byFamily({}).empty());
 }
 
 TEST(DiskSpace, UsedBytesAndFractionStayInRangeAtTheEdges) {
@@ -180,21 +185,6 @@ TEST(DiskSpace, UsedBytesAndFractionStayInRangeAtTheEdges) {
     EXPECT_GT(current->totalBytes, 0);
     EXPECT_LE(current->freeBytes, current->totalBytes);
     EXPECT_EQ(DiskSpace::current(directory / "missing/deeper"), std::nullopt);
-}
-
-// Families in declaration order whatever the input order, each group largest first, and
-// no group for a family without targets.
-TEST(ReporterByFamily, GroupsInFamilyOrderLargestFirst) {
-    const auto groups = Reporter::byFamily({target("p1", Family::python, Level::safe, 1),
-                                            target("d1", Family::docker, Level::safe, 2),
-                                            target("p2", Family::python, Level::safe, 9),
-                                            target("x1", Family::xcodeCore, Level::safe, 0)});
-    std::vector<std::pair<Family, std::vector<std::string>>> seen;
-    for (const auto& [family, members] : groups) seen.emplace_back(family, testing::idsOf(members));
-    const std::vector<std::pair<Family, std::vector<std::string>>> expected{
-        {Family::xcodeCore, {"x1"}}, {Family::docker, {"d1"}}, {Family::python, {"p2", "p1"}}};
-    EXPECT_EQ(seen, expected);
-    EXPECT_TRUE(Reporter::byFamily({}).empty());
 }
 
 }  // namespace
