@@ -104,7 +104,6 @@ TEST_F(AppModelTest, ScanPublishesLargestFirstKeepingTheServicesOrderForEqualSiz
     testing::writeFile(home / "Library/Caches/com.gone.Editor/db", 20000);
     *runtimes = {runtime("a", 5000), runtime("b", 9000), runtime("c", 9000), runtime("d", 1000)};
     auto model = makeModel();
-    told.clear();
     model->startScan();
     finishWork();
     EXPECT_EQ(idsOf(model->targets()),
