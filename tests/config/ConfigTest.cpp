@@ -132,7 +132,7 @@ std::optional<std::string> expanded(const std::string& text) {
     return Paths::standardized(*result).string();
 }
 
-TEST(EnvironmentExpand, TildeSlashAndRelativeForms) {
+TEST(EnvironmentExpand, TildeSlashAndRelativeFormsWithTheBlanksAroundThemTrimmed) {
     const std::vector<std::pair<std::string, std::optional<std::string>>> cases{
         {"~", "/home/dev"}, {"~/dev", "/home/dev/dev"},
         {"~//etc", "/home/dev/etc"},  // a second slash stays under home
@@ -142,9 +142,7 @@ TEST(EnvironmentExpand, TildeSlashAndRelativeForms) {
     for (const auto& [text, expected] : cases) EXPECT_EQ(expanded(text), expected) << ::testing::PrintToString(text);
     // No normalisation here: ".." is for the safety guard to judge.
     EXPECT_EQ(Environment::expand("~/a/../b", dev), path("/home/dev/a/../b"));
-}
-
-TEST(EnvironmentExpand, EveryWholeBlankAroundThePathIsTrimmedAndNothingElse) {
+    // Every whole blank around the path is trimmed, and nothing else.
     for (const std::string blank : {" ", "\t", "\n", "\v", "\f", "\r", "\xC2\x85", "\xC2\xA0", "\xE1\x9A\x80", "\xE2\x80\x80",
                                     "\xE2\x80\x8A", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F",
                                     "\xE3\x80\x80"}) {

@@ -35,8 +35,7 @@ struct ScheduleTest : ::testing::Test {
 };
 
 TEST_F(ScheduleTest, OnWritesTheUnitsAndEnablesTheTimerOffDisablesAndRemovesThem) {
-    const auto on = schedule.set(Frequency::weekly);
-    EXPECT_TRUE(on.succeeded());
+    EXPECT_TRUE(schedule.set(Frequency::weekly).succeeded());
     EXPECT_EQ(manager->calls, (std::vector<Words>{{"daemon-reload"}, {"enable", "--now", "kelvo-scan.timer"}}));
     EXPECT_NE(unit("kelvo-scan.service").find("\nType=oneshot\nExecStart=\"" + dir.path().string() +
                                               "/my $bin%%/kelvo\" scan --quiet --notify-above 1073741824\n"),
@@ -57,6 +56,7 @@ TEST_F(ScheduleTest, OnWritesTheUnitsAndEnablesTheTimerOffDisablesAndRemovesThem
 }
 
 TEST_F(ScheduleTest, AManagerThatIsAbsentOrFailsLeavesTheCommandToRunLater) {
+    const std::string both = "systemctl --user daemon-reload && systemctl --user enable --now kelvo-scan.timer";
     const struct {
         bool up;
         Words failing;
@@ -66,10 +66,8 @@ TEST_F(ScheduleTest, AManagerThatIsAbsentOrFailsLeavesTheCommandToRunLater) {
         std::string later;
         bool timerStays;
     } rows[] = {
-        {false, {}, 1, Frequency::daily, Manager::notRunning,
-         "systemctl --user daemon-reload && systemctl --user enable --now kelvo-scan.timer", true},
-        {true, {"daemon-reload"}, std::nullopt, Frequency::daily, Manager::notRunning,
-         "systemctl --user daemon-reload && systemctl --user enable --now kelvo-scan.timer", true},
+        {false, {}, 1, Frequency::daily, Manager::notRunning, both, true},
+        {true, {"daemon-reload"}, std::nullopt, Frequency::daily, Manager::notRunning, both, true},
         {true, {"enable", "--now", "kelvo-scan.timer"}, 1, Frequency::daily, Manager::commandFailed,
          "systemctl --user enable --now kelvo-scan.timer", true},
         {true, {"disable", "--now", "kelvo-scan.timer"}, 5, Frequency::off, Manager::commandFailed,

@@ -112,26 +112,24 @@ struct DecimalComma : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(FormatBytes, ParsesSizesAsTypedInMultiplesOf1024) {
-    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> cases{
+// Sizes as typed and as shown, in multiples of 1024, with a full stop whatever the locale.
+TEST(FormatBytes, ParsesAndWritesSizesInMultiplesOf1024WithAFullStopWhateverTheLocale) {
+    const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    std::setlocale(LC_ALL, "de_DE.UTF-8") || std::setlocale(LC_ALL, "es_ES.UTF-8");
+    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> parsed{
         {"4096", 4096}, {"0", 0}, {"5G", 5LL << 30}, {"5GB", 5LL << 30}, {"5 gb", 5LL << 30}, {"500M", 500LL << 20},
         {"1.5K", 1536}, {"2t", 2LL << 40}, {"7B", 7}, {"8191P", std::nullopt}, {"", std::nullopt}, {"G", std::nullopt},
         {"-5G", std::nullopt}, {"5BB", std::nullopt}, {"1.2.3M", std::nullopt}, {"5GiB", std::nullopt},
         {"9000000T", std::nullopt},
     };
-    for (const auto& [text, bytes] : cases) EXPECT_EQ(Format::parseBytes(text), bytes) << text;
-}
-
-TEST(FormatBytes, BoundariesAndUnitsWithAFullStopWhateverTheLocale) {
-    const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
-    std::setlocale(LC_ALL, "de_DE.UTF-8") || std::setlocale(LC_ALL, "es_ES.UTF-8");
-    const std::vector<std::pair<std::int64_t, std::string>> cases{
+    for (const auto& [text, bytes] : parsed) EXPECT_EQ(Format::parseBytes(text), bytes) << text;
+    const std::vector<std::pair<std::int64_t, std::string>> written{
         {-5, "0 B"}, {0, "0 B"}, {1023, "1023 B"}, {1024, "1.00 KB"}, {1536, "1.50 KB"},
         // 1.125 and 1.375 are exact ties: rounded as "%.2f" does, to the even hundredth.
         {1152, "1.12 KB"}, {1408, "1.38 KB"}, {1048575, "1024.00 KB"}, {1048576, "1.00 MB"}, {1073741824, "1.00 GB"},
         {1099511627776, "1.00 TB"}, {1099511627776LL * 2048, "2048.00 TB"},
     };
-    for (const auto& [bytes, text] : cases) EXPECT_EQ(Format::bytes(bytes), text) << bytes;
+    for (const auto& [bytes, text] : written) EXPECT_EQ(Format::bytes(bytes), text) << bytes;
     std::setlocale(LC_ALL, "C");
     std::locale::global(previous);
 }
