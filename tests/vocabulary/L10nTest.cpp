@@ -80,16 +80,14 @@ TEST(L10nLanguage, TheFirstNonEmptyVariableNamesTheLanguageOrEnglish) {
     }
 }
 
-TEST(Family, AliasesAreCaseInsensitiveListedWordsOnly) {
+TEST(Vocabulary, AliasesAreCaseInsensitiveListedWordsRawValuesExactAndUniqueAndEveryFamilyHasATextAndAnIcon) {
     const std::vector<std::pair<std::string, std::optional<Family>>> cases{
         {"XCODE", Family::xcodeCore}, {"DotNet", Family::dotNet}, {"docker", Family::docker},
         {"xcodeCore", std::nullopt},  // a raw value only where it is also a word
         {"", std::nullopt}, {" xcode", std::nullopt},
     };
     for (const auto& [alias, family] : cases) EXPECT_EQ(familyFromAlias(alias), family) << alias;
-}
-
-TEST(Vocabulary, RawValuesOfFamiliesAndLevelsAreUniqueExactAndRoundTripAndEveryFamilyHasATextAndAnIcon) {
+    // Raw values of families and levels are unique, exact and round-trip; every family has a text and an icon.
     std::set<std::string_view> seen;
     for (Family family : allFamilies()) {
         EXPECT_EQ(familyFromRawValue(rawValue(family)), family) << rawValue(family);
