@@ -98,6 +98,8 @@ TEST(Vocabulary, AliasesAreCaseInsensitiveListedWordsRawValuesExactAndUniqueAndE
     EXPECT_EQ(familyFromRawValue("Docker"), std::nullopt);
     const auto& clean = cleanDomainFamilies();
     EXPECT_TRUE(std::is_sorted(clean.begin(), clean.end()));
+    for (Family prepareOnly : {Family::appLeftovers, Family::unusedApps, Family::oldRuntimes})
+        EXPECT_EQ(std::count(clean.begin(), clean.end(), prepareOnly), 0);
     for (Level level : {Level::safe, Level::moderate, Level::aggressive}) EXPECT_EQ(levelFromRawValue(rawValue(level)), level);
     EXPECT_EQ(levelFromRawValue("Safe"), std::nullopt);
 }
