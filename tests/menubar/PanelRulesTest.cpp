@@ -45,10 +45,9 @@ TEST(PanelRules, ResultLineAddsPartialAndSkippedCountsOnlyWhenThere) {
 }
 
 TEST(PanelRules, RiskTextWrapsTheLevelWhenDataIsDownloadedAgain) {
-    CleanTarget target{.regenCost = RegenCost::redownload, .level = Level::moderate};
-    EXPECT_EQ(riskText(target), "Moderate · downloaded again when needed");
-    target = {.regenCost = RegenCost::rebuild, .level = Level::aggressive};
-    EXPECT_EQ(riskText(target), "Aggressive");
+    EXPECT_EQ(riskText({.regenCost = RegenCost::redownload, .level = Level::moderate}),
+              "Moderate · downloaded again when needed");
+    EXPECT_EQ(riskText({.regenCost = RegenCost::rebuild, .level = Level::aggressive}), "Aggressive");
 }
 
 TEST(PanelRules, RowTooltipListsUpToEightPathsThenHowManyMoreOrTheCommand) {

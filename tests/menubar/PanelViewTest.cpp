@@ -102,7 +102,7 @@ protected:
         const AppModelDependencies dependencies{
             background.poster(), [this] { return Environment::fromConfig(home, root / "tmp", Config::load(home)); },
             [](const Environment& env) { return kelvo::testing::stubServices(env); },
-            [this](const std::filesystem::path&) { return std::optional(diskFigure); }};
+            [](const std::filesystem::path&) { return std::optional(DiskSpace{100, 5}); }};  // a disk nearly full
         const auto services = dependencies.makeServices(dependencies.loadEnvironment());
         model = std::make_unique<AppModel>(ui.poster(), services.clean, services.prepare, std::move(gate), dependencies);
         model->refreshDisk();
@@ -157,7 +157,6 @@ protected:
     std::filesystem::path home = root / "home";
     kelvo::testing::ClosureQueue ui;
     kelvo::testing::ClosureQueue background;
-    DiskSpace diskFigure{100'000'000'000, 50'000'000'000};
     std::vector<QUrl> opened;
     int quits = 0;
     ShellServices shell{.autostart = {root / "config/autostart/kelvo.desktop", "/opt/kelvo/kelvo-menubar"},
@@ -170,7 +169,6 @@ protected:
 
 TEST_F(PanelViewTest, ButtonsFollowThePhaseFromEmptyThroughScanToACleanThatRemovesTheSelectionAlone) {
     ASSERT_FALSE(Config{}.save(home));
-    diskFigure = {100, 5};
     makePanel();
     EXPECT_EQ(panel->diskBar()->fillColour(), Palette::red);
     EXPECT_EQ(panel->diskBar()->caption()->text(), "5 B free of 100 B");
