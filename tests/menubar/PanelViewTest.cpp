@@ -269,9 +269,8 @@ TEST_F(PanelViewTest, ScreensComeInOrderUpdateSettingsOnboardingMainAndTheDetect
     EXPECT_TRUE(onboarding.detectingRow()->isVisible());
     settle();
     screenshot(*panel, "panel-empty");
-    const Config saved = Config::load(home);
-    EXPECT_EQ(saved.projectRoots, (std::vector<std::string>{"~/code", (root / "elsewhere").string()}));
-    EXPECT_EQ(saved.enabledFamilies, (std::vector<std::string>{"devMisc", "jsPackages", "otherLangs", "perProject"}));
+    EXPECT_EQ(Config::load(home), (Config{.projectRoots = {"~/code", (root / "elsewhere").string()},
+                                          .enabledFamilies = {{"devMisc", "jsPackages", "otherLangs", "perProject"}}}));
     click(panel->header()->gearButton());
     EXPECT_EQ(panel->currentScreen(), Screen::settings);
     screenshot(*panel, "settings");
