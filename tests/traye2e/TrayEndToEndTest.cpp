@@ -51,8 +51,7 @@ TEST(TrayEndToEnd, IconClickOpensThePanelUnderTheIcon) {
     const auto home = root / "home";
     ASSERT_FALSE(Config{}.save(home));
     Dispatcher toEventLoop = [](Closure closure) { QMetaObject::invokeMethod(qApp, std::move(closure), Qt::QueuedConnection); };
-    const auto env = Environment::fromConfig(home, root / "tmp", Config::load(home));
-    auto services = testing::stubServices(env);
+    auto services = testing::stubServices(Environment::fromConfig(home, root / "tmp", Config::load(home)));
     auto model = std::make_unique<AppModel>(toEventLoop, services.clean, services.prepare, std::nullopt);
     KelvoMenuBarApp app(std::move(model), nullptr, {.autostart = {root / "autostart/kelvo.desktop", "/bin/true"}, .quit = [] {}});
 
