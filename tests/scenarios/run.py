@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs scenario files against the kelvo tool: run.py KELVO FILE...  (the format: README.md)."""
+# Runs scenario files against the kelvo tool: run.py KELVO FILE...  (the format: README.md).
 import json, os, re, shlex, shutil, subprocess, sys, tempfile, time
 
 SETPRIV = [shutil.which("setpriv") or "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
@@ -7,8 +7,7 @@ class Failure(Exception): pass
 class Skip(Exception): pass
 
 
-def parse(path):
-    """The lines before the first '=== name' are shared; each scenario gets them first."""
+def parse(path):  # the lines before the first '=== name' are shared: each scenario gets them first
     shared, scenarios, verb, joined = [], [], "", ""
     for number, raw in enumerate(open(path, encoding="utf-8"), 1):
         line = joined + raw.rstrip("\n")
@@ -23,8 +22,7 @@ def parse(path):
     return [(name, shared + lines) for name, lines in scenarios]
 
 
-def braces(word):
-    """a{b,c}d stands for abd and acd, as in a shell."""
+def braces(word):  # a{b,c}d stands for abd and acd, as in a shell
     m = re.search(r"\{([^{}]*,[^{}]*)\}", word)
     return [w for part in m[1].split(",") for w in braces(word[:m.start()] + part + word[m.end():])] if m else [word]
 
@@ -51,8 +49,7 @@ class Scenario:
         text = text.replace("$VERSION", os.environ.get("KELVO_VERSION", "?"))
         return re.sub(r"\$\{(\w+)(?: ([^}]*))?\}", lambda m: self.du(m[2].split()) if m[1] == "du" else self.vars[m[1]], text)
 
-    def du(self, paths):
-        """Bytes below the paths, each file once, as du sees them (as the last run's user)."""
+    def du(self, paths):  # bytes below the paths, each file once, as du sees them (as the last run's user)
         full = [self.path(p) for p in paths]
         run = subprocess.run(self.as_user + ["du", "-csB1", "--"] + full, capture_output=True, text=True)
         own = sum(os.lstat(p).st_blocks * 512 for p in full if os.path.isdir(p) and not os.path.islink(p))
@@ -121,15 +118,11 @@ class Scenario:
         elif verb == "age":
             when = time.time() - int(words[0][:-1]) * {"d": 86400, "h": 3600, "m": 60}[words[0][-1]]
             everything = [self.root] + [os.path.join(f, n) for f, ds, fs in os.walk(self.root) for n in ds + fs]
-            for p in [self.path(p) for p in paths[1:]] or everything:
-                os.utime(p, (when, when), follow_symlinks=False)
+            subprocess.run(["touch", "-hd", f"@{when}"] + ([self.path(p) for p in paths[1:]] or everything), check=True)
         elif verb == "mode":
-            for p in paths[1:]:
-                os.chmod(self.path(p), int(words[0], 8))
+            subprocess.run(["chmod", words[0], "--"] + [self.path(p) for p in paths[1:]], check=True)
         elif verb == "own" and os.geteuid() == 0:  # any other runner is the one `nobody` runs as
-            for top, folders, files in (walk for p in paths for walk in os.walk(self.path(p))):
-                for name in [top] + [os.path.join(top, n) for n in folders + files]:
-                    os.lchown(name, 65534, 65534)
+            subprocess.run(["chown", "-hR", "65534:65534", "--"] + [self.path(p) for p in paths], check=True)
         elif verb == "env":
             for name, has, value in (word.partition("=") for word in words):
                 self.env.pop(name, None) if not has else self.env.__setitem__(name, value)
@@ -173,22 +166,19 @@ class Scenario:
         elif verb == "removed":
             gone = [p.rstrip("/") for p in paths]
             kept = [e for e in self.before if not any(e.split(" -> ")[0].rstrip("/") == g or e.startswith(g + "/") for g in gone)]
-            now = listing(self.root)
-            if now != kept:
+            if (now := listing(self.root)) != kept:
                 raise Failure(f"the tree differs: gone {sorted(set(kept) - set(now))}, new {sorted(set(now) - set(kept))}")
         elif verb in ("exists", "missing"):
-            for p in paths:
-                if os.path.lexists(self.path(p)) != (verb == "exists"):
-                    raise Failure(f"{p} {'is missing' if verb == 'exists' else 'exists'}")
+            if wrong := [p for p in paths if os.path.lexists(self.path(p)) != (verb == "exists")]:
+                raise Failure(f"{' and '.join(wrong)} {'missing' if verb == 'exists' else 'present'}")
         elif verb not in ("own", "same", "requires"):
             raise Failure(f"unknown step {verb!r}")
 
     def close(self):
         for child in self.processes.values():
             child.kill(), child.wait()
-        for path in self.outside + [self.root]:
-            subprocess.run(["chmod", "-R", "u+rwx", path], stderr=subprocess.DEVNULL)
-            shutil.rmtree(path, ignore_errors=True) if os.path.isdir(path) else os.path.lexists(path) and os.remove(path)
+        subprocess.run(["chmod", "-R", "u+rwx", "--"] + self.outside + [self.root], stderr=subprocess.DEVNULL)
+        subprocess.run(["rm", "-rf", "--"] + self.outside + [self.root])
 
 
 def main():

@@ -16,7 +16,6 @@ namespace kelvo::testing {
 
 struct UnprivilegedRun {
     std::optional<std::string> output;  // what the work returned; nothing when it did not run to the end
-    bool switchRefused = false;         // the system refused the change of user (no CAP_SETUID)
     std::string failure;                // why there is no output
 };
 
