@@ -80,9 +80,9 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythin
     const path neighbour = writeFile(home / ".cache/keep", 10);
     const DirectorySizer sizer;
     const std::int64_t expected = sizer.size(large) + sizer.size(small) + sizer.size(bulk) + allocatedBytes(log);
-    // The command stands for a tool working on what the targets before it left.
+    // The command stands for a tool working on what the targets before it left: all of it gone.
     const auto runner = [&](const std::string&, const ShellVariables&) {
-        return present(large) || present(small) || present(bulk) ? 9 : 0;
+        return present(large) || present(small) || present(bulk) || present(log) ? 9 : 0;
     };
     const auto report = executor({}, {}, runner).execute({
         pathTarget("large", {large}), pathTarget("inner", {large / "inner"}), pathTarget("small", {small, log}),
@@ -91,7 +91,6 @@ TEST_F(ExecutorTest, TargetsRemovedSideBySideFreeWhatWasMeasuredAndKeepEverythin
     EXPECT_EQ(summary(report), lines({"deleted large", "deleted inner", "deleted small", "deleted bulk", "deleted tool",
                                       "unknown tool", skipped("foreign", protectedPath, foreign.string()),
                                       "freed " + std::to_string(expected)}));
-    EXPECT_FALSE(present(large) || present(bulk) || present(small) || present(log));
     EXPECT_TRUE(fs::is_directory(home / "logs") && fs::exists(neighbour) && fs::exists(foreign));
     EXPECT_EQ(fs::file_size(canary), 4096u);
 }
@@ -102,12 +101,8 @@ TEST_F(ExecutorTest, ALinkInTheParentChainStopsTheTargetAndALongPathDoesNot) {
         SCOPED_TRACE(std::to_string(base.native().size()) + " bytes of path");
         const path file = writeDeepFile(base / "real/sub/target/file", 100);
         makeDeepSymlink("real", base / "via");
-        for (const bool dryRun : {true, false}) {
-            Executor run = executor();
-            run.dryRun = dryRun;
-            EXPECT_EQ(summary(run.execute({pathTarget("chain", {base / "via/sub/target"})})),
-                      lines({skipped("chain", symlinkAncestor, (base / "real/sub").string()), "freed 0"}));
-        }
+        EXPECT_EQ(summary(executor().execute({pathTarget("chain", {base / "via/sub/target"})})),
+                  lines({skipped("chain", symlinkAncestor, (base / "real/sub").string()), "freed 0"}));
         EXPECT_TRUE(deepExists(file));
         // Named without the link, the same target goes, however long its path.
         const std::string report = summary(executor().execute({pathTarget("direct", {base / "real/sub/target"})}));

@@ -53,19 +53,6 @@ TEST_F(DirectorySizerMeasure, CountsAllocatedBlocksOfEveryNameBelowAndNothingBey
              EXPECT_LT(allocatedBytes(top / "sparse"), 1'000'000);  // allocated, not logical
              return Expected{top, allocatedBytesBelow(top)};
          }},
-        {"links inside count themselves only",
-         [](const path& top) {
-             const path big = writeFile(top / "elsewhere/big", 2'000'000), tree = makeDirectory(top / "tree");
-             fs::create_symlink(big.parent_path(), tree / "to-folder");
-             fs::create_symlink(big, tree / "to-file");
-             fs::create_symlink(tree, tree / "loop");
-             return Expected{tree, allocatedBytes(tree / "to-folder") + allocatedBytes(tree / "to-file") + allocatedBytes(tree / "loop")};
-         }},
-        {"a top reached through a link is measured",
-         [](const path& top) {
-             fs::create_symlink(writeFile(top / "real/data", 30000).parent_path(), top / "alias");
-             return Expected{top / "alias", allocatedBytes(top / "real/data")};
-         }},
         {"names that are not UTF-8",
          [](const path& top) {
              for (const auto& [name, size] : {std::pair{"caf\xe9/inside", 9000}, {"\xff\xfe\x80-bytes", 5000}, {"caf\xe9\xc3/\xff", 7000}})
