@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 
 #include "kelvo/Executor.h"
+#include "support/DeepTree.h"
 #include "support/ServiceGuards.h"
 #include "support/TempDir.h"
 
@@ -22,12 +23,6 @@ inline CleanTarget pathTarget(const std::string& id, std::vector<std::filesystem
 
 inline CleanTarget commandTarget(const std::string& id, const std::string& commandLine, std::int64_t sizeBytes = 0) {
     return {.id = id, .name = id, .kind = CleanKind::command(commandLine), .sizeBytes = sizeBytes};
-}
-
-// Whether anything, a dangling link included, is at the location.
-inline bool present(const std::filesystem::path& location) {
-    std::error_code error;
-    return std::filesystem::symlink_status(location, error).type() != std::filesystem::file_type::not_found;
 }
 
 // The line of a target skipped, or failed (as "error "), for the reason: the reason's key and subject, so

@@ -18,15 +18,6 @@ using fs::path;
 
 constexpr int rounds = 20;
 
-// First-level folders d0..dN, each with sub-folders, one small file per first-level folder.
-void buildTree(const path& tree, int folders, int subfolders) {
-    for (int folder = 0; folder < folders; ++folder) {
-        const path top = tree / ("d" + std::to_string(folder));
-        for (int sub = 0; sub < subfolders; ++sub) fs::create_directories(top / ("s" + std::to_string(sub)));
-        writeFile(top / "f");
-    }
-}
-
 struct RemovalRaceTest : ExecutionTest {
     // Outside every allowed root, shaped like the trees below so that a removal that
     // followed a link would find the same names there.
@@ -42,7 +33,12 @@ struct RemovalRaceTest : ExecutionTest {
         const path holding = makeDirectory(home / "holding");
         std::int64_t swaps = 0;
         for (int round = 0; round < rounds; ++round) {
-            buildTree(tree, folders, 40);
+            // First-level folders d0..dN, each with 40 sub-folders and one small file.
+            for (int folder = 0; folder < folders; ++folder) {
+                const path top = tree / ("d" + std::to_string(folder));
+                for (int sub = 0; sub < 40; ++sub) fs::create_directories(top / ("s" + std::to_string(sub)));
+                writeFile(top / "f");
+            }
             std::atomic<bool> running{true};
             std::atomic<std::int64_t> planted{0};
             std::thread adversary([&] {

@@ -21,8 +21,8 @@ TEST_F(TrashTest, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorThe
     EXPECT_EQ(summary(report), lines({"deleted t", "freed 0"}));
     EXPECT_GT(report.trashedBytes, 0);
     EXPECT_EQ(report.trashed, std::vector<std::string>{"t"});
-    EXPECT_FALSE(present(item));
-    EXPECT_TRUE(present(trash / "files/a b%.log"));
+    EXPECT_FALSE(deepExists(item));
+    EXPECT_TRUE(deepExists(trash / "files/a b%.log"));
     const std::string info = platform::readFile(trash / "info/a b%.log.trashinfo").value_or("");
     EXPECT_EQ(platform::originalPathIn(info), item);
     EXPECT_TRUE(std::regex_search(info, std::regex("\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")));
@@ -31,8 +31,7 @@ TEST_F(TrashTest, MovesIntoHomeTrashWithInfoThatLeadsBackNeverThroughALinkNorThe
     fs::create_directory_symlink(home / "real", home / "swapped");
     platform::TrashedItem trashed;
     EXPECT_EQ(platform::moveToTrash(home / "swapped/cache", trash, trashed), std::errc::too_many_symbolic_link_levels);
-    EXPECT_EQ(run.execute({pathTarget("t", {home / "swapped"})}).skipped.size(), 1u);
-    for (const char* kept : {"real/cache/f", "swapped"}) EXPECT_TRUE(present(home / kept)) << kept;
+    for (const char* kept : {"real/cache/f", "swapped"}) EXPECT_TRUE(deepExists(home / kept)) << kept;
     writeFile(trash / "files/old", 1);  // the trash cannot go into itself
     EXPECT_EQ(summary(run.execute({pathTarget("t", {trash / "files"})})),
               lines({skipped("t", Reason::Code::trashItself, "files"), "freed 0"}));
@@ -46,11 +45,11 @@ TEST_F(TrashTest, AnotherFileSystemUsesItsOwnTrashOrNone) {
         platform::TrashedItem trashed;
         const auto own = platform::moveToTrash(writeFile(volume / "a/f", 10), homeTrash, trashed);
         const fs::path ownTrash = volume / (".Trash-" + std::to_string(::getuid()));
-        if (own || trashed.trashDirectory != ownTrash || !present(ownTrash / "files/f")) return false;
+        if (own || trashed.trashDirectory != ownTrash || !deepExists(ownTrash / "files/f")) return false;
         fs::remove_all(ownTrash);
         writeFile(ownTrash);  // a file where the trash would go: the volume has none
         const auto none = platform::moveToTrash(volume / "a", homeTrash, trashed);
-        return none == std::errc::cross_device_link && present(volume / "a");
+        return none == std::errc::cross_device_link && deepExists(volume / "a");
     });
     if (status == 77) GTEST_SKIP() << "no private mount namespace here (needs root): not tested";
     EXPECT_EQ(status, 0);

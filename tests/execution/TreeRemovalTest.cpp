@@ -4,7 +4,6 @@
 
 #include "ExecutionSupport.h"
 #include "kelvo/platform/TreeRemoval.h"
-#include "support/DeepTree.h"
 
 namespace kelvo::testing {
 namespace {
@@ -39,7 +38,7 @@ TEST_F(TreeRemovalTest, DeepBranchesKeepFewDescriptorsOpenAndLoseNoSibling) {
     int peak = 0;
 
     EXPECT_FALSE(removeTree(tree, {.sharing = everyStep([&] { peak = std::max(peak, openDescriptors()); })}));
-    EXPECT_FALSE(present(tree));
+    EXPECT_FALSE(deepExists(tree));
     EXPECT_TRUE(fs::exists(sibling));
     EXPECT_GT(peak, 0);
     EXPECT_LE(peak - before, 36) << "descriptors should not grow with the depth of the tree";
@@ -58,7 +57,7 @@ TEST_F(TreeRemovalTest, AFolderMovedOutMidWalkIsNotFollowedBackUp) {
     // going back up through "..", the walk would come out in the outside folder.
     bool moved = false;
     const auto moveLevelOne = [&] {
-        if (moved || present(deepest / "file")) return;
+        if (moved || deepExists(deepest / "file")) return;
         moved = ::rename((tree / "l0/l1").c_str(), (outside / "moved").c_str()) == 0;
     };
 
@@ -74,14 +73,14 @@ TEST_F(TreeRemovalTest, EntriesAddedWhileTheTreeGoesGoToo) {
     // The top folder has been read to its end by the time the walk is this deep.
     bool added = false;
     const auto addLateFile = [&] {
-        if (added || present(deep)) return;
+        if (added || deepExists(deep)) return;
         writeFile(tree / "late", 10);
         added = true;
     };
 
     EXPECT_FALSE(removeTree(tree, {.sharing = everyStep(addLateFile)}));
     ASSERT_TRUE(added);
-    EXPECT_FALSE(present(tree));
+    EXPECT_FALSE(deepExists(tree));
 }
 
 TEST_F(TreeRemovalTest, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
@@ -100,7 +99,7 @@ TEST_F(TreeRemovalTest, AFolderFarWiderThanOneListingGoesWithItsSubfolders) {
 
     if (made == names) {
         EXPECT_FALSE(removeTree(wide));
-        EXPECT_FALSE(present(wide));
+        EXPECT_FALSE(deepExists(wide));
     }
     EXPECT_TRUE(fs::exists(sibling));
     ASSERT_EQ(made, names) << "could not make the names: " << std::strerror(errno);
@@ -124,8 +123,8 @@ TEST_F(TreeRemovalTest, OnlyTheNamedItemGoesAndOnlyThroughAStandardPathFreeOfLin
     };
     for (const auto& [item, error] : cases)
         EXPECT_EQ(removeTree(item), error ? std::make_error_code(*error) : std::error_code{}) << item;
-    EXPECT_FALSE(present(root / "dir/link") || present(file) || present(real));
-    for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(present(kept)) << kept;
+    EXPECT_FALSE(deepExists(root / "dir/link") || deepExists(file) || deepExists(real));
+    for (const path& kept : {inside, plain, root / "dir", tree, root / "via"}) EXPECT_TRUE(deepExists(kept)) << kept;
 }
 
 // A file system mounted inside the tree is not part of it. Runs in a child with a mount
@@ -138,7 +137,7 @@ TEST_F(TreeRemovalTest, MountedFoldersInsideTheTreeAreNotEntered) {
         writeFile(canaryInMount, 10);
         const auto error = removeTree(tree, {.addOwnerPermissions = true, .sharing = {}});
         // The mount was left alone with its content and the rest went.
-        return fs::exists(canaryInMount) && !present(tree / "own") && error == std::errc::cross_device_link;
+        return fs::exists(canaryInMount) && !deepExists(tree / "own") && error == std::errc::cross_device_link;
     });
     if (status == 77) GTEST_SKIP() << "no private mount namespace can be made here (needs CAP_SYS_ADMIN)";
     EXPECT_EQ(status, 0);

@@ -16,8 +16,11 @@
 namespace kelvo::testing {
 namespace {
 
-CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100) {
-    return targetOf(std::move(id), CleanKind::paths(std::move(paths)), size);
+CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100,
+                       Level level = Level::safe, Family family = Family::devMisc) {
+    auto made = targetOf(std::move(id), CleanKind::paths(std::move(paths)), size, family);
+    made.level = level;
+    return made;
 }
 
 TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {
@@ -60,34 +63,30 @@ TEST(ScannerDedup, ATargetThatLostPathsIsRemeasuredOrDroppedWhenNothingIsLeft) {
               std::tuple(std::vector<std::filesystem::path>{home / "z"}, allocatedBytesBelow(home / "z"), "kept note"));
 }
 
-// Tells the test when a cleaner has started, and counts the stop requests it saw.
-struct StopHandshake {
-    std::promise<void> started;
-    std::atomic<int> stopsSeen = 0;
-};
-
-// A cleaner with a fixed answer, for scans. With a handshake it behaves like a long walk
-// that checks for a stop request: it says it has started and runs until the scan is stopped.
+// A cleaner with a fixed answer, for scans. One that waits behaves like a long walk that
+// checks for a stop request: it says it has started and runs until the scan is stopped.
 struct FixedCleaner final : Cleaner {
-    FixedCleaner(std::string id, std::vector<CleanTarget> targets, StopHandshake* handshake = nullptr)
-        : id_(std::move(id)), targets_(std::move(targets)), handshake_(handshake) {}
+    FixedCleaner(std::string id, std::vector<CleanTarget> targets, bool waits = false)
+        : id_(std::move(id)), targets_(std::move(targets)), waits_(waits) {}
     const std::string& id() const override { return id_; }
     const std::string& name() const override { return id_; }
     Family family() const override { return Family::devMisc; }
     std::vector<CleanTarget> scan(const ScanContext& context) const override {
-        if (handshake_) {
-            handshake_->started.set_value();
+        if (waits_) {
+            started.set_value();
             std::mutex mutex;
             std::condition_variable_any stopped;
             std::unique_lock lock(mutex);
             stopped.wait(lock, context.stop, [] { return false; });
-            ++handshake_->stopsSeen;
+            ++stopsSeen;
         }
         return targets_;
     }
     std::string id_;
     std::vector<CleanTarget> targets_;
-    StopHandshake* handshake_;
+    bool waits_;
+    mutable std::promise<void> started;
+    mutable std::atomic<int> stopsSeen = 0;
 };
 
 TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
@@ -113,30 +112,23 @@ TEST(Scanner, RunsEveryCleanerAndDeduplicatesInCatalogOrder) {
 }
 
 TEST(Scanner, StoppedScanReturnsQuicklyAndPublishesNothing) {
-    StopHandshake handshake;
-    CleanerList cleaners{std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, &handshake),
-                         std::make_shared<FixedCleaner>("quick", std::vector<CleanTarget>{pathTarget("u", {"/q"})})};
+    const auto slow = std::make_shared<FixedCleaner>("slow", std::vector<CleanTarget>{pathTarget("t", {"/p"})}, true);
+    CleanerList cleaners{slow, std::make_shared<FixedCleaner>("quick", std::vector<CleanTarget>{pathTarget("u", {"/q"})})};
     std::stop_source stop;
     // The stop comes while the slow cleaner runs, never before the pool has started it.
     std::thread stopper([&] {
-        handshake.started.get_future().wait();
+        slow->started.get_future().wait();
         stop.request_stop();
     });
     const auto result = Scanner(cleaners).scan({.pool = nullptr, .stop = stop.get_token(), .progress = nullptr});
     stopper.join();
     EXPECT_FALSE(result.has_value());
-    EXPECT_EQ(handshake.stopsSeen.load(), 1);
-}
-
-CleanTarget target(std::string id, Level level, std::int64_t size = 10, Family family = Family::devMisc) {
-    auto made = targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
-    made.level = level;
-    return made;
+    EXPECT_EQ(slow->stopsSeen.load(), 1);
 }
 
 TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
-    PlanSelection plan({target("a", Level::safe), target("b", Level::aggressive, 5, Family::docker), target("a", Level::safe),
-                        target("c", Level::aggressive)});
+    PlanSelection plan({pathTarget("a", {"/p"}), pathTarget("b", {"/p"}, 5, Level::aggressive, Family::docker),
+                        pathTarget("a", {"/p"}), pathTarget("c", {"/p"}, 10, Level::aggressive)});
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"a"}));
     for (const int index : {-1, 4, 1, 2}) plan.toggle(index);  // out of range ignored; "a" once for both
     EXPECT_EQ(plan.selectedIDs, (std::set<std::string>{"b"}));
@@ -148,7 +140,7 @@ TEST(PlanSelection, OneChoicePerIdByToggleOrByIdsAndFamilies) {
 }
 
 TEST(ScanPlanJSON, ASmallPlanInTheExactLayout) {
-    auto slashed = target("derived-data", Level::safe, 4096, Family::xcodeCore);
+    auto slashed = pathTarget("derived-data", {"/p"}, 4096, Level::safe, Family::xcodeCore);
     slashed.name = "Derived/Data";
     ScanPlanJSON plan({slashed});
     plan.notes = {"X points to /srv/x\n\"quoted\""};
