@@ -18,9 +18,7 @@ namespace {
 
 CleanTarget pathTarget(std::string id, std::vector<std::filesystem::path> paths, std::int64_t size = 100,
                        Level level = Level::safe, Family family = Family::devMisc) {
-    auto made = targetOf(std::move(id), CleanKind::paths(std::move(paths)), size, family);
-    made.level = level;
-    return made;
+    return targetOf(std::move(id), CleanKind::paths(std::move(paths)), size, family, level);
 }
 
 TEST(ScannerDedup, APathClaimedTwiceGoesToTheAncestorThenToTheSmallerId) {

@@ -8,8 +8,9 @@
 
 namespace kelvo::testing {
 
-inline CleanTarget targetOf(std::string id, CleanKind kind, std::int64_t sizeBytes = 0, Family family = Family::devMisc) {
-    return {.id = id, .name = id, .family = family, .kind = std::move(kind), .sizeBytes = sizeBytes};
+inline CleanTarget targetOf(std::string id, CleanKind kind, std::int64_t sizeBytes = 0, Family family = Family::devMisc,
+                            Level level = Level::safe) {
+    return {.id = id, .name = id, .family = family, .kind = std::move(kind), .sizeBytes = sizeBytes, .level = level};
 }
 
 }  // namespace kelvo::testing

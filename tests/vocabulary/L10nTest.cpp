@@ -135,9 +135,7 @@ TEST(FormatBytes, ParsesAndWritesSizesInMultiplesOf1024WithAFullStopWhateverTheL
 }
 
 CleanTarget target(std::string id, Family family, Level level, std::int64_t size) {
-    auto made = testing::targetOf(std::move(id), CleanKind::paths({"/p"}), size, family);
-    made.level = level;
-    return made;
+    return testing::targetOf(std::move(id), CleanKind::paths({"/p"}), size, family, level);
 }
 
 // Sums keep zero entries and the targets' order; sorted, equal sizes keep it too; groups are
