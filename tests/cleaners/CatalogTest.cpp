@@ -25,13 +25,8 @@ using Variables = std::map<std::string, std::string, std::less<>>;
 constexpr auto linux = CatalogProfile::gnuLinux, macos = CatalogProfile::macos;
 
 Environment environment(CatalogProfile profile, Variables variables = {}) {
-    Environment env;
-    env.home = "/home/dev";
-    env.tmpDir = "/tmp";
-    env.projectRoots = {"~/src"};
-    env.catalog = profile;
-    env.locationVariables = std::move(variables);
-    return env;
+    return {.home = "/home/dev", .tmpDir = "/tmp", .projectRoots = {"~/src"}, .catalog = profile,
+            .locationVariables = std::move(variables)};
 }
 
 // Every folder an entry would measure or list: a path entry's paths, a versioned entry's parent.

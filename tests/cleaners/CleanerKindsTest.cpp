@@ -58,11 +58,8 @@ TEST(CommandCleaner, OffersTheWholeLineWithItsEstimateOnlyWhileTheCheckFindsItsT
 
 // The catalog's own build-folder kinds, so the rules are checked with its patterns.
 PerProjectCleaner catalogCleaner() {
-    Environment env;
-    env.home = "/nonexistent-home";
-    env.tmpDir = "/nonexistent-tmp";
-    env.catalog = CatalogProfile::macos;
-    const auto cleaners = CleanerRegistry::makeCleaners(env);
+    const auto cleaners = CleanerRegistry::makeCleaners(
+        {.home = "/nonexistent-home", .tmpDir = "/nonexistent-tmp", .catalog = CatalogProfile::macos});
     return dynamic_cast<const PerProjectCleaner&>(*cleaners.back());
 }
 
