@@ -38,12 +38,6 @@ std::vector<fs::path> placesOf(const Cleaner& cleaner) {
     return places;
 }
 
-std::map<std::string, std::vector<fs::path>> placesById(const Environment& env) {
-    std::map<std::string, std::vector<fs::path>> places;
-    for (const auto& cleaner : CleanerRegistry::makeCleaners(env)) places[cleaner->id()] = placesOf(*cleaner);
-    return places;
-}
-
 bool inside(const fs::path& path, const fs::path& root) {
     return Paths::isInside(Paths::standardized(path).string(), Paths::standardized(root).string());
 }
@@ -90,10 +84,6 @@ TEST(Catalog, EveryEntryIsUniqueNamedInEveryLanguageRegenerableLooksOnlyInsideTh
                 }
             }
             for (const auto& kept : protectedPaths) EXPECT_TRUE(inside(kept, env.home)) << kept;
-            EXPECT_EQ(ids.contains("flutter-sdk-cache"), env.flutterBinCache.has_value());
-            if (env.flutterBinCache) {
-                EXPECT_EQ(placesById(env).at("flutter-sdk-cache"), std::vector{*env.flutterBinCache});
-            }
         }
     }
 }
@@ -135,7 +125,9 @@ TEST(LinuxCatalog, LocationsFollowTheToolsVariableThenTheXdgFolderThenTheDefault
     for (const auto& [variables, id, place, offered] : cases) {
         SCOPED_TRACE(id + " at " + place.string());
         const auto env = environment(linux, variables);
-        const auto places = placesById(env)[id];
+        std::vector<fs::path> places;
+        for (const auto& cleaner : CleanerRegistry::makeCleaners(env))
+            if (cleaner->id() == id) places = placesOf(*cleaner);
         std::string notes;
         for (const auto& note : CleanerRegistry::build(env).notes) notes += note + "\n";
         EXPECT_EQ(notes.find(id) == std::string::npos, offered) << notes;

@@ -21,7 +21,6 @@ using Clock = PerProjectCleaner::Clock;
 using Spec = PerProjectCleaner::ArtifactSpec;
 using namespace std::chrono_literals;
 using testing::idSetOf, testing::makeDirectory, testing::writeFile;
-constexpr auto day = std::chrono::seconds(86400);
 
 CommandCleaner makeCommand(const std::string& command, std::int64_t estimate, CommandCleaner::ToolCheck check) {
     return CommandCleaner("some-command", "Some command", Family::reactNative, command, Level::moderate,
@@ -141,13 +140,13 @@ TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     const fs::path root = temp / "root";
     const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
     const std::vector<std::tuple<std::int64_t, Clock::duration, bool>> cases{
-        {7, 3 * day, false}, {7, 8 * day, true}, {7, 7 * day, true}, {7, 7 * day - 1s, false},
+        {7, 3 * 24h, false}, {7, 8 * 24h, true}, {7, 7 * 24h, true}, {7, 7 * 24h - 1s, false},
         {0, 1s, true}, {0, 0s, true}, {0, -1h, false},  // dated in the future
     };
     for (const auto& [days, age, offered] : cases) {
         const fs::path folder = root / (std::to_string(days) + "-" + std::to_string(age.count())) / "node_modules";
         writeFile(folder / "x.js", 4096);
-        testing::setModificationTime(folder, now - age);
+        fs::last_write_time(folder, std::chrono::file_clock::from_sys(now - age));
         EXPECT_EQ(pathsOf(makeCleaner({root}, catalogCleaner().specs(), days, now).scan()).contains(folder), offered) << folder;
         fs::remove_all(root);
     }
