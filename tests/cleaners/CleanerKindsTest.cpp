@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 using Clock = PerProjectCleaner::Clock;
 using Spec = PerProjectCleaner::ArtifactSpec;
 using namespace std::chrono_literals;
-using testing::idSetOf, testing::makeDirectory, testing::writeFile;
+using testing::makeDirectory, testing::writeFile;
 
 CommandCleaner makeCommand(const std::string& command, std::int64_t estimate, CommandCleaner::ToolCheck check) {
     return CommandCleaner("some-command", "Some command", Family::reactNative, command, Level::moderate,
@@ -68,11 +68,9 @@ PerProjectCleaner makeCleaner(std::vector<fs::path> roots, std::vector<Spec> spe
     return PerProjectCleaner(std::move(roots), std::move(specs), keepRecentDays, now);
 }
 
-// The folders of the target with this id; of every target when the id is empty.
-std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::string& id = "") {
+std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets) {
     std::set<fs::path> paths;
-    for (const auto& target : targets)
-        if (id.empty() || target.id == id) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
+    for (const auto& target : targets) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
     return paths;
 }
 
@@ -95,10 +93,9 @@ TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     }
     const auto targets =
         makeCleaner({root}, {kind("out", "lit*eral|*.cfg"), kind("never", "|"), kind("padded", "||marker||"), kind("self", "self")}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-out"), (std::set<fs::path>{root / "star-in-name/out", root / "suffix/out"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-padded"), std::set<fs::path>{root / "marked/padded"});
-    EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
-    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-out", "per-project-padded", "per-project-self"}));
+    // A folder's kind is its name: no folder of another kind, and none of "never".
+    EXPECT_EQ(pathsOf(targets), (std::set<fs::path>{root / "star-in-name/out", root / "suffix/out", root / "marked/padded",
+                                                     root / "alone/self"}));
 }
 
 // Runs `work` on a thread whose stack is `bytes` long: a walk that went one call deeper
