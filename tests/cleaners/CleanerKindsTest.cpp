@@ -20,8 +20,7 @@ namespace fs = std::filesystem;
 using Clock = PerProjectCleaner::Clock;
 using Spec = PerProjectCleaner::ArtifactSpec;
 using namespace std::chrono_literals;
-using testing::idSetOf, testing::makeDirectory, testing::writeFile;
-constexpr auto day = std::chrono::seconds(86400);
+using testing::makeDirectory, testing::writeFile;
 
 CommandCleaner makeCommand(const std::string& command, std::int64_t estimate, CommandCleaner::ToolCheck check) {
     return CommandCleaner("some-command", "Some command", Family::reactNative, command, Level::moderate,
@@ -58,11 +57,8 @@ TEST(CommandCleaner, OffersTheWholeLineWithItsEstimateOnlyWhileTheCheckFindsItsT
 
 // The catalog's own build-folder kinds, so the rules are checked with its patterns.
 PerProjectCleaner catalogCleaner() {
-    Environment env;
-    env.home = "/nonexistent-home";
-    env.tmpDir = "/nonexistent-tmp";
-    env.catalog = CatalogProfile::macos;
-    const auto cleaners = CleanerRegistry::makeCleaners(env);
+    const auto cleaners = CleanerRegistry::makeCleaners(
+        {.home = "/nonexistent-home", .tmpDir = "/nonexistent-tmp", .catalog = CatalogProfile::macos});
     return dynamic_cast<const PerProjectCleaner&>(*cleaners.back());
 }
 
@@ -72,11 +68,9 @@ PerProjectCleaner makeCleaner(std::vector<fs::path> roots, std::vector<Spec> spe
     return PerProjectCleaner(std::move(roots), std::move(specs), keepRecentDays, now);
 }
 
-// The folders of the target with this id; of every target when the id is empty.
-std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets, const std::string& id = "") {
+std::set<fs::path> pathsOf(const std::vector<CleanTarget>& targets) {
     std::set<fs::path> paths;
-    for (const auto& target : targets)
-        if (id.empty() || target.id == id) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
+    for (const auto& target : targets) paths.insert(target.kind.pathList().begin(), target.kind.pathList().end());
     return paths;
 }
 
@@ -99,10 +93,9 @@ TEST(PerProjectCleaner, SiblingPatternsAreLiteralExceptForALeadingStarDot) {
     }
     const auto targets =
         makeCleaner({root}, {kind("out", "lit*eral|*.cfg"), kind("never", "|"), kind("padded", "||marker||"), kind("self", "self")}).scan();
-    EXPECT_EQ(pathsOf(targets, "per-project-out"), (std::set<fs::path>{root / "star-in-name/out", root / "suffix/out"}));
-    EXPECT_EQ(pathsOf(targets, "per-project-padded"), std::set<fs::path>{root / "marked/padded"});
-    EXPECT_EQ(pathsOf(targets, "per-project-self"), std::set<fs::path>{root / "alone/self"});
-    EXPECT_EQ(idSetOf(targets), (std::set<std::string>{"per-project-out", "per-project-padded", "per-project-self"}));
+    // A folder's kind is its name: no folder of another kind, and none of "never".
+    EXPECT_EQ(pathsOf(targets), (std::set<fs::path>{root / "star-in-name/out", root / "suffix/out", root / "marked/padded",
+                                                     root / "alone/self"}));
 }
 
 // Runs `work` on a thread whose stack is `bytes` long: a walk that went one call deeper
@@ -144,13 +137,13 @@ TEST(PerProjectCleaner, FoldersModifiedWithinKeepRecentDaysAreKept) {
     const fs::path root = temp / "root";
     const auto now = std::chrono::time_point_cast<std::chrono::seconds>(Clock::now());
     const std::vector<std::tuple<std::int64_t, Clock::duration, bool>> cases{
-        {7, 3 * day, false}, {7, 8 * day, true}, {7, 7 * day, true}, {7, 7 * day - 1s, false},
+        {7, 3 * 24h, false}, {7, 8 * 24h, true}, {7, 7 * 24h, true}, {7, 7 * 24h - 1s, false},
         {0, 1s, true}, {0, 0s, true}, {0, -1h, false},  // dated in the future
     };
     for (const auto& [days, age, offered] : cases) {
         const fs::path folder = root / (std::to_string(days) + "-" + std::to_string(age.count())) / "node_modules";
         writeFile(folder / "x.js", 4096);
-        testing::setModificationTime(folder, now - age);
+        fs::last_write_time(folder, std::chrono::file_clock::from_sys(now - age));
         EXPECT_EQ(pathsOf(makeCleaner({root}, catalogCleaner().specs(), days, now).scan()).contains(folder), offered) << folder;
         fs::remove_all(root);
     }

@@ -2,11 +2,6 @@
 // system root and a fake home.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <functional>
-#include <set>
-#include <string>
-
 #include "kelvo/Environment.h"
 #include "kelvo/PrepareRegistry.h"
 #include "support/TargetIds.h"
@@ -16,9 +11,7 @@ namespace kelvo {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::TempDir;
-using testing::writeFile;
-using testing::writeText;
+using testing::TempDir, testing::writeFile, testing::writeText;
 
 // A home with data of installed, removed, protected and hidden applications, and a system
 // root with a Flatpak system installation, an extra one named by its configuration, and snaps.
@@ -39,9 +32,6 @@ struct FakeSystem {
         fs::create_symlink(temp / "extra", home / ".var/app/org.example.Link");
         for (const char* name : {"mounted", "packed", "gone-snap", "firefox"})
             writeFile(home / "snap" / name / "common/state.bin", 4096);
-        env.home = home;
-        env.tmpDir = temp / "tmp";
-        env.catalog = CatalogProfile::gnuLinux;
     }
 
     // What the leftover detector offers, with the notes it takes.
@@ -54,7 +44,7 @@ struct FakeSystem {
     TempDir temp;
     fs::path home = temp / "home";
     fs::path system = temp / "root";
-    Environment env;
+    Environment env{.home = home, .tmpDir = temp / "tmp", .catalog = CatalogProfile::gnuLinux};
 };
 
 TEST(LinuxLeftovers, DataNoInstallationHasIsOfferedWholeAndUnreadableInstallationsOfferNothingOfTheirKind) {
