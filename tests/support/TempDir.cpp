@@ -40,12 +40,6 @@ fs::path writeText(const fs::path& path, const std::string& text) {
 
 fs::path makeDirectory(const fs::path& path) { return fs::create_directories(path), path; }
 
-void setModificationTime(const fs::path& path, std::chrono::system_clock::time_point time) {
-    const auto since = std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
-    const timespec times[2] = {{since / 1'000'000'000, since % 1'000'000'000}, {since / 1'000'000'000, since % 1'000'000'000}};
-    ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);
-}
-
 std::int64_t allocatedBytes(const fs::path& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 ? static_cast<std::int64_t>(status.st_blocks) * 512 : 0;

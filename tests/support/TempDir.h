@@ -3,7 +3,6 @@
 // writable first, so tests that lock folders clean up too), and small tree builders.
 #include <sys/types.h>
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -32,8 +31,6 @@ std::filesystem::path writeFile(const std::filesystem::path& path, std::size_t s
 // Writes a file with the given text.
 std::filesystem::path writeText(const std::filesystem::path& path, const std::string& text);
 std::filesystem::path makeDirectory(const std::filesystem::path& path);
-// Sets the modification time of the item itself (links not followed).
-void setModificationTime(const std::filesystem::path& path, std::chrono::system_clock::time_point time);
 // The allocated size (blocks x 512) of one item, links not followed.
 std::int64_t allocatedBytes(const std::filesystem::path& path);
 // Sum of allocatedBytes over every entry below a directory, however deep (paths past
