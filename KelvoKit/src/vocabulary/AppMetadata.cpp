@@ -1,30 +1,23 @@
 #include "kelvo/AppMetadata.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 
 #include "vocabulary/DateText.h"
 #include "vocabulary/Paths.h"
+#include "vocabulary/Text.h"
 #include "kelvo/platform/FileSystem.h"
 #include "kelvo/platform/Process.h"
 
 namespace kelvo {
 namespace {
 
-std::string_view trimmed(std::string_view text) {
-    const auto isBlank = [](char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; };
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-    return text;
-}
-
 // The Spotlight date, or nothing when the tool is missing, fails or has no date.
 std::optional<TimePoint> spotlightLastUsed(const std::filesystem::path& bundle) {
     const auto outcome =
         platform::runProgram("/usr/bin/mdls", {"-raw", "-name", "kMDItemLastUsedDate", bundle.string()}, true);
     if (!outcome || outcome->exitStatus != 0) return std::nullopt;
-    return LiveAppMetadata::parseToolDate(std::string(trimmed(outcome->standardOutput)));
+    return LiveAppMetadata::parseToolDate(trimmed(outcome->standardOutput, " \t\n\v\f\r"));
 }
 
 // The later modification date of the bundle and of its Contents folder: installers and
