@@ -59,6 +59,8 @@ TEST(L10nFormat, FillsTypedAndPositionalPlaceholdersAndSignsThemByPosition) {
     EXPECT_EQ(formatText("[%d][%s]", {std::string("text")}), "[][]");
     // What is not a directive stays literal text.
     EXPECT_EQ(formatText("50% off, %0$s, %x, %", {std::string("unused")}), "50% off, %0$s, %x, %");
+    // Two digits of position at most: "%01$s" is the first argument, "%100$s" literal text.
+    EXPECT_EQ(formatText("%01$s, %100$s", {std::string("a")}), "a, %100$s");
     EXPECT_EQ(L10n::placeholderSignature("%2$d then %1$s"), "sd");
     EXPECT_EQ(L10n::placeholderSignature("100%% done"), "");
     EXPECT_NE(L10n::placeholderSignature("%d (%s)"), L10n::placeholderSignature("%s (%d)"));
