@@ -49,6 +49,7 @@ TEST_F(DirectorySizerMeasure, CountsAllocatedBlocksOfEveryNameBelowAndNothingBey
     fs::create_symlink("nowhere", top / "dangling");
     for (const auto& [name, size] : {std::pair{"caf\xe9/inside", 9000}, {"\xff\xfe\x80-bytes", 5000}, {"caf\xe9\xc3/\xff", 7000}})
         writeFile(top / name, size);
+    writeFile(top / std::string(255, 'n') / "inside", 3000);  // the longest name a folder holds
     EXPECT_LT(allocatedBytes(top / "sparse"), 1'000'000);  // allocated, not logical
     expectBoth(top, {allocatedBytesBelow(top), false});
 }
